@@ -1,0 +1,142 @@
+#include "Utils/AppConfig.h"
+
+#include "AppConfigDefaults.h"
+#include "Utils/AppPaths.h"
+#include "Utils/Logging.h"
+
+#include <QFileInfo>
+#include <QProcessEnvironment>
+#include <QSettings>
+#include <QStandardPaths>
+
+namespace {
+
+// Order follows AppConfig::Key.
+const AppConfig::KeyInfo kKeys[AppConfig::KeyCount] = {
+    {"gateway/host", "ZORVANE_GATEWAY_HOST", ZORVANE_DEFAULT_GATEWAY_HOST, false},
+    {"gateway/controlPort", "ZORVANE_GATEWAY_CONTROL_PORT", ZORVANE_DEFAULT_GATEWAY_CONTROL_PORT, false},
+    {"backend/url", "ZORVANE_BACKEND_URL", ZORVANE_DEFAULT_BACKEND_URL, false},
+    {"ipLookup/url", "ZORVANE_IP_LOOKUP_URL", ZORVANE_DEFAULT_IP_LOOKUP_URL, false},
+    {"ifly/url", "ZORVANE_IFLY_URL", ZORVANE_DEFAULT_IFLY_URL, false},
+    {"ifly/appId", "ZORVANE_IFLY_APP_ID", ZORVANE_DEFAULT_IFLY_APP_ID, true},
+    {"ifly/apiKey", "ZORVANE_IFLY_API_KEY", ZORVANE_DEFAULT_IFLY_API_KEY, true},
+    {"ifly/apiSecret", "ZORVANE_IFLY_API_SECRET", ZORVANE_DEFAULT_IFLY_API_SECRET, true},
+    {"translate/url", "ZORVANE_TRANSLATE_URL", ZORVANE_DEFAULT_TRANSLATE_URL, false},
+    {"translate/appId", "ZORVANE_TRANSLATE_APP_ID", ZORVANE_DEFAULT_TRANSLATE_APP_ID, true},
+    {"translate/key", "ZORVANE_TRANSLATE_KEY", ZORVANE_DEFAULT_TRANSLATE_KEY, true},
+    {"token/url", "ZORVANE_TOKEN_URL", ZORVANE_DEFAULT_TOKEN_URL, false},
+    {"token/clientId", "ZORVANE_TOKEN_CLIENT_ID", ZORVANE_DEFAULT_TOKEN_CLIENT_ID, true},
+    {"token/clientSecret", "ZORVANE_TOKEN_CLIENT_SECRET", ZORVANE_DEFAULT_TOKEN_CLIENT_SECRET, true},
+    {"synthesis/url", "ZORVANE_SYNTHESIS_URL", ZORVANE_DEFAULT_SYNTHESIS_URL, false},
+    {"synthesis/cuid", "ZORVANE_SYNTHESIS_CUID", ZORVANE_DEFAULT_SYNTHESIS_CUID, true},
+    {"search/url", "ZORVANE_SEARCH_URL", ZORVANE_DEFAULT_SEARCH_URL, false},
+    {"web/productSite", "ZORVANE_PRODUCT_SITE_URL", ZORVANE_DEFAULT_PRODUCT_SITE_URL, false},
+    {"web/contactPage", "ZORVANE_CONTACT_PAGE_URL", ZORVANE_DEFAULT_CONTACT_PAGE_URL, false},
+    {"device/virtualSocket", "ZORVANE_DEVICE_SOCKET", ZORVANE_DEFAULT_DEVICE_VIRTUAL_SOCKET, false},
+};
+
+QHash<QString, QString> processEnvironment()
+{
+    QHash<QString, QString> env;
+    const QProcessEnvironment system = QProcessEnvironment::systemEnvironment();
+    for (const QString& name : system.keys()) {
+        if (name.startsWith(QLatin1String("ZORVANE_"))) {
+            env.insert(name, system.value(name));
+        }
+    }
+    return env;
+}
+
+}  // namespace
+
+const AppConfig::KeyInfo& AppConfig::info(Key key)
+{
+    return kKeys[key];
+}
+
+AppConfig::AppConfig()
+{
+    *this = fromSources(defaultFilePath(), processEnvironment());
+    for (int i = 0; i < KeyCount; ++i) {
+        if (mOrigins[i] != QLatin1String("build")) {
+            qCInfo(lcConfig).noquote() << kKeys[i].name << "from" << mOrigins[i];
+        }
+    }
+}
+
+QString AppConfig::defaultFilePath()
+{
+    const QString fromEnv = qEnvironmentVariable("ZORVANE_CONFIG");
+    if (!fromEnv.isEmpty()) {
+        return fromEnv;
+    }
+    const QString base = QStandardPaths::writableLocation(QStandardPaths::GenericConfigLocation);
+    return base + QLatin1Char('/') + QLatin1String(AppPaths::kApplicationName) +
+           QLatin1String("/zorvane.ini");
+}
+
+AppConfig AppConfig::fromSources(const QString& filePath, const QHash<QString, QString>& environment)
+{
+    AppConfig config(Uninitialised{});
+    for (int i = 0; i < KeyCount; ++i) {
+        config.mValues[i] = QString::fromUtf8(kKeys[i].buildDefault);
+        config.mOrigins[i] = QStringLiteral("build");
+    }
+
+    if (!filePath.isEmpty() && QFileInfo::exists(filePath)) {
+        QSettings file(filePath, QSettings::IniFormat);
+        if (file.status() != QSettings::NoError) {
+            qCWarning(lcConfig) << "cannot read the configuration file" << filePath << "- using defaults";
+        } else {
+            for (int i = 0; i < KeyCount; ++i) {
+                const QString name = QString::fromLatin1(kKeys[i].name);
+                if (file.contains(name)) {
+                    config.mValues[i] = file.value(name).toString().trimmed();
+                    config.mOrigins[i] = QStringLiteral("file");
+                }
+            }
+        }
+    }
+
+    for (int i = 0; i < KeyCount; ++i) {
+        const auto it = environment.constFind(QString::fromLatin1(kKeys[i].envName));
+        if (it != environment.constEnd()) {
+            config.mValues[i] = it.value().trimmed();
+            config.mOrigins[i] = QStringLiteral("environment");
+        }
+    }
+    return config;
+}
+
+QString AppConfig::value(Key key) const
+{
+    return mValues[key];
+}
+
+quint16 AppConfig::gatewayControlPort() const
+{
+    bool ok = false;
+    const uint port = value(GatewayControlPort).toUInt(&ok);
+    if (!ok || port == 0 || port > 65535) {
+        qCWarning(lcConfig) << "gateway/controlPort is not a port number:" << value(GatewayControlPort)
+                            << "- using 9721";
+        return 9721;
+    }
+    return static_cast<quint16>(port);
+}
+
+QString AppConfig::credential(Key key) const
+{
+    const QString v = value(key);
+    if (v.isEmpty()) {
+        qCWarning(lcConfig).noquote() << "missing credential" << kKeys[key].name << "(set it in"
+                                      << defaultFilePath() << "or the environment variable"
+                                      << kKeys[key].envName << ")";
+    }
+    return v;
+}
+
+QString AppConfig::origin(Key key) const
+{
+    return mOrigins[key];
+}

@@ -1,0 +1,17 @@
+#include "Utils/Logging.h"
+
+Q_LOGGING_CATEGORY(lcApp, "zorvane.app")
+Q_LOGGING_CATEGORY(lcConfig, "zorvane.config")
+Q_LOGGING_CATEGORY(lcPrefs, "zorvane.prefs")
+Q_LOGGING_CATEGORY(lcX11, "zorvane.platform.x11")
+Q_LOGGING_CATEGORY(lcSystem, "zorvane.platform.system")
+Q_LOGGING_CATEGORY(lcDeviceHid, "zorvane.device.hid")
+Q_LOGGING_CATEGORY(lcDeviceBle, "zorvane.device.ble")
+Q_LOGGING_CATEGORY(lcDevice, "zorvane.device")
+Q_LOGGING_CATEGORY(lcAudio, "zorvane.device.audio")
+Q_LOGGING_CATEGORY(lcSpeechGateway, "zorvane.speech.gateway")
+Q_LOGGING_CATEGORY(lcSpeechIFly, "zorvane.speech.ifly")
+Q_LOGGING_CATEGORY(lcHttp, "zorvane.http")
+Q_LOGGING_CATEGORY(lcDatabase, "zorvane.db")
+Q_LOGGING_CATEGORY(lcInput, "zorvane.input")
+Q_LOGGING_CATEGORY(lcConsole, "zorvane.console")
