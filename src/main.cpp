@@ -1,7 +1,23 @@
-#include <QApplication>
+#include "Utils/AppPaths.h"
+#include "Utils/MessageHandler.h"
+#include "Widget/MainWindow.h"
+#include "Widget/SingleApplication.h"
 
 int main(int argc, char* argv[])
 {
-    QApplication app(argc, argv);
-    return 0;
+    // Names the data folder (…/ZorvaneV2) before anything resolves a path.
+    QCoreApplication::setApplicationName(QString::fromLatin1(AppPaths::kApplicationName));
+    MessageHandler::install(AppPaths::dataFile(QStringLiteral("/ZorvaneLog.txt")));
+
+    SingleApplication app(argc, argv);
+    if (app.isRunning()) {
+        return 0;
+    }
+    // The console only hides on close; the process lives on for the mouse.
+    app.setQuitOnLastWindowClosed(false);
+
+    MainWindow* window = MainWindow::getInstance(nullptr);
+    app.mainWindow = window;
+    window->show();
+    return app.exec();
 }

@@ -1,0 +1,80 @@
+#include "Utils/MessageHandler.h"
+
+#include <QFile>
+#include <QMutex>
+#include <QMutexLocker>
+#include <QTextStream>
+#include <QTime>
+
+#include <cstdio>
+#include <unistd.h>
+
+namespace {
+
+// Written once by install() before the handler is active, then only read.
+QString gLogFilePath;
+bool gEchoToStderr = false;
+
+QString levelText(QtMsgType type)
+{
+    switch (type) {
+        case QtDebugMsg:
+            return QStringLiteral("Debug:");
+        case QtWarningMsg:
+            return QStringLiteral("Warning:");
+        case QtCriticalMsg:
+            return QStringLiteral("Critical:");
+        case QtFatalMsg:
+            return QStringLiteral("Fatal:");
+        default:
+            return QString();
+    }
+}
+
+}  // namespace
+
+QString MessageHandler::formatLine(QtMsgType type, const QMessageLogContext& context, const QString& message)
+{
+    const QString where = QStringLiteral("File:(%1) Line:(%2)")
+                              .arg(QString::fromUtf8(context.file ? context.file : ""))
+                              .arg(context.line);
+    return QStringLiteral("%1 %2 %3 %4")
+               .arg(QTime::currentTime().toString(QStringLiteral("hh:mm:ss.zzz")), levelText(type), where,
+                    message) +
+           QLatin1String("\r\n");
+}
+
+void customMessageHandler(QtMsgType type, const QMessageLogContext& context, const QString& message)
+{
+    // Held for the whole call so that lines from different threads never interleave.
+    static QMutex mutex;
+    QMutexLocker locker(&mutex);
+
+    const QString line = MessageHandler::formatLine(type, context, message);
+    QFile file(gLogFilePath);
+    if (file.open(QIODevice::WriteOnly | QIODevice::Append)) {
+        QTextStream stream(&file);
+        stream.setCodec("UTF-8");
+        stream << line;
+        stream.flush();
+        file.close();
+    }
+    // A failed open loses the line in the file; the terminal copy still shows it.
+    if (gEchoToStderr) {
+        const QByteArray bytes = line.toUtf8();
+        std::fwrite(bytes.constData(), 1, static_cast<size_t>(bytes.size()), stderr);
+        std::fflush(stderr);
+    }
+}
+
+void MessageHandler::setEchoToStderr(bool echo)
+{
+    gEchoToStderr = echo;
+}
+
+void MessageHandler::install(const QString& logFilePath)
+{
+    gLogFilePath = logFilePath;
+    gEchoToStderr = isatty(STDERR_FILENO) != 0;
+    qInstallMessageHandler(customMessageHandler);
+}

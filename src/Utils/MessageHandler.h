@@ -1,0 +1,22 @@
+#pragma once
+
+#include <QString>
+#include <QtGlobal>
+
+// The process log: every qDebug/qWarning/... line goes to "ZorvaneLog.txt" in the
+// application data folder as "hh:mm:ss.zzz Level: File:(f) Line:(n) message\r\n".
+void customMessageHandler(QtMsgType type, const QMessageLogContext& context, const QString& message);
+
+namespace MessageHandler {
+
+// The line the handler writes for one message, CR LF included.
+QString formatLine(QtMsgType type, const QMessageLogContext& context, const QString& message);
+
+// Points the handler at logFilePath and installs it. The path is fixed here, before any
+// line is written, so that writing a line never has to resolve folders (which may log).
+void install(const QString& logFilePath);
+
+// Whether lines are also copied to stderr (on when stderr is a terminal).
+void setEchoToStderr(bool echo);
+
+}  // namespace MessageHandler

@@ -1,0 +1,102 @@
+#include "Widget/SingleApplication.h"
+
+#include "Utils/Logging.h"
+
+#include <QDir>
+#include <QLocalServer>
+#include <QLocalSocket>
+#include <QStandardPaths>
+#include <QTextStream>
+#include <QWidget>
+
+#include <unistd.h>
+
+namespace {
+constexpr int kConnectTimeoutMs = 500;
+constexpr int kWriteTimeoutMs = 30000;
+constexpr int kReadTimeoutMs = 1000;
+}  // namespace
+
+SingleApplication::SingleApplication(int& argc, char** argv)
+    : QApplication(argc, argv), mServerName(QStringLiteral("Zorvane"))
+{
+    initLocalConnection();
+}
+
+bool SingleApplication::isRunning()
+{
+    return mIsRunning;
+}
+
+QString SingleApplication::socketPath()
+{
+    QString dir = QStandardPaths::writableLocation(QStandardPaths::RuntimeLocation);
+    if (dir.isEmpty()) {
+        // No runtime folder: a per-user name in the shared temporary folder.
+        return QDir::tempPath() + QStringLiteral("/Zorvane-%1").arg(getuid());
+    }
+    return dir + QStringLiteral("/Zorvane");
+}
+
+void SingleApplication::initLocalConnection()
+{
+    mIsRunning = false;
+    QLocalSocket socket;
+    socket.connectToServer(socketPath(), QIODevice::ReadWrite);
+    if (socket.waitForConnected(kConnectTimeoutMs)) {
+        mIsRunning = true;
+        QTextStream stream(&socket);
+        const QStringList args = QCoreApplication::arguments();
+        stream << (args.size() < 2 ? QString() : args.last());
+        stream.flush();
+        socket.waitForBytesWritten(kWriteTimeoutMs);
+        qCInfo(lcApp) << "another instance is running; asked it to come to the front";
+        return;
+    }
+    newLocalServer();
+}
+
+void SingleApplication::newLocalServer()
+{
+    mLocalServer = new QLocalServer(this);
+    mLocalServer->setSocketOptions(QLocalServer::UserAccessOption);
+    connect(mLocalServer, &QLocalServer::newConnection, this, &SingleApplication::newLocalConnection);
+    const QString path = socketPath();
+    if (mLocalServer->listen(path)) {
+        return;
+    }
+    if (mLocalServer->serverError() == QAbstractSocket::AddressInUseError) {
+        // Left behind by a crash: nobody answered above, so the file is stale.
+        qCInfo(lcApp) << "removing the stale instance socket" << path;
+        QLocalServer::removeServer(path);
+        if (mLocalServer->listen(path)) {
+            return;
+        }
+    }
+    qCWarning(lcApp) << "cannot listen on" << path << ":" << mLocalServer->errorString()
+                     << "- running without the single-instance guard";
+}
+
+void SingleApplication::newLocalConnection()
+{
+    QLocalSocket* socket = mLocalServer->nextPendingConnection();
+    if (socket == nullptr) {
+        return;
+    }
+    socket->waitForReadyRead(kReadTimeoutMs);
+    QTextStream stream(socket);
+    delete socket;
+    qCInfo(lcApp) << "a second start asked for the main window";
+    bringToFront(mainWindow);
+}
+
+void SingleApplication::bringToFront(QWidget* window)
+{
+    if (window == nullptr) {
+        return;
+    }
+    window->raise();
+    window->activateWindow();
+    window->setWindowState((window->windowState() & ~Qt::WindowMinimized) | Qt::WindowActive);
+    window->show();
+}

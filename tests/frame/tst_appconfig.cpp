@@ -1,0 +1,132 @@
+#include "Utils/AppConfig.h"
+
+#include <QFile>
+#include <QRegularExpression>
+#include <QTemporaryDir>
+#include <QtTest>
+
+class TestAppConfig : public QObject {
+    Q_OBJECT
+
+private slots:
+    void buildDefaultsPointAtLoopback();
+    void fileThenEnvironmentOverride();
+    void unreadableOrCorruptFileGivesDefaults();
+    void missingCredentialIsLoggedNotFatal();
+    void badPortFallsBackToTheFixedOne();
+    void everyKeyIsDocumented();
+
+private:
+    QString writeFile(const QByteArray& contents);
+    QTemporaryDir mDir;
+};
+
+QString TestAppConfig::writeFile(const QByteArray& contents)
+{
+    const QString path = mDir.filePath(QStringLiteral("zorvane.ini"));
+    QFile file(path);
+    if (!file.open(QIODevice::WriteOnly | QIODevice::Truncate)) {
+        qFatal("cannot write %s", qPrintable(path));
+    }
+    file.write(contents);
+    return path;
+}
+
+void TestAppConfig::buildDefaultsPointAtLoopback()
+{
+    const AppConfig config = AppConfig::fromSources(QString(), {});
+    QCOMPARE(config.gatewayHost(), QStringLiteral("127.0.0.1"));
+    QCOMPARE(config.gatewayControlPort(), quint16(9721));
+    const QList<QUrl> urls = {config.backendUrl(),   config.ipLookupUrl(), config.iflyUrl(),
+                              config.translateUrl(), config.tokenUrl(),    config.synthesisUrl(),
+                              config.searchUrl()};
+    for (const QUrl& url : urls) {
+        QVERIFY2(url.isValid(), qPrintable(url.toString()));
+        QCOMPARE(url.host(), QStringLiteral("127.0.0.1"));
+    }
+    // Each stand-in listens on its own port.
+    QSet<int> ports;
+    for (const QUrl& url : urls) {
+        ports.insert(url.port());
+    }
+    QCOMPARE(ports.size(), urls.size());
+    QCOMPARE(config.origin(AppConfig::BackendUrl), QStringLiteral("build"));
+}
+
+void TestAppConfig::fileThenEnvironmentOverride()
+{
+    const QString path = writeFile(
+        "[gateway]\nhost=speech.example.net\ncontrolPort=7000\n"
+        "[backend]\nurl=https://api.example.net\n"
+        "[ifly]\napiKey=from-file\n");
+    const AppConfig fileOnly = AppConfig::fromSources(path, {});
+    QCOMPARE(fileOnly.gatewayHost(), QStringLiteral("speech.example.net"));
+    QCOMPARE(fileOnly.gatewayControlPort(), quint16(7000));
+    QCOMPARE(fileOnly.backendUrl(), QUrl(QStringLiteral("https://api.example.net")));
+    QCOMPARE(fileOnly.origin(AppConfig::GatewayHost), QStringLiteral("file"));
+    QCOMPARE(fileOnly.origin(AppConfig::TranslateUrl), QStringLiteral("build"));
+
+    const QHash<QString, QString> env = {{QStringLiteral("ZORVANE_GATEWAY_HOST"), QStringLiteral(" 10.0.0.5 ")},
+                                         {QStringLiteral("ZORVANE_IFLY_API_KEY"), QStringLiteral("from-env")}};
+    const AppConfig both = AppConfig::fromSources(path, env);
+    QCOMPARE(both.gatewayHost(), QStringLiteral("10.0.0.5"));
+    QCOMPARE(both.value(AppConfig::IFlyApiKey), QStringLiteral("from-env"));
+    QCOMPARE(both.origin(AppConfig::IFlyApiKey), QStringLiteral("environment"));
+    // Keys the environment leaves alone keep the file's value.
+    QCOMPARE(both.gatewayControlPort(), quint16(7000));
+}
+
+void TestAppConfig::unreadableOrCorruptFileGivesDefaults()
+{
+    const AppConfig defaults = AppConfig::fromSources(QString(), {});
+
+    static const char kGarbage[] = "\xff\xfe[[[\0\0=\n=\n[gateway\nhost";
+    const QString garbage = writeFile(QByteArray(kGarbage, sizeof(kGarbage) - 1));
+    const AppConfig fromGarbage = AppConfig::fromSources(garbage, {});
+    QCOMPARE(fromGarbage.backendUrl(), defaults.backendUrl());
+
+    const AppConfig fromMissing =
+        AppConfig::fromSources(mDir.filePath(QStringLiteral("does-not-exist.ini")), {});
+    QCOMPARE(fromMissing.gatewayHost(), defaults.gatewayHost());
+
+    // A folder where the file should be.
+    const AppConfig fromFolder = AppConfig::fromSources(mDir.path(), {});
+    QCOMPARE(fromFolder.searchUrl(), defaults.searchUrl());
+}
+
+void TestAppConfig::missingCredentialIsLoggedNotFatal()
+{
+    const QString path = writeFile("[translate]\nkey=\n");
+    const AppConfig config = AppConfig::fromSources(path, {});
+    QTest::ignoreMessage(QtWarningMsg, QRegularExpression(QStringLiteral("missing credential translate/key.*"
+                                                                         "ZORVANE_TRANSLATE_KEY")));
+    QCOMPARE(config.credential(AppConfig::TranslateKey), QString());
+    // A present credential is returned without a word.
+    QVERIFY(!config.credential(AppConfig::TranslateAppId).isEmpty());
+}
+
+void TestAppConfig::badPortFallsBackToTheFixedOne()
+{
+    for (const char* bad : {"seventy", "0", "70000", "-1", ""}) {
+        const AppConfig config =
+            AppConfig::fromSources(QString(), {{QStringLiteral("ZORVANE_GATEWAY_CONTROL_PORT"),
+                                                QString::fromLatin1(bad)}});
+        QTest::ignoreMessage(QtWarningMsg, QRegularExpression(QStringLiteral("not a port number")));
+        QCOMPARE(config.gatewayControlPort(), quint16(9721));
+    }
+}
+
+void TestAppConfig::everyKeyIsDocumented()
+{
+    QFile doc(QStringLiteral(ZORVANE_CONFIGURATION_DOC));
+    QVERIFY2(doc.open(QIODevice::ReadOnly), ZORVANE_CONFIGURATION_DOC);
+    const QString text = QString::fromUtf8(doc.readAll());
+    for (int i = 0; i < AppConfig::KeyCount; ++i) {
+        const AppConfig::KeyInfo& info = AppConfig::info(static_cast<AppConfig::Key>(i));
+        QVERIFY2(text.contains(QLatin1Char('`') + QLatin1String(info.name) + QLatin1Char('`')), info.name);
+        QVERIFY2(text.contains(QLatin1Char('`') + QLatin1String(info.envName) + QLatin1Char('`')), info.envName);
+    }
+}
+
+QTEST_GUILESS_MAIN(TestAppConfig)
+#include "tst_appconfig.moc"

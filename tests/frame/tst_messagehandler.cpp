@@ -1,0 +1,146 @@
+#include "Utils/MessageHandler.h"
+
+#include <QFile>
+#include <QRegularExpression>
+#include <QTemporaryDir>
+#include <QThread>
+#include <QtTest>
+
+#include <vector>
+
+class TestMessageHandler : public QObject {
+    Q_OBJECT
+
+private slots:
+    void lineFormat_data();
+    void lineFormat();
+    void installedHandlerAppendsToTheFile();
+    void linesFromManyThreadsStayWhole();
+    void unopenableFileLosesTheLineQuietly();
+
+private:
+    QStringList readLines(const QString& path);
+};
+
+QStringList TestMessageHandler::readLines(const QString& path)
+{
+    QFile file(path);
+    if (!file.open(QIODevice::ReadOnly)) {
+        return {};
+    }
+    const QString all = QString::fromUtf8(file.readAll());
+    QStringList lines = all.split(QStringLiteral("\r\n"));
+    if (!lines.isEmpty() && lines.last().isEmpty()) {
+        lines.removeLast();
+    }
+    return lines;
+}
+
+void TestMessageHandler::lineFormat_data()
+{
+    QTest::addColumn<int>("type");
+    QTest::addColumn<QString>("level");
+    QTest::newRow("debug") << int(QtDebugMsg) << QStringLiteral("Debug:");
+    QTest::newRow("warning") << int(QtWarningMsg) << QStringLiteral("Warning:");
+    QTest::newRow("critical") << int(QtCriticalMsg) << QStringLiteral("Critical:");
+    QTest::newRow("fatal") << int(QtFatalMsg) << QStringLiteral("Fatal:");
+    QTest::newRow("info has no level text") << int(QtInfoMsg) << QString();
+}
+
+void TestMessageHandler::lineFormat()
+{
+    QFETCH(int, type);
+    QFETCH(QString, level);
+    const QMessageLogContext context("src/Hid/DeviceManager.cpp", 417, "f", "zorvane.device");
+    const QString line = MessageHandler::formatLine(static_cast<QtMsgType>(type), context,
+                                                    QStringLiteral("设备 ready 100%"));
+    const QRegularExpression shape(QStringLiteral("^\\d\\d:\\d\\d:\\d\\d\\.\\d\\d\\d (.*) "
+                                                  "File:\\(src/Hid/DeviceManager\\.cpp\\) Line:\\(417\\) "
+                                                  "设备 ready 100%\r\n$"));
+    const QRegularExpressionMatch match = shape.match(line);
+    QVERIFY2(match.hasMatch(), qPrintable(line));
+    QCOMPARE(match.captured(1), level);
+
+    // No file in the context (a release build of a library) still gives the frame.
+    const QMessageLogContext empty;
+    QVERIFY(MessageHandler::formatLine(QtDebugMsg, empty, QStringLiteral("x"))
+                .endsWith(QStringLiteral(" Debug: File:() Line:(0) x\r\n")));
+}
+
+void TestMessageHandler::installedHandlerAppendsToTheFile()
+{
+    QTemporaryDir dir;
+    const QString path = dir.filePath(QStringLiteral("ZorvaneLog.txt"));
+    {
+        QFile earlier(path);
+        QVERIFY(earlier.open(QIODevice::WriteOnly));
+        earlier.write("earlier\r\n");
+    }
+    MessageHandler::install(path);
+    MessageHandler::setEchoToStderr(false);
+    qDebug() << "first";
+    qWarning("second %d", 2);
+    qInstallMessageHandler(nullptr);
+
+    const QStringList lines = readLines(path);
+    QCOMPARE(lines.size(), 3);
+    QCOMPARE(lines.at(0), QStringLiteral("earlier"));
+    QVERIFY2(lines.at(1).contains(QStringLiteral(" Debug: File:(")), qPrintable(lines.at(1)));
+    QVERIFY(lines.at(1).contains(QStringLiteral("tst_messagehandler.cpp")));
+    QVERIFY(lines.at(1).endsWith(QStringLiteral(" first")));
+    QVERIFY(lines.at(2).endsWith(QStringLiteral(" second 2")));
+}
+
+void TestMessageHandler::linesFromManyThreadsStayWhole()
+{
+    QTemporaryDir dir;
+    const QString path = dir.filePath(QStringLiteral("ZorvaneLog.txt"));
+    MessageHandler::install(path);
+    MessageHandler::setEchoToStderr(false);
+
+    constexpr int kThreads = 4;
+    constexpr int kLines = 150;
+    std::vector<QThread*> threads;
+    for (int t = 0; t < kThreads; ++t) {
+        threads.push_back(QThread::create([t] {
+            for (int i = 0; i < kLines; ++i) {
+                qDebug("thread %d line %d %s", t, i, "padding padding padding padding padding");
+            }
+        }));
+        threads.back()->start();
+    }
+    for (QThread* thread : threads) {
+        QVERIFY(thread->wait(30000));
+        delete thread;
+    }
+    qInstallMessageHandler(nullptr);
+
+    const QStringList lines = readLines(path);
+    QCOMPARE(lines.size(), kThreads * kLines);
+    const QRegularExpression whole(QStringLiteral(
+        "^\\d\\d:\\d\\d:\\d\\d\\.\\d{3} Debug: File:\\([^)]*\\) Line:\\(\\d+\\) thread (\\d) line (\\d+) "
+        "padding padding padding padding padding$"));
+    QVector<int> next(kThreads, 0);
+    for (const QString& line : lines) {
+        const QRegularExpressionMatch m = whole.match(line);
+        QVERIFY2(m.hasMatch(), qPrintable(line));
+        const int t = m.captured(1).toInt();
+        // Each thread's own lines keep their order.
+        QCOMPARE(m.captured(2).toInt(), next[t]);
+        ++next[t];
+    }
+}
+
+void TestMessageHandler::unopenableFileLosesTheLineQuietly()
+{
+    QTemporaryDir dir;
+    // A folder cannot be opened for appending.
+    MessageHandler::install(dir.path());
+    MessageHandler::setEchoToStderr(false);
+    qWarning("lost");
+    qInstallMessageHandler(nullptr);
+    QVERIFY(QFileInfo(dir.path()).isDir());
+}
+
+QTEST_GUILESS_MAIN(TestMessageHandler)
+#include "tst_messagehandler.moc"

@@ -1,0 +1,143 @@
+#include "Widget/MainWindow.h"
+#include "Widget/SingleApplication.h"
+
+#include <QElapsedTimer>
+#include <QFileInfo>
+#include <QLocalSocket>
+#include <QProcess>
+#include <QtTest>
+
+#include <sys/socket.h>
+#include <sys/un.h>
+#include <unistd.h>
+
+// This process is the first instance; the real program, started beside it, is the second.
+class TestSingleApplication : public QObject {
+    Q_OBJECT
+
+public:
+    explicit TestSingleApplication(SingleApplication* app) : mApp(app) {}
+
+private slots:
+    void staleSocketWasReplacedAndIsPrivate();
+    void secondStartExitsZeroAndShowsHiddenWindow();
+    void secondStartRestoresMinimisedWindow();
+    void closingOnlyHides();
+    void secondStartBeforeTheWindowExistsDoesNothing();
+
+private:
+    int startSecondInstance();
+    SingleApplication* mApp;
+};
+
+int TestSingleApplication::startSecondInstance()
+{
+    QProcess second;
+    second.setProcessChannelMode(QProcess::ForwardedChannels);
+    QElapsedTimer clock;
+    clock.start();
+    second.start(QStringLiteral(ZORVANE_BINARY), QStringList());
+    // The second instance has to talk to us while we keep serving events.
+    while (second.state() != QProcess::NotRunning && clock.elapsed() < 20000) {
+        QCoreApplication::processEvents(QEventLoop::AllEvents, 20);
+        second.waitForFinished(10);
+    }
+    if (second.state() != QProcess::NotRunning) {
+        second.kill();
+        second.waitForFinished();
+        return -1;
+    }
+    return second.exitStatus() == QProcess::NormalExit ? second.exitCode() : -2;
+}
+
+void TestSingleApplication::staleSocketWasReplacedAndIsPrivate()
+{
+    QVERIFY(!mApp->isRunning());
+    const QFileInfo info(SingleApplication::socketPath());
+    QVERIFY(info.exists());
+    QCOMPARE(info.ownerId(), uint(getuid()));
+    const QFile::Permissions others = QFile::ReadGroup | QFile::WriteGroup | QFile::ExeGroup |
+                                      QFile::ReadOther | QFile::WriteOther | QFile::ExeOther;
+    QVERIFY2((info.permissions() & others) == 0, "the instance socket is open to other users");
+
+    QLocalSocket probe;
+    probe.connectToServer(SingleApplication::socketPath());
+    QVERIFY(probe.waitForConnected(1000));
+}
+
+void TestSingleApplication::secondStartExitsZeroAndShowsHiddenWindow()
+{
+    MainWindow* window = MainWindow::getInstance(nullptr);
+    mApp->mainWindow = window;
+    QVERIFY(!window->isVisible());
+    QCOMPARE(startSecondInstance(), 0);
+    QTRY_VERIFY(window->isVisible());
+}
+
+void TestSingleApplication::secondStartRestoresMinimisedWindow()
+{
+    MainWindow* window = MainWindow::getInstance(nullptr);
+    mApp->mainWindow = window;
+    window->showMinimized();
+    QTRY_VERIFY(window->windowState() & Qt::WindowMinimized);
+    QCOMPARE(startSecondInstance(), 0);
+    QTRY_VERIFY(!(window->windowState() & Qt::WindowMinimized));
+    QVERIFY(window->isVisible());
+}
+
+void TestSingleApplication::closingOnlyHides()
+{
+    MainWindow* window = MainWindow::getInstance(nullptr);
+    mApp->mainWindow = window;
+    window->show();
+    QVERIFY(!window->close());
+    QVERIFY(!window->isVisible());
+    // Still the first instance: the next start finds us.
+    QCOMPARE(startSecondInstance(), 0);
+    QTRY_VERIFY(window->isVisible());
+}
+
+void TestSingleApplication::secondStartBeforeTheWindowExistsDoesNothing()
+{
+    MainWindow* window = MainWindow::getInstance(nullptr);
+    window->hide();
+    mApp->mainWindow = nullptr;
+    QCOMPARE(startSecondInstance(), 0);
+    QTest::qWait(100);
+    QVERIFY(!window->isVisible());
+}
+
+namespace {
+
+// What a crash leaves: a socket file nobody listens on.
+bool leaveStaleSocket(const QString& path)
+{
+    const int fd = ::socket(AF_UNIX, SOCK_STREAM, 0);
+    if (fd < 0) {
+        return false;
+    }
+    sockaddr_un address{};
+    address.sun_family = AF_UNIX;
+    const QByteArray bytes = path.toLocal8Bit();
+    qstrncpy(address.sun_path, bytes.constData(), sizeof(address.sun_path));
+    const bool bound = ::bind(fd, reinterpret_cast<sockaddr*>(&address), sizeof(address)) == 0;
+    ::close(fd);
+    return bound && QFileInfo::exists(path);
+}
+
+}  // namespace
+
+int main(int argc, char** argv)
+{
+    QCoreApplication::setApplicationName(QStringLiteral("ZorvaneV2"));
+    if (!leaveStaleSocket(SingleApplication::socketPath())) {
+        qCritical("could not leave a stale socket at %s", qPrintable(SingleApplication::socketPath()));
+        return 1;
+    }
+    SingleApplication app(argc, argv);
+    app.setQuitOnLastWindowClosed(false);
+    TestSingleApplication test(&app);
+    return QTest::qExec(&test, argc, argv);
+}
+
+#include "tst_singleapplication.moc"
