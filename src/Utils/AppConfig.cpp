@@ -129,9 +129,9 @@ QString AppConfig::credential(Key key) const
 {
     const QString v = value(key);
     if (v.isEmpty()) {
-        qCWarning(lcConfig).noquote() << "missing credential" << kKeys[key].name << "(set it in"
-                                      << defaultFilePath() << "or the environment variable"
-                                      << kKeys[key].envName << ")";
+        qCWarning(lcConfig).noquote()
+            << "missing credential" << kKeys[key].name << "(set it in" << defaultFilePath()
+            << "or the environment variable" << kKeys[key].envName << ")";
     }
     return v;
 }

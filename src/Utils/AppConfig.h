@@ -36,10 +36,10 @@ public:
     };
 
     struct KeyInfo {
-        const char* name;        // "group/key" in the configuration file
-        const char* envName;     // environment variable that overrides it
+        const char* name;     // "group/key" in the configuration file
+        const char* envName;  // environment variable that overrides it
         const char* buildDefault;
-        bool credential;         // an empty value is reported as a missing credential
+        bool credential;  // an empty value is reported as a missing credential
     };
 
     static const KeyInfo& info(Key key);

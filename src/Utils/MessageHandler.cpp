@@ -6,8 +6,8 @@
 #include <QTextStream>
 #include <QTime>
 
-#include <cstdio>
 #include <unistd.h>
+#include <cstdio>
 
 namespace {
 

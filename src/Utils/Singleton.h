@@ -30,10 +30,7 @@ public:
     }
 
     // Tests only: drop the instance so that the next getInstance() starts afresh.
-    static void resetInstanceForTest()
-    {
-        delete sInstance.exchange(nullptr, std::memory_order_acq_rel);
-    }
+    static void resetInstanceForTest() { delete sInstance.exchange(nullptr, std::memory_order_acq_rel); }
 
 protected:
     Singleton() = default;

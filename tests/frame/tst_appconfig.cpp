@@ -66,8 +66,9 @@ void TestAppConfig::fileThenEnvironmentOverride()
     QCOMPARE(fileOnly.origin(AppConfig::GatewayHost), QStringLiteral("file"));
     QCOMPARE(fileOnly.origin(AppConfig::TranslateUrl), QStringLiteral("build"));
 
-    const QHash<QString, QString> env = {{QStringLiteral("ZORVANE_GATEWAY_HOST"), QStringLiteral(" 10.0.0.5 ")},
-                                         {QStringLiteral("ZORVANE_IFLY_API_KEY"), QStringLiteral("from-env")}};
+    const QHash<QString, QString> env = {
+        {QStringLiteral("ZORVANE_GATEWAY_HOST"), QStringLiteral(" 10.0.0.5 ")},
+        {QStringLiteral("ZORVANE_IFLY_API_KEY"), QStringLiteral("from-env")}};
     const AppConfig both = AppConfig::fromSources(path, env);
     QCOMPARE(both.gatewayHost(), QStringLiteral("10.0.0.5"));
     QCOMPARE(both.value(AppConfig::IFlyApiKey), QStringLiteral("from-env"));
@@ -108,9 +109,8 @@ void TestAppConfig::missingCredentialIsLoggedNotFatal()
 void TestAppConfig::badPortFallsBackToTheFixedOne()
 {
     for (const char* bad : {"seventy", "0", "70000", "-1", ""}) {
-        const AppConfig config =
-            AppConfig::fromSources(QString(), {{QStringLiteral("ZORVANE_GATEWAY_CONTROL_PORT"),
-                                                QString::fromLatin1(bad)}});
+        const AppConfig config = AppConfig::fromSources(
+            QString(), {{QStringLiteral("ZORVANE_GATEWAY_CONTROL_PORT"), QString::fromLatin1(bad)}});
         QTest::ignoreMessage(QtWarningMsg, QRegularExpression(QStringLiteral("not a port number")));
         QCOMPARE(config.gatewayControlPort(), quint16(9721));
     }
@@ -124,7 +124,8 @@ void TestAppConfig::everyKeyIsDocumented()
     for (int i = 0; i < AppConfig::KeyCount; ++i) {
         const AppConfig::KeyInfo& info = AppConfig::info(static_cast<AppConfig::Key>(i));
         QVERIFY2(text.contains(QLatin1Char('`') + QLatin1String(info.name) + QLatin1Char('`')), info.name);
-        QVERIFY2(text.contains(QLatin1Char('`') + QLatin1String(info.envName) + QLatin1Char('`')), info.envName);
+        QVERIFY2(text.contains(QLatin1Char('`') + QLatin1String(info.envName) + QLatin1Char('`')),
+                 info.envName);
     }
 }
 

@@ -52,11 +52,12 @@ void TestMessageHandler::lineFormat()
     QFETCH(int, type);
     QFETCH(QString, level);
     const QMessageLogContext context("src/Hid/DeviceManager.cpp", 417, "f", "zorvane.device");
-    const QString line = MessageHandler::formatLine(static_cast<QtMsgType>(type), context,
-                                                    QStringLiteral("设备 ready 100%"));
-    const QRegularExpression shape(QStringLiteral("^\\d\\d:\\d\\d:\\d\\d\\.\\d\\d\\d (.*) "
-                                                  "File:\\(src/Hid/DeviceManager\\.cpp\\) Line:\\(417\\) "
-                                                  "设备 ready 100%\r\n$"));
+    const QString line =
+        MessageHandler::formatLine(static_cast<QtMsgType>(type), context, QStringLiteral("设备 ready 100%"));
+    const QRegularExpression shape(
+        QStringLiteral("^\\d\\d:\\d\\d:\\d\\d\\.\\d\\d\\d (.*) "
+                       "File:\\(src/Hid/DeviceManager\\.cpp\\) Line:\\(417\\) "
+                       "设备 ready 100%\r\n$"));
     const QRegularExpressionMatch match = shape.match(line);
     QVERIFY2(match.hasMatch(), qPrintable(line));
     QCOMPARE(match.captured(1), level);
