@@ -1,13 +1,12 @@
 #include "Utils/MessageHandler.h"
 
 #include <QFile>
-#include <QMutex>
-#include <QMutexLocker>
 #include <QTextStream>
 #include <QTime>
 
 #include <unistd.h>
 #include <cstdio>
+#include <mutex>
 
 namespace {
 
@@ -46,9 +45,10 @@ QString MessageHandler::formatLine(QtMsgType type, const QMessageLogContext& con
 
 void customMessageHandler(QtMsgType type, const QMessageLogContext& context, const QString& message)
 {
-    // Held for the whole call so that lines from different threads never interleave.
-    static QMutex mutex;
-    QMutexLocker locker(&mutex);
+    // Held for the whole call so that lines from different threads never interleave. A
+    // standard mutex, so that ThreadSanitizer sees the lock (Qt's own is invisible to it).
+    static std::mutex mutex;
+    const std::lock_guard<std::mutex> lock(mutex);
 
     const QString line = MessageHandler::formatLine(type, context, message);
     QFile file(gLogFilePath);

@@ -1,9 +1,7 @@
 #pragma once
 
-#include <QMutex>
-#include <QMutexLocker>
-
 #include <atomic>
+#include <mutex>
 #include <utility>
 
 // The process-wide instance idiom: created on first use under a mutex with a second
@@ -18,8 +16,8 @@ public:
     {
         T* current = sInstance.load(std::memory_order_acquire);
         if (current == nullptr) {
-            static QMutex mutex;
-            QMutexLocker locker(&mutex);
+            static std::mutex mutex;
+            const std::lock_guard<std::mutex> lock(mutex);
             current = sInstance.load(std::memory_order_relaxed);
             if (current == nullptr) {
                 current = new T(std::forward<Args>(args)...);
