@@ -1,0 +1,159 @@
+#include "Hid/DeviceMessage.h"
+
+#include <QtTest>
+
+namespace DM = DeviceMessage;
+
+Q_DECLARE_METATYPE(st_small_base_com_msg)
+
+class TestDeviceMessage : public QObject {
+    Q_OBJECT
+
+private slots:
+    void requestBytes_data();
+    void requestBytes();
+    void switchSensesOnTheWire();
+    void replyFields();
+    void shortAndLongPackets();
+    void audioIsToldApartByFirstByte();
+    void volumeRange();
+};
+
+void TestDeviceMessage::requestBytes_data()
+{
+    QTest::addColumn<st_small_base_com_msg>("msg");
+    // Bytes 0, 5, 6, 7, 8, 9: everything else must stay zero.
+    QTest::addColumn<QByteArray>("expected");
+    auto row = [](const char* name, const st_small_base_com_msg& msg, std::initializer_list<int> head) {
+        QByteArray expected(32, '\0');
+        const int offsets[] = {0, 5, 6, 7, 8, 9};
+        int i = 0;
+        for (int value : head) {
+            expected[offsets[i++]] = static_cast<char>(value);
+        }
+        QTest::newRow(name) << msg << expected;
+    };
+    row("getDpi", DM::getDpi(), {1, 6, 2, 1});
+    row("setDpi keeps low 8 bits", DM::setDpi(0x103), {1, 6, 2, 0, 0x03});
+    row("getCpi", DM::getCpi(), {1, 6, 9, 1});
+    row("setCpi 16 bits", DM::setCpi(1600), {1, 6, 9, 0, 1600 & 0xFF, 1600 >> 8});
+    row("getLowbatReport", DM::getLowbatReport(), {1, 6, 3, 1});
+    row("setLowbatReport on", DM::setLowbatReport(true), {1, 6, 3, 0, 1});
+    row("setLowbatReport off", DM::setLowbatReport(false), {1, 6, 3, 0, 0});
+    row("getShake", DM::getShake(), {1, 6, 4, 1});
+    row("getLamplight", DM::getLamplight(), {1, 6, 5, 1});
+    row("getSoundEffect", DM::getSoundEffect(), {1, 6, 6, 1});
+    row("responseAck", DM::responseAck(3), {1, 6, 7, 0, 3});
+    row("getDPILevelValue", DM::getDPILevelValue(), {1, 6, 10, 1});
+    row("getBLEAudioMode", DM::getBLEAudioMode(), {1, 6, 11, 1});
+    row("setBLEAudioMode 0", DM::setBLEAudioMode(0), {1, 6, 11, 0, 0x01});
+    row("setBLEAudioMode 1", DM::setBLEAudioMode(1), {1, 6, 11, 0, 0x07});
+    row("setBLEAudioMode 2 is like 0", DM::setBLEAudioMode(2), {1, 6, 11, 0, 0x01});
+    row("getModule", DM::getModule(), {1, 4, 10, 1});
+    row("getRemoteFlashID", DM::getRemoteFlashID(), {1, 4, 11, 1});
+    row("getAudioVolume", DM::getAudioVolume(), {1, 3, 24, 1});
+    row("setAudioVolume", DM::setAudioVolume(33), {1, 3, 24, 0, 33});
+    row("getDongleFlashID", DM::getDongleFlashID(), {6, 2, 11, 1});
+    row("getActive", DM::getActive(), {6, 3, 10, 1});
+    row("getDevicePowerPlugIn has no read flag", DM::getDevicePowerPlugIn(), {6, 8, 2, 0});
+    row("getAudioEnable", DM::getAudioEnable(), {6, 8, 4, 1});
+    row("setAudioEnable on", DM::setAudioEnable(true), {6, 8, 6, 0, 1, 0});
+    row("setAudioEnable off", DM::setAudioEnable(false), {6, 8, 6, 0, 0, 0});
+}
+
+void TestDeviceMessage::requestBytes()
+{
+    QFETCH(st_small_base_com_msg, msg);
+    QFETCH(QByteArray, expected);
+    QCOMPARE(msg.toByteArray().toHex(' '), expected.toHex(' '));
+}
+
+void TestDeviceMessage::switchSensesOnTheWire()
+{
+    // Writing "on" is bit 0 = 0 for shake, lamplight and sound; the low-battery report is the
+    // other way round.
+    QCOMPARE(DM::setShake(true).bytes[8], quint8(0));
+    QCOMPARE(DM::setShake(false).bytes[8], quint8(1));
+    QCOMPARE(DM::setLamplight(true).bytes[8], quint8(0));
+    QCOMPARE(DM::setLamplight(false).bytes[8], quint8(1));
+    QCOMPARE(DM::setSoundEffect(true).bytes[8], quint8(0));
+    QCOMPARE(DM::setSoundEffect(false).bytes[8], quint8(1));
+    QCOMPARE(DM::setLowbatReport(true).bytes[8], quint8(1));
+}
+
+void TestDeviceMessage::replyFields()
+{
+    QByteArray raw(32, '\0');
+    raw[0] = char(0xE1);  // reserved high bits do not change the route
+    raw[5] = char(0xF6);  // nor those of the class
+    raw[6] = 10;
+    raw[7] = 0x10;
+    const quint8 flash[] = {0x0a, 0xB1, 0x00, 0x7f, 0x10, 0x02, 0xff, 0x3c};
+    for (int i = 0; i < 8; ++i) {
+        raw[8 + i] = static_cast<char>(flash[i]);
+    }
+    const st_small_base_com_msg msg = st_small_base_com_msg::fromBytes(raw);
+    QCOMPARE(msg.route(), 1);
+    QCOMPARE(msg.configClass(), 6);
+    QCOMPARE(msg.configType(), 10);
+    QVERIFY(msg.resultFlag());
+    QVERIFY(!msg.readFlag());
+    QCOMPARE(msg.hex(8, 8), QStringLiteral("0AB1007F1002FF3C"));
+    QCOMPARE(msg.u16(8), 0xB10A);
+
+    // A battery value sits at the odd offset 5.
+    QByteArray battery(32, '\0');
+    battery[0] = 11;
+    battery[4] = 123;
+    battery[5] = char(0x34);
+    battery[6] = char(0x0C);
+    QCOMPARE(st_small_base_com_msg::fromBytes(battery).u16(5), 0x0C34);
+}
+
+void TestDeviceMessage::shortAndLongPackets()
+{
+    const QByteArray shortPacket = QByteArray::fromHex("0b000000107a01");
+    const st_small_base_com_msg msg = st_small_base_com_msg::fromBytes(shortPacket);
+    QCOMPARE(msg.route(), 11);
+    QCOMPARE(msg.interactiveType(), 16);
+    QCOMPARE(msg.u8(5), 0x7a);
+    for (int i = 7; i < 32; ++i) {
+        QCOMPARE(msg.u8(i), 0);
+    }
+    QCOMPARE(st_small_base_com_msg::fromBytes(QByteArray(64, '\x05')).toByteArray(), QByteArray(32, '\x05'));
+    QCOMPARE(st_small_base_com_msg::fromBytes(nullptr, 12).toByteArray(), QByteArray(32, '\0'));
+    QCOMPARE(DM::getDpi().toByteArray(20).size(), 20);
+}
+
+void TestDeviceMessage::audioIsToldApartByFirstByte()
+{
+    int audio = 0;
+    for (int b = 0; b < 256; ++b) {
+        audio += DM::isAudioPacket(static_cast<quint8>(b)) ? 1 : 0;
+    }
+    QCOMPARE(audio, 10);
+    // 38 reads as route 6 but is audio; 6 itself is a record.
+    QVERIFY(DM::isAudioPacket(38));
+    QCOMPARE(38 & 0x1F, 6);
+    QVERIFY(!DM::isAudioPacket(6));
+    QVERIFY(!DM::isAudioPacket(1));
+    QVERIFY(!DM::isAudioPacket(11));
+    for (int b : {7, 15, 18, 50, 82, 114, 14, 46, 78}) {
+        QVERIFY(DM::isAudioPacket(static_cast<quint8>(b)));
+    }
+}
+
+void TestDeviceMessage::volumeRange()
+{
+    QVERIFY(DM::volumeInRange(28, false, 0, 0));
+    QVERIFY(DM::volumeInRange(40, false, 0, 0));
+    QVERIFY(!DM::volumeInRange(41, false, 0, 0));
+    QVERIFY(!DM::volumeInRange(27, false, 0, 0));
+    QVERIFY(DM::volumeInRange(10, true, 10, 60));
+    QVERIFY(DM::volumeInRange(60, true, 10, 60));
+    QVERIFY(!DM::volumeInRange(61, true, 10, 60));
+    QVERIFY(!DM::volumeInRange(28, true, 30, 60));
+}
+
+QTEST_GUILESS_MAIN(TestDeviceMessage)
+#include "tst_devicemessage.moc"
