@@ -1,0 +1,35 @@
+#pragma once
+
+#include <QList>
+#include <QString>
+
+// The HID calls the USB link makes, so that the same link runs on hidapi or on the virtual
+// receiver. Implementations are called from several threads at once (the read thread, the
+// plug worker, the callers of open/write/close) and must allow that; a handle is closed
+// only when no read on it is in progress.
+class HidBackend {
+public:
+    struct Interface {
+        QString path;
+        int vid = 0;
+        int pid = 0;
+        int usagePage = 0;
+    };
+    using Handle = void*;
+
+    virtual ~HidBackend() = default;
+
+    // hid_init: false when the library cannot start.
+    virtual bool init() = 0;
+    // hid_enumerate(0, 0): every HID interface.
+    virtual QList<Interface> enumerate() = 0;
+    // hid_open_path: null when it fails.
+    virtual Handle openPath(const QString& path) = 0;
+    // hid_read_timeout: bytes read, 0 on time-out, below 0 on error.
+    virtual int readTimeout(Handle handle, unsigned char* buffer, int length, int milliseconds) = 0;
+    // hid_write: bytes written or below 0.
+    virtual int write(Handle handle, const unsigned char* data, int length) = 0;
+    virtual void close(Handle handle) = 0;
+    // hid_error: empty when the handle has no error to report.
+    virtual QString error(Handle handle) = 0;
+};

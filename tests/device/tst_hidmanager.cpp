@@ -1,0 +1,269 @@
+#include "FakeHidBackend.h"
+#include "Hid/DeviceMessage.h"
+#include "Hid/HidManager.h"
+#include "Hid/UsbChangeWorker.h"
+
+#include <QElapsedTimer>
+#include <QSignalSpy>
+#include <QtTest>
+
+#include <atomic>
+#include <mutex>
+#include <thread>
+
+namespace {
+
+constexpr int kVid = 0x3151;
+constexpr int kPid = 0x4011;
+
+HidBackend::Interface iface(const QString& path, int vid, int pid, int usagePage)
+{
+    return HidBackend::Interface{path, vid, pid, usagePage};
+}
+
+HidBackend::Interface iface(const char* path, int vid, int pid, int usagePage)
+{
+    return iface(QString::fromLatin1(path), vid, pid, usagePage);
+}
+
+// The receiver as it shows itself: a keyboard and mouse interface before the vendor one.
+QList<HidBackend::Interface> receiver(const char* prefix = "/dev/hidraw")
+{
+    const QString p = QString::fromLatin1(prefix);
+    return {iface(p + QLatin1Char('1'), kVid, kPid, 0x0001), iface(p + QLatin1Char('2'), kVid, kPid, 0x000C),
+            iface(p + QLatin1Char('3'), kVid, kPid, 0xFF00)};
+}
+
+struct Change {
+    int vid;
+    int pid;
+    bool enable;
+};
+
+}  // namespace
+
+class TestHidManager : public QObject {
+    Q_OBJECT
+
+private slots:
+    void enumerateKeepsVendorPageOnly();
+    void openTakesTheVendorInterfaceByPath();
+    void writeSendsReportZeroAndLosesByte31();
+    void readLoopDeliversWholeReportsAndLeavesOnClose();
+    void pulledOutReceiverClosesTheLink();
+    void plugDetection();
+    void writesFromAnotherThreadWhileReadingAndClosing();
+};
+
+void TestHidManager::enumerateKeepsVendorPageOnly()
+{
+    FakeHidBackend backend;
+    backend.setInterfaces(receiver() +
+                          QList<HidBackend::Interface>{iface("/dev/hidraw9", 0x46d, 0xc52b, 0xFF00)});
+    HidManager hid(&backend);
+    const QList<HidDevice> list = hid.enumerate();
+    QCOMPARE(list.size(), 2);
+    QCOMPARE(list.at(0).vid, kVid);
+    QCOMPARE(list.at(0).pid, kPid);
+    QVERIFY(list.at(0).path.isEmpty());
+    QCOMPARE(list.at(1).vid, 0x46d);
+
+    backend.setInitFails(true);
+    QVERIFY(hid.enumerate().isEmpty());
+}
+
+void TestHidManager::openTakesTheVendorInterfaceByPath()
+{
+    FakeHidBackend backend;
+    backend.setInterfaces(receiver());
+    HidManager hid(&backend);
+    QVERIFY(!hid.open(kVid, kPid + 1));
+    QVERIFY(!hid.isOpen());
+    QVERIFY(hid.open(kVid, kPid));
+    QCOMPARE(backend.openedPath(), QStringLiteral("/dev/hidraw3"));
+    QVERIFY(hid.isRunning());
+    // Opening again keeps the one handle.
+    QVERIFY(hid.open(kVid, kPid));
+    QCOMPARE(backend.openHandles(), 1);
+    hid.close();
+    QVERIFY(!hid.isOpen());
+    QCOMPARE(backend.openHandles(), 0);
+
+    // Without the vendor page nothing is opened.
+    FakeHidBackend bare;
+    bare.setInterfaces({iface("/dev/hidraw1", kVid, kPid, 0x0001)});
+    HidManager other(&bare);
+    QVERIFY(!other.open(kVid, kPid));
+    QCOMPARE(bare.openHandles(), 0);
+}
+
+void TestHidManager::writeSendsReportZeroAndLosesByte31()
+{
+    FakeHidBackend backend;
+    backend.setInterfaces(receiver());
+    HidManager hid(&backend);
+    st_small_base_com_msg msg = DeviceMessage::setCpi(0x0640);
+    msg.bytes[30] = 0xAB;
+    msg.bytes[31] = 0xCD;
+    QVERIFY(!hid.write(msg.bytes));
+    QVERIFY(backend.writes().isEmpty());
+
+    QVERIFY(hid.open(kVid, kPid));
+    QVERIFY(hid.write(msg.bytes));
+    const QList<QByteArray> writes = backend.writes();
+    QCOMPARE(writes.size(), 1);
+    QCOMPARE(writes.at(0).size(), 32);
+    QCOMPARE(writes.at(0).at(0), '\0');
+    QCOMPARE(writes.at(0).mid(1), msg.toByteArray(31));
+    QVERIFY(!writes.at(0).contains('\xCD'));
+}
+
+void TestHidManager::readLoopDeliversWholeReportsAndLeavesOnClose()
+{
+    FakeHidBackend backend;
+    backend.setInterfaces(receiver());
+    HidManager hid(&backend);
+    std::mutex mutex;
+    QList<QByteArray> received;
+    QList<int> lengths;
+    // Direct, as the device manager connects: the pointer is only good during the call.
+    connect(
+        &hid, &HidManager::signalReceiveMessage, this,
+        [&](void* msg, int length) {
+            const std::lock_guard<std::mutex> lock(mutex);
+            received.append(QByteArray(static_cast<const char*>(msg), HidManager::kReportSize));
+            lengths.append(length);
+        },
+        Qt::DirectConnection);
+    QVERIFY(hid.open(kVid, kPid));
+    backend.pushReport(DeviceMessage::getDpi().toByteArray());
+    backend.pushReport(QByteArray::fromHex("0b000000107a01"));  // a short read is padded
+    QTRY_VERIFY([&] {
+        const std::lock_guard<std::mutex> lock(mutex);
+        return received.size() == 2;
+    }());
+    {
+        const std::lock_guard<std::mutex> lock(mutex);
+        QCOMPARE(received.at(0), DeviceMessage::getDpi().toByteArray());
+        QCOMPARE(received.at(1), QByteArray::fromHex("0b000000107a01") + QByteArray(25, '\0'));
+        QCOMPARE(lengths, QList<int>({32, 32}));
+    }
+
+    QElapsedTimer clock;
+    clock.start();
+    hid.close();
+    QVERIFY(clock.elapsed() < 1000);
+    QVERIFY(hid.isFinished());
+    QVERIFY(!backend.readInProgressOnClose());
+
+    // A later open starts the loop again.
+    QVERIFY(hid.open(kVid, kPid));
+    QVERIFY(hid.isRunning());
+    backend.pushReport(DeviceMessage::getCpi().toByteArray());
+    QTRY_VERIFY([&] {
+        const std::lock_guard<std::mutex> lock(mutex);
+        return received.size() == 3;
+    }());
+}
+
+void TestHidManager::pulledOutReceiverClosesTheLink()
+{
+    FakeHidBackend backend;
+    backend.setInterfaces(receiver());
+    HidManager hid(&backend);
+    QVERIFY(hid.open(kVid, kPid));
+    backend.pullOut();
+    QTRY_VERIFY(hid.isFinished());
+    QVERIFY(!hid.write(DeviceMessage::getDpi().bytes));
+    QVERIFY(!hid.isOpen());
+    QCOMPARE(backend.openHandles(), 0);
+}
+
+void TestHidManager::plugDetection()
+{
+    FakeHidBackend backend;
+    backend.setInterfaces(receiver());
+    UsbChangeWorker worker(&backend);
+    QList<Change> changes;
+    connect(&worker, &UsbChangeWorker::signalChange, this, [&](int vid, int pid, bool enable) {
+        changes.append({vid, pid, enable});
+    });
+
+    // What is there at the first look is not announced.
+    worker.onCheck();
+    QVERIFY(changes.isEmpty());
+
+    // A second receiver of the same kind on other paths is another device.
+    backend.setInterfaces(receiver() + receiver("/dev/hidraw-b"));
+    worker.onCheck();
+    QCOMPARE(changes.size(), 1);
+    QVERIFY(changes.at(0).enable);
+    changes.clear();
+
+    // Moving to another port: the removal comes first.
+    backend.setInterfaces(receiver("/dev/hidraw-c") + receiver("/dev/hidraw-b"));
+    worker.onCheck();
+    QCOMPARE(changes.size(), 2);
+    QVERIFY(!changes.at(0).enable);
+    QVERIFY(changes.at(1).enable);
+    QCOMPARE(changes.at(1).vid, kVid);
+    changes.clear();
+
+    // No change, no event; a failing library ends the tick quietly.
+    worker.onCheck();
+    backend.setInitFails(true);
+    backend.setInterfaces({});
+    worker.onCheck();
+    QVERIFY(changes.isEmpty());
+    backend.setInitFails(false);
+    worker.onCheck();
+    QCOMPARE(changes.size(), 2);
+    QVERIFY(!changes.at(0).enable && !changes.at(1).enable);
+
+    // Paths compare exactly.
+    QVERIFY(!UsbChangeWorker::devExist({HidDevice{QStringLiteral("/dev/HIDRAW3"), kVid, kPid}},
+                                       HidDevice{QStringLiteral("/dev/hidraw3"), kVid, kPid}));
+}
+
+void TestHidManager::writesFromAnotherThreadWhileReadingAndClosing()
+{
+    FakeHidBackend backend;
+    backend.setInterfaces(receiver());
+    HidManager hid(&backend);
+    std::atomic<int> received{0};
+    connect(
+        &hid, &HidManager::signalReceiveMessage, this,
+        [&](void*, int) {
+            ++received;
+            // Answering from the read thread, as the acknowledgement of a device event does.
+            st_small_base_com_msg ack = DeviceMessage::responseAck(1);
+            hid.write(ack.bytes);
+        },
+        Qt::DirectConnection);
+    QVERIFY(hid.open(kVid, kPid));
+    std::atomic<bool> stop{false};
+    std::thread controller([&] {
+        st_small_base_com_msg msg = DeviceMessage::getDpi();
+        while (!stop) {
+            hid.write(msg.bytes);
+            hid.isOpen();
+        }
+    });
+    for (int round = 0; round < 5; ++round) {
+        for (int i = 0; i < 20; ++i) {
+            backend.pushReport(DeviceMessage::getCpi().toByteArray());
+        }
+        QTest::qWait(20);
+        hid.close();
+        QVERIFY(hid.open(kVid, kPid));
+    }
+    stop = true;
+    controller.join();
+    hid.close();
+    QVERIFY(received > 0);
+    QVERIFY(!backend.readInProgressOnClose());
+    QCOMPARE(backend.openHandles(), 0);
+}
+
+QTEST_GUILESS_MAIN(TestHidManager)
+#include "tst_hidmanager.moc"
