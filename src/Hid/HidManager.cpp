@@ -2,6 +2,8 @@
 
 #include "Hid/HidApiBackend.h"
 #include "Hid/UsbChangeWorker.h"
+#include "Hid/VirtualHidBackend.h"
+#include "Utils/AppConfig.h"
 #include "Utils/Logging.h"
 
 #include <QTimer>
@@ -13,7 +15,13 @@ HidManager::HidManager() : HidManager(nullptr) {}
 HidManager::HidManager(HidBackend* backend, QObject* parent) : QThread(parent), mBackend(backend)
 {
     if (mBackend == nullptr) {
-        mOwnedBackend = std::make_unique<HidApiBackend>();
+        const QString virtualSocket = AppConfig::getInstance()->deviceVirtualSocket();
+        if (virtualSocket.isEmpty()) {
+            mOwnedBackend = std::make_unique<HidApiBackend>();
+        } else {
+            qCInfo(lcDeviceHid) << "using the virtual receiver at" << virtualSocket;
+            mOwnedBackend = std::make_unique<VirtualHidBackend>(virtualSocket);
+        }
         mBackend = mOwnedBackend.get();
     }
     qRegisterMetaType<HidDevice>();

@@ -1,0 +1,187 @@
+#include "SimScript.h"
+
+#include "SimDevice.h"
+#include "SimServer.h"
+
+#include <QTextStream>
+#include <QTimer>
+
+namespace {
+
+constexpr int kDefaultClickHoldMs = 100;
+constexpr int kDefaultDoubleClickGapMs = 100;
+constexpr int kDefaultLongPressMs = 1000;
+
+int argInt(const QStringList& words, int index, int fallback, bool* ok)
+{
+    if (words.size() <= index) {
+        return fallback;
+    }
+    bool good = false;
+    const int value = words.at(index).toInt(&good);
+    *ok = *ok && good;
+    return value;
+}
+
+}  // namespace
+
+SimScript::SimScript(SimDevice* device, SimServer* server, QTextStream* out, QObject* parent)
+    : QObject(parent), mDevice(device), mServer(server), mOut(out)
+{
+}
+
+QString SimScript::help()
+{
+    return QStringLiteral(
+               "Commands (one per line, from --script and then standard input; '#' starts a comment):\n"
+               "  plug | unplug                 plug the receiver in or pull it out\n"
+               "  press KEY | release KEY       a key event (voice keys are 3 to 6)\n"
+               "  click KEY [HOLD_MS]           press, hold (default 100 ms), release\n"
+               "  double-click KEY [GAP_MS]     two 80 ms clicks with a gap (default 100 ms)\n"
+               "  long-press KEY [HOLD_MS]      press, hold (default 1000 ms), release\n"
+               "  wait MS                       hold the following commands back\n"
+               "  battery VALUE                 battery value event\n"
+               "  lowbat 1 | lowbat 2           low battery, level 1 or 2\n"
+               "  shutdown                      low battery level 2 with the shutdown bit\n"
+               "  dpi-key LEVEL                 the resolution key was pressed on the mouse\n"
+               "  lamplight VALUE               the lamplight was changed on the mouse\n"
+               "  power-plug 0|1                charger unplugged or plugged in\n"
+               "  active 0|1                    the mouse woke up or went to sleep\n"
+               "  set FIELD VALUE               change the device state; fields:\n"
+               "      %1\n"
+               "      levels takes V1,V2,V3 or 'none'; customer 6 and flash ids 16 hex digits\n"
+               "  echo TEXT                     print TEXT (to synchronise a driving script)\n"
+               "  quit                          leave\n"
+               "Output: 'ready PATH' once listening, 'open'/'closed' as the application opens the\n"
+               "receiver, 'out HEX' for every record the application writes, 'error: ...' for a bad\n"
+               "command.\n")
+        .arg(SimDevice::fieldNames().join(QLatin1Char(' ')));
+}
+
+void SimScript::append(const QString& line)
+{
+    mQueue.append(line);
+    if (!mWaiting) {
+        runNext();
+    }
+}
+
+void SimScript::append(const QStringList& lines)
+{
+    mQueue.append(lines);
+    if (!mWaiting) {
+        runNext();
+    }
+}
+
+void SimScript::runNext()
+{
+    while (!mQueue.isEmpty()) {
+        const int waitMs = execute(mQueue.takeFirst());
+        if (waitMs > 0) {
+            mWaiting = true;
+            QTimer::singleShot(waitMs, Qt::PreciseTimer, this, [this] {
+                mWaiting = false;
+                runNext();
+            });
+            return;
+        }
+    }
+}
+
+int SimScript::execute(const QString& rawLine)
+{
+    const QString line = rawLine.section(QLatin1Char('#'), 0, 0).trimmed();
+    if (line.isEmpty()) {
+        return 0;
+    }
+    const QStringList w = line.split(QLatin1Char(' '), Qt::SkipEmptyParts);
+    const QString& cmd = w.first();
+    bool ok = true;
+    auto fail = [this, &line](const char* why) {
+        *mOut << "error: " << why << ": " << line << Qt::endl;
+        return 0;
+    };
+    auto send = [this](const st_small_base_com_msg& msg) { mServer->sendRecord(msg); };
+    auto expand = [this](const QStringList& steps) {
+        // Runs before whatever was queued after this command.
+        mQueue = steps + mQueue;
+    };
+
+    if (cmd == QLatin1String("plug") || cmd == QLatin1String("unplug")) {
+        mServer->setPlugged(cmd == QLatin1String("plug"));
+    } else if (cmd == QLatin1String("press") || cmd == QLatin1String("release")) {
+        const int key = argInt(w, 1, -1, &ok);
+        if (!ok || key < 0 || key > 255) {
+            return fail("expected a key number");
+        }
+        send(SimDevice::keyEvent(key, cmd == QLatin1String("press") ? 1 : 0));
+    } else if (cmd == QLatin1String("click") || cmd == QLatin1String("long-press")) {
+        const int key = argInt(w, 1, -1, &ok);
+        const int hold =
+            argInt(w, 2, cmd == QLatin1String("click") ? kDefaultClickHoldMs : kDefaultLongPressMs, &ok);
+        if (!ok || key < 0 || hold < 0) {
+            return fail("expected a key number and a hold time");
+        }
+        const QString k = QString::number(key);
+        expand({QStringLiteral("press ") + k, QStringLiteral("wait %1").arg(hold),
+                QStringLiteral("release ") + k});
+    } else if (cmd == QLatin1String("double-click")) {
+        const int key = argInt(w, 1, -1, &ok);
+        const int gap = argInt(w, 2, kDefaultDoubleClickGapMs, &ok);
+        if (!ok || key < 0 || gap < 0) {
+            return fail("expected a key number and a gap");
+        }
+        const QString k = QString::number(key);
+        expand({QStringLiteral("click ") + k + QStringLiteral(" 80"), QStringLiteral("wait %1").arg(gap),
+                QStringLiteral("click ") + k + QStringLiteral(" 80")});
+    } else if (cmd == QLatin1String("wait")) {
+        const int ms = argInt(w, 1, -1, &ok);
+        if (!ok || ms < 0) {
+            return fail("expected milliseconds");
+        }
+        return ms;
+    } else if (cmd == QLatin1String("battery")) {
+        const int value = argInt(w, 1, -1, &ok);
+        if (!ok || value < 0 || value > 0xFFFF) {
+            return fail("expected a value");
+        }
+        send(SimDevice::batteryValue(value));
+    } else if (cmd == QLatin1String("lowbat")) {
+        const int level = argInt(w, 1, -1, &ok);
+        if (!ok || level < 0 || level > 0xFFFF) {
+            return fail("expected a level");
+        }
+        send(SimDevice::lowBattery(level, false));
+    } else if (cmd == QLatin1String("shutdown")) {
+        send(SimDevice::lowBattery(2, true));
+    } else if (cmd == QLatin1String("dpi-key") || cmd == QLatin1String("lamplight")) {
+        const int value = argInt(w, 1, -1, &ok);
+        if (!ok || value < 0 || value > 255) {
+            return fail("expected a value");
+        }
+        send(cmd == QLatin1String("dpi-key") ? SimDevice::dpiKey(value) : SimDevice::lamplightChange(value));
+    } else if (cmd == QLatin1String("power-plug") || cmd == QLatin1String("active")) {
+        const int value = argInt(w, 1, -1, &ok);
+        if (!ok || (value != 0 && value != 1)) {
+            return fail("expected 0 or 1");
+        }
+        if (cmd == QLatin1String("power-plug")) {
+            mDevice->state().powerPlugged = value == 1;
+            send(SimDevice::powerPlug(value == 1));
+        } else {
+            send(SimDevice::activeNotice(value == 1));
+        }
+    } else if (cmd == QLatin1String("set")) {
+        if (w.size() != 3 || !mDevice->set(w.at(1), w.at(2))) {
+            return fail("unknown field or bad value");
+        }
+    } else if (cmd == QLatin1String("echo")) {
+        *mOut << line.mid(5) << Qt::endl;
+    } else if (cmd == QLatin1String("quit")) {
+        emit signalQuit(0);
+    } else {
+        return fail("unknown command");
+    }
+    return 0;
+}

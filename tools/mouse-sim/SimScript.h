@@ -1,0 +1,36 @@
+#pragma once
+
+#include <QObject>
+#include <QStringList>
+
+class SimDevice;
+class SimServer;
+class QTextStream;
+
+// Runs mouse-sim commands in order; "wait" holds the ones after it back, so key timings are
+// exact. Commands come from a script file and from standard input.
+class SimScript : public QObject {
+    Q_OBJECT
+
+public:
+    SimScript(SimDevice* device, SimServer* server, QTextStream* out, QObject* parent = nullptr);
+
+    static QString help();
+
+    void append(const QString& line);
+    void append(const QStringList& lines);
+
+signals:
+    void signalQuit(int code);
+
+private:
+    void runNext();
+    // Runs one command; returns the milliseconds to wait before the next.
+    int execute(const QString& line);
+
+    SimDevice* mDevice;
+    SimServer* mServer;
+    QTextStream* mOut;
+    QStringList mQueue;
+    bool mWaiting = false;
+};

@@ -1,0 +1,158 @@
+#include "SimServer.h"
+
+#include "Hid/VirtualDeviceConnection.h"
+
+#include <QLocalServer>
+#include <QLocalSocket>
+
+namespace {
+constexpr int kMaxFrame = 0xFFFF;
+}
+
+SimServer::SimServer(SimDevice* device, int vid, int pid, QObject* parent)
+    : QObject(parent), mDevice(device), mVid(vid), mPid(pid), mServer(new QLocalServer(this))
+{
+    connect(mServer, &QLocalServer::newConnection, this, &SimServer::onNewConnection);
+}
+
+bool SimServer::listen(const QString& socketPath)
+{
+    QLocalServer::removeServer(socketPath);
+    mServer->setSocketOptions(QLocalServer::UserAccessOption);
+    return mServer->listen(socketPath);
+}
+
+QString SimServer::errorString() const
+{
+    return mServer->errorString();
+}
+
+QString SimServer::vendorPath() const
+{
+    return QStringLiteral("sim:receiver:vendor");
+}
+
+QByteArray SimServer::interfacesPayload() const
+{
+    QByteArray payload;
+    if (!mPlugged) {
+        payload.append('\0');
+        return payload;
+    }
+    // Like the real receiver: a mouse interface before the one that carries records.
+    struct Entry {
+        QString path;
+        int usagePage;
+    };
+    const Entry entries[] = {{QStringLiteral("sim:receiver:mouse"), 0x0001}, {vendorPath(), 0xFF00}};
+    payload.append(static_cast<char>(2));
+    for (const Entry& e : entries) {
+        const QByteArray path = e.path.toUtf8();
+        const int values[] = {mVid, mPid, e.usagePage};
+        for (int v : values) {
+            payload.append(static_cast<char>(v & 0xFF));
+            payload.append(static_cast<char>((v >> 8) & 0xFF));
+        }
+        payload.append(static_cast<char>(path.size()));
+        payload.append(path);
+    }
+    return payload;
+}
+
+void SimServer::setPlugged(bool plugged)
+{
+    if (mPlugged == plugged) {
+        return;
+    }
+    mPlugged = plugged;
+    if (!plugged && mOpenBy != nullptr) {
+        sendFrame(mOpenBy, VirtualDeviceConnection::HidGone, QByteArray());
+        mOpenBy = nullptr;
+        emit signalOpened(false);
+    }
+    for (QLocalSocket* client : qAsConst(mClients)) {
+        sendFrame(client, VirtualDeviceConnection::HidInterfaces, interfacesPayload());
+    }
+}
+
+bool SimServer::sendRecord(const st_small_base_com_msg& msg)
+{
+    if (mOpenBy == nullptr) {
+        return false;
+    }
+    sendFrame(mOpenBy, VirtualDeviceConnection::HidInput, msg.toByteArray());
+    return true;
+}
+
+void SimServer::onNewConnection()
+{
+    while (QLocalSocket* socket = mServer->nextPendingConnection()) {
+        mClients.append(socket);
+        connect(socket, &QLocalSocket::readyRead, this, [this, socket] { onReadyRead(socket); });
+        connect(socket, &QLocalSocket::disconnected, this, [this, socket] {
+            mClients.removeAll(socket);
+            mBuffers.remove(socket);
+            if (mOpenBy == socket) {
+                mOpenBy = nullptr;
+                emit signalOpened(false);
+            }
+            socket->deleteLater();
+        });
+        sendFrame(socket, VirtualDeviceConnection::HidInterfaces, interfacesPayload());
+    }
+}
+
+void SimServer::onReadyRead(QLocalSocket* socket)
+{
+    // Frames may arrive split or several at once.
+    QByteArray& buffer = mBuffers[socket];
+    buffer.append(socket->readAll());
+    while (buffer.size() >= 3) {
+        const int length = static_cast<quint8>(buffer.at(1)) | (static_cast<quint8>(buffer.at(2)) << 8);
+        if (buffer.size() < 3 + length) {
+            break;
+        }
+        const int channel = static_cast<quint8>(buffer.at(0));
+        const QByteArray payload = buffer.mid(3, length);
+        buffer.remove(0, 3 + length);
+        handleFrame(socket, channel, payload);
+    }
+}
+
+void SimServer::handleFrame(QLocalSocket* socket, int channel, const QByteArray& payload)
+{
+    switch (channel) {
+        case VirtualDeviceConnection::HidOpen:
+            if (mPlugged && QString::fromUtf8(payload) == vendorPath()) {
+                mOpenBy = socket;
+                emit signalOpened(true);
+            }
+            break;
+        case VirtualDeviceConnection::HidClose:
+            if (mOpenBy == socket) {
+                mOpenBy = nullptr;
+                emit signalOpened(false);
+            }
+            break;
+        case VirtualDeviceConnection::HidOutput: {
+            if (mOpenBy != socket) {
+                break;
+            }
+            emit signalOutput(payload);
+            const st_small_base_com_msg request = st_small_base_com_msg::fromBytes(payload);
+            for (const st_small_base_com_msg& reply : mDevice->handleRequest(request)) {
+                sendRecord(reply);
+            }
+            break;
+        }
+        default:
+            break;
+    }
+}
+
+void SimServer::sendFrame(QLocalSocket* socket, int channel, const QByteArray& payload)
+{
+    if (payload.size() <= kMaxFrame) {
+        socket->write(VirtualDeviceConnection::frame(channel, payload));
+    }
+}

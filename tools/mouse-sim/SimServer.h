@@ -1,0 +1,52 @@
+#pragma once
+
+#include "SimDevice.h"
+
+#include <QByteArray>
+#include <QHash>
+#include <QList>
+#include <QObject>
+
+class QLocalServer;
+class QLocalSocket;
+
+// Serves the virtual device socket: shows the receiver's interfaces while it is plugged in,
+// answers the records the application writes and sends the device's events.
+class SimServer : public QObject {
+    Q_OBJECT
+
+public:
+    SimServer(SimDevice* device, int vid, int pid, QObject* parent = nullptr);
+
+    bool listen(const QString& socketPath);
+    QString errorString() const;
+
+    void setPlugged(bool plugged);
+    bool isPlugged() const { return mPlugged; }
+    // Sends a record as an input report when the application has the receiver open.
+    bool sendRecord(const st_small_base_com_msg& msg);
+
+    // The HidInterfaces payload for the current plug state.
+    QByteArray interfacesPayload() const;
+
+signals:
+    // Every record the application wrote, as it reached the receiver (31 bytes).
+    void signalOutput(QByteArray bytes);
+    void signalOpened(bool open);
+
+private:
+    void onNewConnection();
+    void onReadyRead(QLocalSocket* socket);
+    void handleFrame(QLocalSocket* socket, int channel, const QByteArray& payload);
+    void sendFrame(QLocalSocket* socket, int channel, const QByteArray& payload);
+    QString vendorPath() const;
+
+    SimDevice* mDevice;
+    int mVid;
+    int mPid;
+    bool mPlugged = true;
+    QLocalServer* mServer;
+    QList<QLocalSocket*> mClients;
+    QHash<QLocalSocket*, QByteArray> mBuffers;
+    QLocalSocket* mOpenBy = nullptr;
+};
