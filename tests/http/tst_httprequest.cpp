@@ -1,0 +1,190 @@
+#include "Http/HttpRequest.h"
+#include "LocalHttpServer.h"
+
+#include <QFile>
+#include <QTemporaryDir>
+#include <QtTest>
+
+#include <thread>
+
+class TestHttpRequest : public QObject {
+    Q_OBJECT
+
+private slots:
+    void initTestCase();
+    void getAndPostReachHandleWithJsonHeader();
+    void timeOutThenErrorAndNeverHandle();
+    void overlappingCallsKeepTheirOwnCallbacks();
+    void httpErrorGoesToOnError();
+    void downloadReplacesFileAndReportsTotalFirst();
+    void cancelAbortsDownloadsAndIsHarmlessWhenIdle();
+    void syncCallsFromAWorkerThread();
+
+private:
+    LocalHttpServer mServer;
+    HttpRequest* http = nullptr;
+};
+
+void TestHttpRequest::initTestCase()
+{
+    QVERIFY(mServer.start());
+    http = HttpRequest::getInstance();
+}
+
+void TestHttpRequest::getAndPostReachHandleWithJsonHeader()
+{
+    mServer.setAnswer(QStringLiteral("/a"), {200, "{\"code\":1}", 0, "application/json"});
+    QByteArray got;
+    http->get(
+        mServer.url(QStringLiteral("/a?x=1")).toString(), [&](const QByteArray& body) { got = body; }, 2000,
+        nullptr, [](QString, QNetworkReply::NetworkError e) { QFAIL(qPrintable(QString::number(e))); });
+    QTRY_COMPARE(got, QByteArray("{\"code\":1}"));
+
+    QByteArray posted;
+    http->post(
+        mServer.url(QStringLiteral("/a")).toString(), "{\n    \"k\": 1\n}\n",
+        [&](const QByteArray& body) { posted = body; }, 2000, nullptr, nullptr);
+    QTRY_VERIFY(!posted.isEmpty());
+
+    const QList<LocalHttpServer::Request> requests = mServer.requests();
+    QCOMPARE(requests.size(), 2);
+    QCOMPARE(requests.at(0).method, QByteArray("GET"));
+    QCOMPARE(requests.at(0).target, QByteArray("/a?x=1"));
+    // The JSON content type goes along on a GET too.
+    QCOMPARE(requests.at(0).headers.value("content-type"), QByteArray("application/json"));
+    QCOMPARE(requests.at(1).method, QByteArray("POST"));
+    QCOMPARE(requests.at(1).body, QByteArray("{\n    \"k\": 1\n}\n"));
+}
+
+void TestHttpRequest::timeOutThenErrorAndNeverHandle()
+{
+    mServer.setAnswer(QStringLiteral("/slow"), {200, "late", 600, "text/plain"});
+    QStringList events;
+    const QString url = mServer.url(QStringLiteral("/slow")).toString();
+    http->get(
+        url, [&](const QByteArray&) { events << QStringLiteral("handle"); }, 100,
+        [&](QString u) { events << QStringLiteral("timeout ") + u; },
+        [&](QString, QNetworkReply::NetworkError e) { events << QStringLiteral("error %1").arg(e); });
+    QTRY_COMPARE(events.size(), 2);
+    QCOMPARE(events.at(0), QStringLiteral("timeout ") + url);
+    QCOMPARE(events.at(1), QStringLiteral("error %1").arg(QNetworkReply::OperationCanceledError));
+    QTest::qWait(700);  // the late answer changes nothing
+    QCOMPARE(events.size(), 2);
+}
+
+void TestHttpRequest::overlappingCallsKeepTheirOwnCallbacks()
+{
+    mServer.setAnswer(QStringLiteral("/one"), {200, "one", 200, "text/plain"});
+    mServer.setAnswer(QStringLiteral("/two"), {200, "two", 0, "text/plain"});
+    QByteArray first;
+    QByteArray second;
+    http->get(
+        mServer.url(QStringLiteral("/one")).toString(), [&](const QByteArray& b) { first = b; }, 2000,
+        nullptr, nullptr);
+    http->get(
+        mServer.url(QStringLiteral("/two")).toString(), [&](const QByteArray& b) { second = b; }, 2000,
+        nullptr, nullptr);
+    QTRY_COMPARE(second, QByteArray("two"));
+    QVERIFY(first.isEmpty());
+    QTRY_COMPARE(first, QByteArray("one"));
+}
+
+void TestHttpRequest::httpErrorGoesToOnError()
+{
+    bool handled = false;
+    QNetworkReply::NetworkError error = QNetworkReply::NoError;
+    http->get(
+        mServer.url(QStringLiteral("/missing")).toString(), [&](const QByteArray&) { handled = true; }, 2000,
+        nullptr, [&](QString, QNetworkReply::NetworkError e) { error = e; });
+    QTRY_COMPARE(error, QNetworkReply::ContentNotFoundError);
+    QVERIFY(!handled);
+}
+
+void TestHttpRequest::downloadReplacesFileAndReportsTotalFirst()
+{
+    QTemporaryDir dir;
+    const QString path = dir.filePath(QStringLiteral("ZorvaneInstaller.dmg"));
+    {
+        QFile old(path);
+        QVERIFY(old.open(QIODevice::WriteOnly));
+        old.write(QByteArray(100000, 'o'));
+    }
+    const QByteArray payload = QByteArray(50000, 'x') + QByteArray(50, 'y');
+    mServer.setAnswer(QStringLiteral("/file"), {200, payload, 0, "application/octet-stream"});
+    QList<QPair<int, int>> progress;
+    QString resultName;
+    http->downloadFile(
+        mServer.url(QStringLiteral("/file")).toString(), path,
+        [&](int total, int received) {
+            progress.append({total, received});
+        },
+        [&](bool ok, QString name) {
+            QVERIFY(ok);
+            resultName = name;
+        },
+        nullptr);
+    QTRY_COMPARE(resultName, path);
+    QFile file(path);
+    QVERIFY(file.open(QIODevice::ReadOnly));
+    QCOMPARE(file.readAll(), payload);
+    QVERIFY(!progress.isEmpty());
+    QCOMPARE(progress.last().first, payload.size());
+    QCOMPARE(progress.last().second, payload.size());
+}
+
+void TestHttpRequest::cancelAbortsDownloadsAndIsHarmlessWhenIdle()
+{
+    http->cancel();
+    QTemporaryDir dir;
+    mServer.setAnswer(QStringLiteral("/big"), {200, QByteArray(1000, 'z'), 500, "application/octet-stream"});
+    QNetworkReply::NetworkError error = QNetworkReply::NoError;
+    bool done = false;
+    http->downloadFile(
+        mServer.url(QStringLiteral("/big")).toString(), dir.filePath(QStringLiteral("f")), nullptr,
+        [&](bool, QString) { done = true; }, [&](QString, QNetworkReply::NetworkError e) { error = e; });
+    QTest::qWait(50);
+    http->cancel();
+    QTRY_COMPARE(error, QNetworkReply::OperationCanceledError);
+    QVERIFY(!done);
+    QVERIFY(QFile::exists(dir.filePath(QStringLiteral("f"))));
+}
+
+void TestHttpRequest::syncCallsFromAWorkerThread()
+{
+    mServer.setAnswer(QStringLiteral("/token"), {200, "{\"access_token\":\"t\"}", 0, "application/json"});
+    mServer.setAnswer(QStringLiteral("/never"), {200, "late", 6000, "text/plain"});
+    const QString tokenUrl = mServer.url(QStringLiteral("/token")).toString();
+    const QString neverUrl = mServer.url(QStringLiteral("/never")).toString();
+    bool getOk = false;
+    bool postOk = true;
+    bool slowOk = true;
+    QByteArray data = "kept:";
+    QByteArray slowData = "unchanged";
+    // The server answers on this thread's loop, so it has to keep running meanwhile.
+    std::atomic<bool> finished{false};
+    std::thread worker([&] {
+        getOk = http->syncGet(tokenUrl, &data);
+        postOk = http->syncPost(mServer.url(QStringLiteral("/missing")).toString(), "a=1", &data);
+        slowOk = http->syncGet(neverUrl, &slowData);
+        finished = true;
+    });
+    QTRY_VERIFY_WITH_TIMEOUT(finished.load(), 10000);
+    worker.join();
+    QVERIFY(getOk);
+    QCOMPARE(data, QByteArray("kept:{\"access_token\":\"t\"}"));  // appended, not replaced
+    QVERIFY(!postOk);
+    QVERIFY(!slowOk);
+    QCOMPARE(slowData, QByteArray("unchanged"));
+    const QList<LocalHttpServer::Request> requests = mServer.requests();
+    bool sawForm = false;
+    for (const LocalHttpServer::Request& r : requests) {
+        if (r.method == "POST" && r.target == "/missing") {
+            sawForm =
+                r.headers.value("content-type") == "application/x-www-form-urlencoded" && r.body == "a=1";
+        }
+    }
+    QVERIFY(sawForm);
+}
+
+QTEST_GUILESS_MAIN(TestHttpRequest)
+#include "tst_httprequest.moc"
