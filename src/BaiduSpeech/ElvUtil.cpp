@@ -1,0 +1,107 @@
+#include "BaiduSpeech/ElvUtil.h"
+
+#include <QJsonArray>
+#include <QJsonDocument>
+#include <QJsonObject>
+
+QByteArray ElvUtil::intToByte(int value)
+{
+    const auto v = static_cast<quint32>(value);
+    QByteArray bytes(4, '\0');
+    bytes[0] = static_cast<char>((v >> 24) & 0xFF);
+    bytes[1] = static_cast<char>((v >> 16) & 0xFF);
+    bytes[2] = static_cast<char>((v >> 8) & 0xFF);
+    bytes[3] = static_cast<char>(v & 0xFF);
+    return bytes;
+}
+
+QByteArray ElvUtil::encode(int type, QByteArray data, int length)
+{
+    if (length < 0) {
+        length = data.size();
+    }
+    QByteArray frame;
+    frame.reserve(length + 8);
+    frame.append(intToByte(type));
+    frame.append(intToByte(length));
+    frame.append(data.left(length));
+    if (data.size() < length) {
+        frame.append(QByteArray(length - data.size(), '\0'));
+    }
+    return frame;
+}
+
+QByteArray ElvUtil::readServerList()
+{
+    return encode(static_cast<int>(TypeServerList), QByteArray(), 0);
+}
+
+QByteArray ElvUtil::paramUpload(QString params)
+{
+    return encode(static_cast<int>(TypeParams), params.toLatin1(), -1);
+}
+
+QByteArray ElvUtil::dataUpload(QByteArray data, int length)
+{
+    return encode(static_cast<int>(TypeData), data, length);
+}
+
+QByteArray ElvUtil::dataFinish()
+{
+    return encode(static_cast<int>(TypeFinish), QByteArray(), 0);
+}
+
+QByteArray ElvUtil::endAck()
+{
+    return encode(static_cast<int>(TypeEndAck), QByteArray(), 0);
+}
+
+QString ElvUtil::buildParams(int language, const QString& uid)
+{
+    QJsonObject object;
+    object.insert(QStringLiteral("language"), QString::number(language));
+    object.insert(QStringLiteral("uid"), uid);
+    return QString::fromUtf8(QJsonDocument(object).toJson(QJsonDocument::Indented));
+}
+
+QList<SDKServer> ElvUtil::parseServerList(const QByteArray& text)
+{
+    QList<SDKServer> servers;
+    const QJsonArray array = QJsonDocument::fromJson(text).array();
+    for (const QJsonValue& value : array) {
+        const QJsonObject o = value.toObject();
+        SDKServer server;
+        server.port = o.value(QLatin1String("port")).toInt(0);
+        server.count = o.value(QLatin1String("count")).toInt(0);
+        servers.append(server);
+    }
+    return servers;
+}
+
+QList<SocketMessage> ElvUtil::parseSocketMessages(const QByteArray& text)
+{
+    QList<SocketMessage> messages;
+    for (const QByteArray& line : text.split('\n')) {
+        if (line.trimmed().isEmpty()) {
+            continue;
+        }
+        const QJsonDocument doc = QJsonDocument::fromJson(line);
+        if (!doc.isObject()) {
+            continue;
+        }
+        const QJsonObject o = doc.object();
+        SocketMessage message;
+        message.type = o.value(QLatin1String("type")).toInt(0);
+        message.code = o.value(QLatin1String("code")).toInt(0);
+        message.data = o.value(QLatin1String("data")).toString();
+        message.ack = o.value(QLatin1String("ack")).toInt(0);
+        messages.append(message);
+    }
+    return messages;
+}
+
+QString ElvUtil::recognitionText(const QString& document)
+{
+    const QJsonObject o = QJsonDocument::fromJson(document.toUtf8()).object();
+    return o.value(QLatin1String("results_recognition")).toArray().at(0).toString();
+}

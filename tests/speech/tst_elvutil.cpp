@@ -1,0 +1,78 @@
+#include "BaiduSpeech/ElvUtil.h"
+
+#include <QtTest>
+
+class TestElvUtil : public QObject {
+    Q_OBJECT
+
+private slots:
+    void framesOnTheWire();
+    void lengthCutsOrPads();
+    void parameterObjectIsIndentedText();
+    void serverListAndSocketLines();
+};
+
+void TestElvUtil::framesOnTheWire()
+{
+    QCOMPARE(ElvUtil::readServerList().toHex(' '), QByteArray("5a 5b 6c 03 00 00 00 00"));
+    QCOMPARE(ElvUtil::dataFinish().toHex(' '), QByteArray("5a 5b 6c 12 00 00 00 00"));
+    QCOMPARE(ElvUtil::endAck().toHex(' '), QByteArray("5a 5b 6c 13 00 00 00 00"));
+    const QByteArray audio = ElvUtil::dataUpload(QByteArray(1280, '\0'), 1280);
+    QCOMPARE(audio.size(), 1288);
+    QCOMPARE(audio.left(8).toHex(' '), QByteArray("5a 5b 6c 11 00 00 05 00"));
+    QCOMPARE(ElvUtil::intToByte(-2).toHex(), QByteArray("fffffffe"));
+}
+
+void TestElvUtil::lengthCutsOrPads()
+{
+    const QByteArray data("abcdef");
+    const QByteArray cut = ElvUtil::dataUpload(data, 4);
+    QCOMPARE(cut.mid(4, 4).toHex(), QByteArray("00000004"));
+    QCOMPARE(cut.mid(8), QByteArray("abcd"));
+    const QByteArray padded = ElvUtil::dataUpload(data, 9);
+    QCOMPARE(padded.size(), 17);
+    QCOMPARE(padded.mid(8), QByteArray("abcdef\0\0\0", 9));
+    QCOMPARE(ElvUtil::encode(0x5A5B6C10, data, -1).mid(4, 4).toHex(), QByteArray("00000006"));
+}
+
+void TestElvUtil::parameterObjectIsIndentedText()
+{
+    const QString uid(64, QLatin1Char('a'));
+    const QString params = ElvUtil::buildParams(1537, uid);
+    QCOMPARE(params, QStringLiteral("{\n    \"language\": \"1537\",\n    \"uid\": \"") + uid +
+                         QStringLiteral("\"\n}\n"));
+    const QByteArray frame = ElvUtil::paramUpload(params);
+    QCOMPARE(frame.left(4).toHex(), QByteArray("5a5b6c10"));
+    QCOMPARE(frame.mid(8), params.toLatin1());
+}
+
+void TestElvUtil::serverListAndSocketLines()
+{
+    const QList<SDKServer> servers =
+        ElvUtil::parseServerList(R"([{"port":8001,"count":3},{"port":"8002","count":1},{"count":2},7])");
+    QCOMPARE(servers.size(), 4);
+    QCOMPARE(servers.at(0).port, 8001);
+    QCOMPARE(servers.at(0).count, 3);
+    QCOMPARE(servers.at(1).port, 0);  // not a number
+    QCOMPARE(servers.at(2).port, 0);
+    QCOMPARE(servers.at(3).count, 0);
+    QVERIFY(ElvUtil::parseServerList("not json").isEmpty());
+
+    const QByteArray lines =
+        "{\"type\":56,\"code\":1}\n\n"
+        "{\"type\":51,\"data\":\"{\\\"results_recognition\\\":[\\\"你好\\\",\\\"你号\\\"]}\",\"ack\":4}\n"
+        "garbage\n"
+        "{\"type\":54,\"code\":-3001}";
+    const QList<SocketMessage> messages = ElvUtil::parseSocketMessages(lines);
+    QCOMPARE(messages.size(), 3);
+    QCOMPARE(messages.at(0).type, int(ElvUtil::ON_PARAMS_ACK));
+    QCOMPARE(messages.at(0).code, 1);
+    QCOMPARE(messages.at(0).data, QString());
+    QCOMPARE(messages.at(1).ack, 4);
+    QCOMPARE(ElvUtil::recognitionText(messages.at(1).data), QStringLiteral("你好"));
+    QCOMPARE(messages.at(2).code, -3001);
+    QCOMPARE(ElvUtil::recognitionText(QStringLiteral("{}")), QString());
+}
+
+QTEST_GUILESS_MAIN(TestElvUtil)
+#include "tst_elvutil.moc"
