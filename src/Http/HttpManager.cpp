@@ -1,5 +1,6 @@
 #include "Http/HttpManager.h"
 
+#include "Http/BaiduTranslate.h"
 #include "Utils/AppConfig.h"
 #include "Utils/JsonUtils.h"
 
@@ -235,4 +236,54 @@ void HttpManager::downloadApp(QString version, QString path, HttpRequest::Downlo
 void HttpManager::cancelDownload()
 {
     mRequest->cancel();
+}
+
+BaiduTranslate* HttpManager::translator()
+{
+    return mTranslator != nullptr ? mTranslator : BaiduTranslate::getInstance();
+}
+
+void HttpManager::uploadTranslation(int ip, const QString& text, const BaiduTranslateMessage& message)
+{
+    TextRecord record;
+    record.ip = ip;
+    record.from = message.from;
+    record.to = message.to;
+    record.src = text;
+    QStringList lines;
+    for (const BaiduTranslateResult& r : message.result) {
+        lines << r.dst;
+    }
+    record.dst = lines.join(QLatin1Char('\n'));
+    record.type = 1;
+    uploadRecoed(record, nullptr, nullptr, nullptr);
+}
+
+void HttpManager::baiduTranslate(int ip, QString from, QString to, QString text,
+                                 ResultFunc<BaiduTranslateMessage> result, TimeoutFunc onTimeout,
+                                 ErrorFunc onError)
+{
+    mRequest->get(
+        translator()->buildUrl(from, to, text),
+        [this, ip, text, result](const QByteArray& reply) {
+            BaiduTranslateMessage message;
+            JsonUtils::getBaiduTranslateResult(reply, &message);
+            if (result) {
+                result(true, message);
+            }
+            uploadTranslation(ip, text, message);
+        },
+        mTimeout, std::move(onTimeout), std::move(onError));
+}
+
+bool HttpManager::syncBaiduTranslate(int ip, QString from, QString to, QString text,
+                                     BaiduTranslateMessage* message)
+{
+    QByteArray reply;
+    if (!mRequest->syncGet(translator()->buildUrl(from, to, text), &reply)) {
+        return false;
+    }
+    JsonUtils::getBaiduTranslateResult(reply, message);
+    uploadTranslation(ip, text, *message);
+    return true;
 }

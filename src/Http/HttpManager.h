@@ -1,10 +1,13 @@
 #pragma once
 
 #include "Http/BackendRecords.h"
+#include "Http/BaiduTranslateMessage.h"
 #include "Http/HttpRequest.h"
 #include "Utils/Singleton.h"
 
 #include <QUrl>
+
+class BaiduTranslate;
 
 #include <functional>
 
@@ -49,6 +52,14 @@ public:
                      HttpRequest::DownloadResultFunc result, ErrorFunc onError);
     void cancelDownload();
 
+    // Translation; every reply is also reported to the backend as a TextRecord of type 1.
+    void baiduTranslate(int ip, QString from, QString to, QString text,
+                        ResultFunc<BaiduTranslateMessage> result, TimeoutFunc onTimeout, ErrorFunc onError);
+    // Blocking (a local event loop, at most 5000 ms); true if an answer arrived.
+    bool syncBaiduTranslate(int ip, QString from, QString to, QString text, BaiduTranslateMessage* message);
+    // Tests: the signer to use instead of the configured one; not owned.
+    void setTranslator(BaiduTranslate* translator) { mTranslator = translator; }
+
     // A backend URL: base, prefix, then path (with its query).
     QString backendUrl(const QString& path) const;
 
@@ -63,7 +74,11 @@ private:
     void postRecord(const QString& path, const QByteArray& body, bool (*parse)(const QByteArray&, Record*),
                     ResultFunc<Record> result, TimeoutFunc onTimeout, ErrorFunc onError);
 
+    BaiduTranslate* translator();
+    void uploadTranslation(int ip, const QString& text, const BaiduTranslateMessage& message);
+
     HttpRequest* mRequest;
+    BaiduTranslate* mTranslator = nullptr;
     QUrl mBackendBase;
     QUrl mIpLookupBase;
     int mTimeout = kDefaultTimeoutMs;

@@ -283,3 +283,52 @@ bool JsonUtils::getIpInfo(const QByteArray& reply, IpInfo* info)
     }
     return answer;
 }
+
+bool JsonUtils::getBaiduTranslateResult(const QByteArray& reply, BaiduTranslateMessage* message)
+{
+    const QJsonObject o = QJsonDocument::fromJson(reply).object();
+    // Only members of the right kind count; an error code given as a number changes nothing.
+    const QJsonValue code = o.value(QLatin1String("error_code"));
+    if (code.isString()) {
+        message->errorCode = code.toString();
+        message->error = true;
+    }
+    const QJsonValue text = o.value(QLatin1String("error_msg"));
+    if (text.isString()) {
+        message->errorMsg = text.toString();
+        message->error = true;
+    }
+    const QJsonValue from = o.value(QLatin1String("from"));
+    if (from.isString()) {
+        message->from = from.toString();
+    }
+    const QJsonValue to = o.value(QLatin1String("to"));
+    if (to.isString()) {
+        message->to = to.toString();
+    }
+    const QJsonValue results = o.value(QLatin1String("trans_result"));
+    if (results.isArray()) {
+        for (const QJsonValue& element : results.toArray()) {
+            if (!element.isObject()) {
+                continue;
+            }
+            const QJsonObject e = element.toObject();
+            BaiduTranslateResult result;
+            if (e.value(QLatin1String("src")).isString()) {
+                result.src = e.value(QLatin1String("src")).toString();
+            }
+            if (e.value(QLatin1String("dst")).isString()) {
+                result.dst = e.value(QLatin1String("dst")).toString();
+            }
+            message->result.append(result);
+        }
+    }
+    return true;
+}
+
+BaiduTranslateMessage JsonUtils::jsonParse(QString text)
+{
+    BaiduTranslateMessage message;
+    getBaiduTranslateResult(text.toLatin1(), &message);
+    return message;
+}

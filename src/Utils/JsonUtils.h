@@ -1,6 +1,7 @@
 #pragma once
 
 #include "Http/BackendRecords.h"
+#include "Http/BaiduTranslateMessage.h"
 
 #include <QByteArray>
 #include <QList>
@@ -22,4 +23,9 @@ public:
     static bool parseSemanticParsingResult(const QByteArray& reply, SemanticParsingResult* result);
     // Serves the lookup service and the backend alike: reads code but does not judge it.
     static bool getIpInfo(const QByteArray& reply, IpInfo* info);
+
+    // Fills what the reply holds; true even for a reply that is not JSON.
+    static bool getBaiduTranslateResult(const QByteArray& reply, BaiduTranslateMessage* message);
+    // A fresh message from the text, read as Latin-1.
+    static BaiduTranslateMessage jsonParse(QString text);
 };
