@@ -1,0 +1,176 @@
+#include "Utils/PreferencesUtils.h"
+
+#include "Utils/AppConfig.h"
+#include "Utils/AppPaths.h"
+#include "Utils/Logging.h"
+
+#include <QSettings>
+
+namespace {
+
+// Integers and strings interleave in the file; the order below is the file's order.
+struct Field {
+    const char* key;
+    int UserPreferences::*intField;
+    QString UserPreferences::*textField;
+    int readDefault;
+};
+
+const Field kFields[] = {
+    {"recognitionLanguage", &UserPreferences::recognitionLanguage, nullptr, 0},
+    {"voiceTranslateSourceLanguage", &UserPreferences::voiceTranslateSourceLanguage, nullptr, 0},
+    {"voiceTranslateTargetLanguage", &UserPreferences::voiceTranslateTargetLanguage, nullptr, 0},
+    {"lastVoiceTranslateSourceLanguage", &UserPreferences::lastVoiceTranslateSourceLanguage, nullptr, 0},
+    {"lastVoiceTranslateTargetLanguage", &UserPreferences::lastVoiceTranslateTargetLanguage, nullptr, 7},
+    {"textTranslateLanguage", &UserPreferences::textTranslateLanguage, nullptr, 2},
+    {"voiceTranslateMode", &UserPreferences::voiceTranslateMode, nullptr, 0},
+    {"textTranslateMode", &UserPreferences::textTranslateMode, nullptr, 0},
+    {"checkUpdate", &UserPreferences::checkUpdate, nullptr, 1},
+    {"checkAppAutoRun", &UserPreferences::checkAppAutoRun, nullptr, 0},
+    {"saveIpAddress", &UserPreferences::saveIpAddress, nullptr, 0},
+    {"savePid", &UserPreferences::savePid, nullptr, 0},
+    {"saveVid", &UserPreferences::saveVid, nullptr, 0},
+    {"saveDeviceUuid", nullptr, &UserPreferences::saveDeviceUuid, 0},
+    {"saveCustomerCode", nullptr, &UserPreferences::saveCustomerCode, 0},
+    {"saveCustomerName", nullptr, &UserPreferences::saveCustomerName, 0},
+    {"saveHomeImage", nullptr, &UserPreferences::saveHomeImage, 0},
+    {"saveExplainImage", nullptr, &UserPreferences::saveExplainImage, 0},
+    {"isClickMode", &UserPreferences::isClickMode, nullptr, 0},
+    {"isAutoSendMode", &UserPreferences::isAutoSendMode, nullptr, 1},
+    {"isEnterSend", &UserPreferences::isEnterSend, nullptr, 1},
+    {"isSpaceSend", &UserPreferences::isSpaceSend, nullptr, 1},
+    {"isDelLastSign", &UserPreferences::isDelLastSign, nullptr, 0},
+    {"isDelAllSign", &UserPreferences::isDelAllSign, nullptr, 0},
+    {"calendarPhrases", &UserPreferences::calendarPhrases, nullptr, 0},
+    {"dpiValue", &UserPreferences::dpiValue, nullptr, 3},
+    {"restRemind", &UserPreferences::restRemind, nullptr, 0},
+    {"workTime", &UserPreferences::workTime, nullptr, 7200000},
+    {"delayOpenDeviceTime", &UserPreferences::delayOpenDeviceTime, nullptr, 0},
+    {"keyType", &UserPreferences::keyType, nullptr, 0},
+    {"textReadingMode", &UserPreferences::textReadingMode, nullptr, 0},
+    {"pronPerson", &UserPreferences::pronPerson, nullptr, 0},
+    {"dataLog", nullptr, &UserPreferences::dataLog, 0},
+};
+
+const QString kConfigGroup = QStringLiteral("config");
+const QString kWebsiteGroup = QStringLiteral("habit_website");
+const QString kSearchUrlGroup = QStringLiteral("habit_search_url");
+
+}  // namespace
+
+PreferencesUtils::PreferencesUtils()
+{
+    qRegisterMetaType<UserPreferences>();
+    qRegisterMetaType<UserHabit>();
+}
+
+QString PreferencesUtils::preferencesPath()
+{
+    return AppPaths::dataFile(QStringLiteral("/preferences.ini"));
+}
+
+QString PreferencesUtils::habitPath()
+{
+    return AppPaths::dataFile(QStringLiteral("/user_habit_ini"));
+}
+
+UserPreferences PreferencesUtils::getUserPreferences()
+{
+    UserPreferences preferences;
+    QSettings settings(preferencesPath(), QSettings::IniFormat);
+    settings.beginGroup(kConfigGroup);
+    for (const Field& f : kFields) {
+        const QString key = QLatin1String(f.key);
+        if (f.intField != nullptr) {
+            // A string where a number belongs reads 0.
+            preferences.*f.intField = settings.value(key, f.readDefault).toInt();
+        } else {
+            preferences.*f.textField = settings.value(key, QString()).toString();
+        }
+    }
+    settings.endGroup();
+    return preferences;
+}
+
+void PreferencesUtils::setUserPreferences(UserPreferences preferences)
+{
+    {
+        QSettings settings(preferencesPath(), QSettings::IniFormat);
+        settings.beginGroup(kConfigGroup);
+        for (const Field& f : kFields) {
+            const QString key = QLatin1String(f.key);
+            // No default: an absent key compares as 0 or as the empty text.
+            const QVariant stored = settings.value(key);
+            if (f.intField != nullptr) {
+                if (stored.toInt() != preferences.*f.intField) {
+                    settings.setValue(key, preferences.*f.intField);
+                }
+            } else if (stored.toString() != preferences.*f.textField) {
+                settings.setValue(key, preferences.*f.textField);
+            }
+        }
+        settings.endGroup();
+        settings.sync();
+        if (settings.status() != QSettings::NoError) {
+            qCWarning(lcPrefs) << "cannot write" << preferencesPath();
+        }
+    }
+    emit signalPreferencesChange(preferences);
+}
+
+QMap<int, UserHabit> PreferencesUtils::getUserHabitList()
+{
+    QMap<int, UserHabit> habits;
+    QSettings settings(habitPath(), QSettings::IniFormat);
+    settings.beginGroup(kWebsiteGroup);
+    for (const QString& key : settings.childKeys()) {
+        UserHabit habit;
+        habit.id = key.toInt();
+        habit.website = settings.value(key).toString();
+        habits.insert(habit.id, habit);
+    }
+    settings.endGroup();
+    settings.beginGroup(kSearchUrlGroup);
+    for (const QString& key : settings.childKeys()) {
+        UserHabit& habit = habits[key.toInt()];
+        habit.id = key.toInt();
+        habit.searchUrl = settings.value(key).toString();
+    }
+    settings.endGroup();
+
+    if (!habits.contains(kBuiltInSearchHabitId)) {
+        // The search page of the configured search host; not written to the file.
+        QString host = AppConfig::getInstance()->searchUrl().toString();
+        while (host.endsWith(QLatin1Char('/'))) {
+            host.chop(1);
+        }
+        UserHabit builtIn;
+        builtIn.id = kBuiltInSearchHabitId;
+        builtIn.website = host + QLatin1Char('/');
+        builtIn.searchUrl = host + QStringLiteral("/s?ie=UTF-8&wd=*");
+        habits.insert(builtIn.id, builtIn);
+    }
+    return habits;
+}
+
+void PreferencesUtils::addUserHabit(UserHabit habit)
+{
+    QSettings settings(habitPath(), QSettings::IniFormat);
+    const QString key = QString::number(habit.id);
+    settings.beginGroup(kWebsiteGroup);
+    settings.setValue(key, habit.website);
+    settings.endGroup();
+    settings.beginGroup(kSearchUrlGroup);
+    settings.setValue(key, habit.searchUrl);
+    settings.endGroup();
+}
+
+QMap<int, UserHabit> PreferencesUtils::updateUserHabit(int id, QString website, QString searchUrl)
+{
+    UserHabit habit;
+    habit.id = id;
+    habit.website = website;
+    habit.searchUrl = searchUrl;
+    addUserHabit(habit);
+    return getUserHabitList();
+}
