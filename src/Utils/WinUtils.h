@@ -1,0 +1,59 @@
+#pragma once
+
+#include "Utils/Singleton.h"
+
+#include <QPoint>
+#include <QRect>
+#include <QString>
+
+#include <memory>
+
+class ChineseConverter;
+class InputBackend;
+
+// The one place where the application acts on the rest of the desktop: keystrokes into the
+// focused window, typed text, screen geometry, the foreground window and the caret. Key codes
+// are the macOS virtual key codes that the key table and stored chords hold; Command is
+// Control here. Main thread only.
+class WinUtils : public Singleton<WinUtils> {
+public:
+    ~WinUtils();
+
+    // Tests put a recording backend in; not owned. Null goes back to the desktop's.
+    void setBackend(InputBackend* backend);
+    InputBackend* backend() const;
+
+    QRect getScreen();
+    QPoint getPosition1();
+    QPoint getPosition2();
+    QPoint getPosition();
+    QString getForegroundWindowName();
+
+    // One key event of a stored code (its low 16 bits).
+    void sendKeyboard(unsigned short key, bool down);
+    void backDesktop();
+    void backspace();
+    void selectAll();
+    void copyContent();
+    void cutContent();
+    void deleteFile();
+    void sendInput(QString text);
+
+    // Keeps the clipboard's text aside, and puts it back.
+    void cacheClipboard();
+    void revertClipboard();
+
+    QString SimplifiedToTraditional(QString text);
+
+private:
+    friend class Singleton<WinUtils>;
+    WinUtils();
+
+    void chord(unsigned long modifier, unsigned long key);
+
+    std::unique_ptr<InputBackend> mDesktop;
+    InputBackend* mBackend = nullptr;
+    std::unique_ptr<ChineseConverter> mConverter;
+    QString mCachedClipboard;
+    bool mHasCachedClipboard = false;
+};

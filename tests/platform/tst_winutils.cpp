@@ -1,0 +1,138 @@
+#include "Platform/MacKeyMap.h"
+#include "Platform/X11InputBackend.h"
+#include "RecordingInputBackend.h"
+#include "Utils/KeyTable.h"
+#include "Utils/WinUtils.h"
+
+#include <QtTest>
+
+class TestWinUtils : public QObject {
+    Q_OBJECT
+
+private slots:
+    void init();
+    void storedCodesBecomeKeys();
+    void editingChordsArePressedWhole();
+    void textAndDesktop();
+    void positionRules();
+    void clipboardIsPutBack();
+    void simplifiedToTraditional();
+    void everyTableKeyHasAKeysym();
+    void withoutADisplayNothingHappens();
+
+private:
+    RecordingInputBackend mRecorder;
+    WinUtils* win() { return WinUtils::getInstance(); }
+};
+
+void TestWinUtils::init()
+{
+    mRecorder = RecordingInputBackend();
+    win()->setBackend(&mRecorder);
+}
+
+void TestWinUtils::storedCodesBecomeKeys()
+{
+    // A stored chord "55#,#0" (Command+A) replayed: down in order, up in reverse.
+    for (const QString& code : QStringLiteral("55#,#0").split(QStringLiteral("#,#"))) {
+        win()->sendKeyboard(static_cast<unsigned short>(code.toInt()), true);
+    }
+    win()->sendKeyboard(0, false);
+    win()->sendKeyboard(55, false);
+    QCOMPARE(mRecorder.takeLog(), QStringList({QStringLiteral("down Control_L"), QStringLiteral("down a"),
+                                               QStringLiteral("up a"), QStringLiteral("up Control_L")}));
+    // The low 16 bits of a stored number count.
+    win()->sendKeyboard(static_cast<unsigned short>(0x10000 + 36), true);
+    QCOMPARE(mRecorder.takeLog(), QStringList({QStringLiteral("down Return")}));
+    // A code with no key is dropped.
+    win()->sendKeyboard(52, true);
+    QVERIFY(mRecorder.log.isEmpty());
+}
+
+void TestWinUtils::editingChordsArePressedWhole()
+{
+    win()->selectAll();
+    win()->copyContent();
+    win()->cutContent();
+    win()->deleteFile();
+    win()->backspace();
+    QCOMPARE(mRecorder.takeLog(),
+             QStringList({QStringLiteral("down Control_L"), QStringLiteral("down a"), QStringLiteral("up a"),
+                          QStringLiteral("up Control_L"), QStringLiteral("down Control_L"),
+                          QStringLiteral("down c"), QStringLiteral("up c"), QStringLiteral("up Control_L"),
+                          QStringLiteral("down Control_L"), QStringLiteral("down x"), QStringLiteral("up x"),
+                          QStringLiteral("up Control_L"), QStringLiteral("down Delete"),
+                          QStringLiteral("up Delete"), QStringLiteral("down BackSpace"),
+                          QStringLiteral("up BackSpace")}));
+}
+
+void TestWinUtils::textAndDesktop()
+{
+    win()->sendInput(QString());
+    QVERIFY(mRecorder.log.isEmpty());
+    win()->sendInput(QStringLiteral("你好👋"));
+    win()->backspace();
+    win()->backDesktop();
+    QCOMPARE(mRecorder.typedText(), QStringLiteral("你好"));
+    QCOMPARE(mRecorder.log.last(), QStringLiteral("desktop"));
+}
+
+void TestWinUtils::positionRules()
+{
+    mRecorder.screen = QRect(0, 0, 1920, 1080);
+    mRecorder.caret = QPoint(300, 400);
+    QCOMPARE(win()->getPosition(), QPoint(300, 400));
+    mRecorder.caret = QPoint(1920, 1080);  // ends included
+    QCOMPARE(win()->getPosition(), QPoint(1920, 1080));
+    mRecorder.caret = QPoint(2500, 10);  // another screen: no caret
+    QCOMPARE(win()->getPosition(), QPoint(0, 0));
+    mRecorder.windowClass = QStringLiteral("Gedit");
+    QCOMPARE(win()->getForegroundWindowName(), QStringLiteral("Gedit"));
+}
+
+void TestWinUtils::clipboardIsPutBack()
+{
+    mRecorder.clipboard = QStringLiteral("the user's");
+    win()->cacheClipboard();
+    mRecorder.clipboard = QStringLiteral("a selection copied to translate");
+    win()->revertClipboard();
+    QCOMPARE(mRecorder.clipboard, QStringLiteral("the user's"));
+    // Nothing cached, nothing put back.
+    mRecorder.clipboard = QStringLiteral("later");
+    win()->revertClipboard();
+    QCOMPARE(mRecorder.clipboard, QStringLiteral("later"));
+}
+
+void TestWinUtils::simplifiedToTraditional()
+{
+    QCOMPARE(win()->SimplifiedToTraditional(QStringLiteral("后来的发展, ok")),
+             QStringLiteral("後來的發展, ok"));
+    QCOMPARE(win()->SimplifiedToTraditional(QString()), QString());
+}
+
+void TestWinUtils::everyTableKeyHasAKeysym()
+{
+    for (const KeyRow& row : kKeyTable) {
+        QVERIFY2(MacKeyMap::toKeysym(row.macKey) != 0, row.name);
+    }
+    QCOMPARE(X11InputBackend::keysymFor(0x4F60), 0x01004F60UL);  // 你
+    QCOMPARE(X11InputBackend::keysymFor(0xFC), 0xFCUL);          // ü is Latin-1
+    QCOMPARE(X11InputBackend::keysymFor('\n'), 0xFF0DUL);        // Return
+}
+
+void TestWinUtils::withoutADisplayNothingHappens()
+{
+    const QByteArray saved = qgetenv("DISPLAY");
+    qputenv("DISPLAY", ":4998");
+    X11InputBackend backend;
+    QTest::ignoreMessage(QtWarningMsg, "no X display: typing into other windows is off");
+    QVERIFY(!backend.isAvailable());
+    backend.typeText(QStringLiteral("你好"));
+    backend.sendKey(0xff08, true);
+    backend.toggleShowingDesktop();
+    QVERIFY(backend.activeWindowClass().isEmpty());
+    qputenv("DISPLAY", saved);
+}
+
+QTEST_GUILESS_MAIN(TestWinUtils)
+#include "tst_winutils.moc"

@@ -1,0 +1,32 @@
+#pragma once
+
+#include "Platform/InputBackend.h"
+
+#include <QStringList>
+
+// Keeps every key event and every typed text in one ordered log, for tests of what the
+// application sends to the desktop; the answers about the desktop are set by the test.
+class RecordingInputBackend : public InputBackend {
+public:
+    // "down Control_L", "up a", "text 你好", "desktop"
+    QStringList log;
+
+    QRect screen = QRect(0, 0, 1920, 1080);
+    QString windowClass;
+    QPoint caret;
+    QString clipboard;
+
+    void sendKey(unsigned long keysym, bool down) override;
+    void typeText(const QString& text) override;
+    void toggleShowingDesktop() override;
+    QRect screenGeometry() override { return screen; }
+    QString activeWindowClass() override { return windowClass; }
+    QPoint caretPosition() override { return caret; }
+    QString clipboardText() override { return clipboard; }
+    void setClipboardText(const QString& text) override { clipboard = text; }
+
+    // Everything typed, joined, with each backspace taking one character back: what a text
+    // box would now hold if it had been empty.
+    QString typedText() const;
+    QStringList takeLog();
+};
