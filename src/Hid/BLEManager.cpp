@@ -213,12 +213,28 @@ void BLEManager::serviceDetailsDiscovered(int state)
 void BLEManager::serviceWriteMessage(QByteArray data)
 {
     if (QThread::currentThread() != thread()) {
-        // The device controller's thread: Qt Bluetooth lives on this object's thread.
-        QMetaObject::invokeMethod(
-            this, [this, data] { writeOnThisThread(data); }, Qt::QueuedConnection);
+        // The device controller's thread: Qt Bluetooth lives on this object's thread. The
+        // packets wait in a locked queue, in order, and this thread drains it.
+        {
+            const std::lock_guard<std::mutex> lock(mPendingMutex);
+            mPendingWrites.append(data);
+        }
+        QMetaObject::invokeMethod(this, "drainPendingWrites", Qt::QueuedConnection);
         return;
     }
     writeOnThisThread(data);
+}
+
+void BLEManager::drainPendingWrites()
+{
+    QList<QByteArray> writes;
+    {
+        const std::lock_guard<std::mutex> lock(mPendingMutex);
+        writes.swap(mPendingWrites);
+    }
+    for (const QByteArray& data : qAsConst(writes)) {
+        writeOnThisThread(data);
+    }
 }
 
 void BLEManager::writeOnThisThread(const QByteArray& data)

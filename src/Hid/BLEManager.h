@@ -9,6 +9,7 @@
 
 #include <functional>
 #include <memory>
+#include <mutex>
 
 class SleepNotification;
 
@@ -58,6 +59,9 @@ public slots:
     void onWake();
     void onSleep();
 
+private slots:
+    void drainPendingWrites();
+
 private:
     friend class Singleton<BLEManager>;
     BLEManager();
@@ -82,4 +86,6 @@ private:
     bool mScanning = false;
     QTimer mConnectTimer;
     std::function<int()> mDeviceType;
+    std::mutex mPendingMutex;
+    QList<QByteArray> mPendingWrites;  // from other threads, waiting for this one
 };
