@@ -19,6 +19,10 @@ public:
         HidInput = 0x04,
         HidOutput = 0x05,
         HidGone = 0x06,
+        AudioInputs = 0x20,
+        AudioStart = 0x21,
+        AudioStop = 0x22,
+        AudioPcm = 0x23,
     };
     using FrameHandler = std::function<void(int channel, const QByteArray& payload)>;
     using DisconnectHandler = std::function<void()>;

@@ -3,6 +3,7 @@
 #include "SimDevice.h"
 #include "SimServer.h"
 
+#include <QFile>
 #include <QTextStream>
 #include <QTimer>
 
@@ -11,6 +12,9 @@ namespace {
 constexpr int kDefaultClickHoldMs = 100;
 constexpr int kDefaultDoubleClickGapMs = 100;
 constexpr int kDefaultLongPressMs = 1000;
+// Audio goes out in 20 ms pieces: 320 samples of 16 bits.
+constexpr int kStreamTickMs = 20;
+constexpr int kStreamChunkBytes = 640;
 
 int argInt(const QStringList& words, int index, int fallback, bool* ok)
 {
@@ -26,8 +30,47 @@ int argInt(const QStringList& words, int index, int fallback, bool* ok)
 }  // namespace
 
 SimScript::SimScript(SimDevice* device, SimServer* server, QTextStream* out, QObject* parent)
-    : QObject(parent), mDevice(device), mServer(server), mOut(out)
+    : QObject(parent), mDevice(device), mServer(server), mOut(out), mStreamTimer(new QTimer(this))
 {
+    mStreamTimer->setInterval(kStreamTickMs);
+    mStreamTimer->setTimerType(Qt::PreciseTimer);
+    connect(mStreamTimer, &QTimer::timeout, this, &SimScript::streamTick);
+}
+
+QByteArray SimScript::loadPcm(const QString& path)
+{
+    QFile file(path);
+    if (!file.open(QIODevice::ReadOnly)) {
+        return QByteArray();
+    }
+    const QByteArray bytes = file.readAll();
+    if (!bytes.startsWith("RIFF") || bytes.mid(8, 4) != "WAVE") {
+        return bytes;  // raw 16 kHz mono 16-bit PCM
+    }
+    // The data chunk of a WAV file; the format is taken to be the receiver's.
+    int at = 12;
+    while (at + 8 <= bytes.size()) {
+        const QByteArray id = bytes.mid(at, 4);
+        const int size = static_cast<quint8>(bytes[at + 4]) | (static_cast<quint8>(bytes[at + 5]) << 8) |
+                         (static_cast<quint8>(bytes[at + 6]) << 16) |
+                         (static_cast<quint8>(bytes[at + 7]) << 24);
+        if (id == "data") {
+            return bytes.mid(at + 8, size);
+        }
+        at += 8 + size + (size & 1);
+    }
+    return QByteArray();
+}
+
+void SimScript::streamTick()
+{
+    if (mStream.isEmpty()) {
+        mStreamTimer->stop();
+        *mOut << "audio done" << Qt::endl;
+        return;
+    }
+    mServer->sendPcm(mStream.left(kStreamChunkBytes));
+    mStream.remove(0, kStreamChunkBytes);
 }
 
 QString SimScript::help()
@@ -47,6 +90,8 @@ QString SimScript::help()
                "  lamplight VALUE               the lamplight was changed on the mouse\n"
                "  power-plug 0|1                charger unplugged or plugged in\n"
                "  active 0|1                    the mouse woke up or went to sleep\n"
+               "  audio FILE                    speak FILE (16 kHz mono 16-bit WAV or raw PCM) in real time\n"
+               "                                into the receiver's audio input, while it is recording\n"
                "  set FIELD VALUE               change the device state; fields:\n"
                "      %1\n"
                "      levels takes V1,V2,V3 or 'none'; customer 6 and flash ids 16 hex digits\n"
@@ -176,6 +221,13 @@ int SimScript::execute(const QString& rawLine)
         if (w.size() != 3 || !mDevice->set(w.at(1), w.at(2))) {
             return fail("unknown field or bad value");
         }
+    } else if (cmd == QLatin1String("audio")) {
+        const QByteArray pcm = w.size() == 2 ? loadPcm(w.at(1)) : QByteArray();
+        if (pcm.isEmpty()) {
+            return fail("expected a readable WAV or PCM file");
+        }
+        mStream = pcm;
+        mStreamTimer->start();
     } else if (cmd == QLatin1String("echo")) {
         *mOut << line.mid(5) << Qt::endl;
     } else if (cmd == QLatin1String("quit")) {

@@ -6,6 +6,7 @@
 class SimDevice;
 class SimServer;
 class QTextStream;
+class QTimer;
 
 // Runs mouse-sim commands in order; "wait" holds the ones after it back, so key timings are
 // exact. Commands come from a script file and from standard input.
@@ -16,6 +17,8 @@ public:
     SimScript(SimDevice* device, SimServer* server, QTextStream* out, QObject* parent = nullptr);
 
     static QString help();
+    // PCM of a WAV file (its data chunk) or of a raw file; empty if unreadable.
+    static QByteArray loadPcm(const QString& path);
 
     void append(const QString& line);
     void append(const QStringList& lines);
@@ -25,6 +28,7 @@ signals:
 
 private:
     void runNext();
+    void streamTick();
     // Runs one command; returns the milliseconds to wait before the next.
     int execute(const QString& line);
 
@@ -33,4 +37,6 @@ private:
     QTextStream* mOut;
     QStringList mQueue;
     bool mWaiting = false;
+    QByteArray mStream;  // audio still to send, in real time
+    QTimer* mStreamTimer = nullptr;
 };

@@ -70,8 +70,13 @@ void SimServer::setPlugged(bool plugged)
         mOpenBy = nullptr;
         emit signalOpened(false);
     }
+    if (!plugged && mAudioClient != nullptr) {
+        mAudioClient = nullptr;
+        emit signalRecording(false);
+    }
     for (QLocalSocket* client : qAsConst(mClients)) {
         sendFrame(client, VirtualDeviceConnection::HidInterfaces, interfacesPayload());
+        sendFrame(client, VirtualDeviceConnection::AudioInputs, audioInputName().toUtf8());
     }
 }
 
@@ -96,9 +101,14 @@ void SimServer::onNewConnection()
                 mOpenBy = nullptr;
                 emit signalOpened(false);
             }
+            if (mAudioClient == socket) {
+                mAudioClient = nullptr;
+                emit signalRecording(false);
+            }
             socket->deleteLater();
         });
         sendFrame(socket, VirtualDeviceConnection::HidInterfaces, interfacesPayload());
+        sendFrame(socket, VirtualDeviceConnection::AudioInputs, audioInputName().toUtf8());
     }
 }
 
@@ -145,9 +155,35 @@ void SimServer::handleFrame(QLocalSocket* socket, int channel, const QByteArray&
             }
             break;
         }
+        case VirtualDeviceConnection::AudioStart:
+            if (mPlugged && QString::fromUtf8(payload) == audioInputName()) {
+                mAudioClient = socket;
+                emit signalRecording(true);
+            }
+            break;
+        case VirtualDeviceConnection::AudioStop:
+            if (mAudioClient == socket) {
+                mAudioClient = nullptr;
+                emit signalRecording(false);
+            }
+            break;
         default:
             break;
     }
+}
+
+QString SimServer::audioInputName() const
+{
+    return mPlugged ? QStringLiteral("Pelnica USB Receiver") : QString();
+}
+
+bool SimServer::sendPcm(const QByteArray& pcm)
+{
+    if (mAudioClient == nullptr) {
+        return false;
+    }
+    sendFrame(mAudioClient, VirtualDeviceConnection::AudioPcm, pcm);
+    return true;
 }
 
 void SimServer::sendFrame(QLocalSocket* socket, int channel, const QByteArray& payload)

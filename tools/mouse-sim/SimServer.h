@@ -28,11 +28,17 @@ public:
 
     // The HidInterfaces payload for the current plug state.
     QByteArray interfacesPayload() const;
+    // The receiver's audio input name while plugged in.
+    QString audioInputName() const;
+    // Captured audio for the application, if it is recording; false otherwise.
+    bool sendPcm(const QByteArray& pcm);
+    bool isRecording() const { return mAudioClient != nullptr; }
 
 signals:
     // Every record the application wrote, as it reached the receiver (31 bytes).
     void signalOutput(QByteArray bytes);
     void signalOpened(bool open);
+    void signalRecording(bool recording);
 
 private:
     void onNewConnection();
@@ -49,4 +55,5 @@ private:
     QList<QLocalSocket*> mClients;
     QHash<QLocalSocket*, QByteArray> mBuffers;
     QLocalSocket* mOpenBy = nullptr;
+    QLocalSocket* mAudioClient = nullptr;
 };

@@ -66,6 +66,10 @@ int main(int argc, char* argv[])
     QObject::connect(&server, &SimServer::signalOpened, &app,
                      [&out](bool open) { out << (open ? "open" : "closed") << Qt::endl; });
 
+    QObject::connect(&server, &SimServer::signalRecording, &app, [&out](bool recording) {
+        out << (recording ? "recording" : "not recording") << Qt::endl;
+    });
+
     SimScript script(&device, &server, &out);
     QObject::connect(&script, &SimScript::signalQuit, &app, &QCoreApplication::exit);
     out << "ready " << socketPath << Qt::endl;
