@@ -1,7 +1,9 @@
 #include "Hid/BLEManager.h"
 
 #include "Hid/QtBleTransport.h"
+#include "Hid/VirtualBleTransport.h"
 #include "Platform/SleepNotification.h"
+#include "Utils/AppConfig.h"
 #include "Utils/Logging.h"
 
 #include <QThread>
@@ -17,7 +19,12 @@ BLEManager::BLEManager(BleTransport* transport, SleepNotification* sleep, QObjec
     : QObject(parent), mTransport(transport)
 {
     if (mTransport == nullptr) {
-        mOwnedTransport = std::make_unique<QtBleTransport>();
+        const QString virtualSocket = AppConfig::getInstance()->deviceVirtualSocket();
+        if (virtualSocket.isEmpty()) {
+            mOwnedTransport = std::make_unique<QtBleTransport>();
+        } else {
+            mOwnedTransport = std::make_unique<VirtualBleTransport>(virtualSocket);
+        }
         mTransport = mOwnedTransport.get();
     }
     if (sleep == nullptr && transport == nullptr) {

@@ -23,6 +23,18 @@ public:
         AudioStart = 0x21,
         AudioStop = 0x22,
         AudioPcm = 0x23,
+        BleSystemDevices = 0x30,
+        BleScanStart = 0x31,
+        BleAdvert = 0x32,
+        BleScanDone = 0x33,
+        BleConnect = 0x34,
+        BleLinkUp = 0x35,
+        BleLinkError = 0x36,
+        BleDisconnect = 0x37,
+        BleLinkDown = 0x38,
+        BleEnableNotify = 0x39,
+        BleNotify = 0x3A,
+        BleWrite = 0x3B,
     };
     using FrameHandler = std::function<void(int channel, const QByteArray& payload)>;
     using DisconnectHandler = std::function<void()>;

@@ -1,5 +1,6 @@
 #include "SimScript.h"
 
+#include "SbcPacketizer.h"
 #include "SimDevice.h"
 #include "SimServer.h"
 
@@ -37,6 +38,8 @@ SimScript::SimScript(SimDevice* device, SimServer* server, QTextStream* out, QOb
     connect(mStreamTimer, &QTimer::timeout, this, &SimScript::streamTick);
 }
 
+SimScript::~SimScript() = default;
+
 QByteArray SimScript::loadPcm(const QString& path)
 {
     QFile file(path);
@@ -69,8 +72,15 @@ void SimScript::streamTick()
         *mOut << "audio done" << Qt::endl;
         return;
     }
-    mServer->sendPcm(mStream.left(kStreamChunkBytes));
+    const QByteArray chunk = mStream.left(kStreamChunkBytes);
     mStream.remove(0, kStreamChunkBytes);
+    if (mPacketizer) {
+        for (const QByteArray& packet : mPacketizer->feed(chunk)) {
+            mServer->sendBlePacket(packet);
+        }
+    } else {
+        mServer->sendPcm(chunk);
+    }
 }
 
 QString SimScript::help()
@@ -90,15 +100,22 @@ QString SimScript::help()
                "  lamplight VALUE               the lamplight was changed on the mouse\n"
                "  power-plug 0|1                charger unplugged or plugged in\n"
                "  active 0|1                    the mouse woke up or went to sleep\n"
-               "  audio FILE                    speak FILE (16 kHz mono 16-bit WAV or raw PCM) in real time\n"
-               "                                into the receiver's audio input, while it is recording\n"
+               "  ble-on | ble-off              the mouse connects to the system over Bluetooth, or leaves\n"
+               "                                (an attached application loses the link)\n"
+               "  audio FILE [GROUP]            speak FILE (16 kHz mono 16-bit WAV or raw PCM) in real "
+               "time:\n"
+               "                                as SBC packets of GROUP (A, A64, A30, B, C, D; default D)\n"
+               "                                when attached over Bluetooth, else into the receiver's\n"
+               "                                audio input while it is recording\n"
                "  set FIELD VALUE               change the device state; fields:\n"
                "      %1\n"
                "      levels takes V1,V2,V3 or 'none'; customer 6 and flash ids 16 hex digits\n"
                "  echo TEXT                     print TEXT (to synchronise a driving script)\n"
                "  quit                          leave\n"
                "Output: 'ready PATH' once listening, 'open'/'closed' as the application opens the\n"
-               "receiver, 'out HEX' for every record the application writes, 'error: ...' for a bad\n"
+               "receiver, 'recording'/'not recording' as it starts and stops its audio input, 'ble\n"
+               "attached'/'ble detached' as it attaches over Bluetooth, 'out HEX' for every record the\n"
+               "application writes, 'audio done' when a file has been spoken, 'error: ...' for a bad\n"
                "command.\n")
         .arg(SimDevice::fieldNames().join(QLatin1Char(' ')));
 }
@@ -155,6 +172,8 @@ int SimScript::execute(const QString& rawLine)
 
     if (cmd == QLatin1String("plug") || cmd == QLatin1String("unplug")) {
         mServer->setPlugged(cmd == QLatin1String("plug"));
+    } else if (cmd == QLatin1String("ble-on") || cmd == QLatin1String("ble-off")) {
+        mServer->setBleConnected(cmd == QLatin1String("ble-on"));
     } else if (cmd == QLatin1String("press") || cmd == QLatin1String("release")) {
         const int key = argInt(w, 1, -1, &ok);
         if (!ok || key < 0 || key > 255) {
@@ -222,11 +241,15 @@ int SimScript::execute(const QString& rawLine)
             return fail("unknown field or bad value");
         }
     } else if (cmd == QLatin1String("audio")) {
-        const QByteArray pcm = w.size() == 2 ? loadPcm(w.at(1)) : QByteArray();
-        if (pcm.isEmpty()) {
-            return fail("expected a readable WAV or PCM file");
+        const QByteArray pcm = w.size() >= 2 ? loadPcm(w.at(1)) : QByteArray();
+        SbcPacketizer::Group group = SbcPacketizer::GroupD;
+        if (pcm.isEmpty() || (w.size() == 3 && !SbcPacketizer::groupFromName(w.at(2), &group)) ||
+            w.size() > 3) {
+            return fail("expected a readable WAV or PCM file and a group A, A64, A30, B, C or D");
         }
         mStream = pcm;
+        // Attached over Bluetooth the mouse sends SBC packets; else the receiver's input plays it.
+        mPacketizer.reset(mServer->isBleAttached() ? new SbcPacketizer(group) : nullptr);
         mStreamTimer->start();
     } else if (cmd == QLatin1String("echo")) {
         *mOut << line.mid(5) << Qt::endl;

@@ -3,9 +3,12 @@
 #include <QObject>
 #include <QStringList>
 
+#include <memory>
+
 class SimDevice;
 class SimServer;
 class QTextStream;
+class SbcPacketizer;
 class QTimer;
 
 // Runs mouse-sim commands in order; "wait" holds the ones after it back, so key timings are
@@ -15,6 +18,7 @@ class SimScript : public QObject {
 
 public:
     SimScript(SimDevice* device, SimServer* server, QTextStream* out, QObject* parent = nullptr);
+    ~SimScript() override;
 
     static QString help();
     // PCM of a WAV file (its data chunk) or of a raw file; empty if unreadable.
@@ -39,4 +43,5 @@ private:
     bool mWaiting = false;
     QByteArray mStream;  // audio still to send, in real time
     QTimer* mStreamTimer = nullptr;
+    std::unique_ptr<SbcPacketizer> mPacketizer;  // set while a stream goes over Bluetooth
 };

@@ -82,6 +82,10 @@ void SimServer::setPlugged(bool plugged)
 
 bool SimServer::sendRecord(const st_small_base_com_msg& msg)
 {
+    // Attached over Bluetooth, the mouse talks there; else through the receiver.
+    if (isBleAttached()) {
+        return sendBlePacket(msg.toByteArray(20));
+    }
     if (mOpenBy == nullptr) {
         return false;
     }
@@ -105,10 +109,16 @@ void SimServer::onNewConnection()
                 mAudioClient = nullptr;
                 emit signalRecording(false);
             }
+            if (mBleClient == socket) {
+                mBleClient = nullptr;
+                mBleNotify = false;
+                emit signalBleAttached(false);
+            }
             socket->deleteLater();
         });
         sendFrame(socket, VirtualDeviceConnection::HidInterfaces, interfacesPayload());
         sendFrame(socket, VirtualDeviceConnection::AudioInputs, audioInputName().toUtf8());
+        sendFrame(socket, VirtualDeviceConnection::BleSystemDevices, bleSystemDevices());
     }
 }
 
@@ -167,9 +177,99 @@ void SimServer::handleFrame(QLocalSocket* socket, int channel, const QByteArray&
                 emit signalRecording(false);
             }
             break;
+        case VirtualDeviceConnection::BleScanStart:
+            // The mouse advertises whenever it is on.
+            sendFrame(socket, VirtualDeviceConnection::BleAdvert,
+                      (bleAddress() + QStringLiteral("\nSorbeta")).toUtf8());
+            sendFrame(socket, VirtualDeviceConnection::BleScanDone, QByteArray());
+            break;
+        case VirtualDeviceConnection::BleConnect: {
+            // The payload is the address and a tag line; answers carry it back.
+            const QString address = QString::fromUtf8(payload).section(QLatin1Char('\n'), 0, 0);
+            if (mBleConnected && address == bleAddress() && (mBleClient == nullptr || mBleClient == socket)) {
+                mBleClient = socket;
+                mBleNotify = false;
+                sendFrame(socket, VirtualDeviceConnection::BleLinkUp, payload);
+            } else {
+                sendFrame(socket, VirtualDeviceConnection::BleLinkError,
+                          payload + "\nthe mouse does not answer");
+            }
+            break;
+        }
+        case VirtualDeviceConnection::BleEnableNotify:
+            if (mBleClient == socket && !mBleNotify) {
+                mBleNotify = true;
+                emit signalBleAttached(true);
+            }
+            break;
+        case VirtualDeviceConnection::BleDisconnect:
+            if (mBleClient == socket) {
+                const bool wasAttached = mBleNotify;
+                mBleClient = nullptr;
+                mBleNotify = false;
+                if (wasAttached) {
+                    emit signalBleAttached(false);
+                }
+            }
+            break;
+        case VirtualDeviceConnection::BleWrite:
+            if (mBleClient == socket) {
+                emit signalOutput(payload);
+                for (const st_small_base_com_msg& reply :
+                     mDevice->handleRequest(st_small_base_com_msg::fromBytes(payload))) {
+                    sendRecord(reply);
+                }
+            }
+            break;
         default:
             break;
     }
+}
+
+QString SimServer::bleAddress()
+{
+    return QStringLiteral("C8:47:8C:5A:01:02");
+}
+
+QByteArray SimServer::bleSystemDevices() const
+{
+    return mBleConnected ? bleAddress().toUtf8() : QByteArray();
+}
+
+void SimServer::dropBleClient()
+{
+    if (mBleClient != nullptr) {
+        sendFrame(mBleClient, VirtualDeviceConnection::BleLinkDown, QByteArray());
+        const bool wasAttached = mBleNotify;
+        mBleClient = nullptr;
+        mBleNotify = false;
+        if (wasAttached) {
+            emit signalBleAttached(false);
+        }
+    }
+}
+
+void SimServer::setBleConnected(bool connected)
+{
+    if (mBleConnected == connected) {
+        return;
+    }
+    mBleConnected = connected;
+    if (!connected) {
+        dropBleClient();
+    }
+    for (QLocalSocket* client : qAsConst(mClients)) {
+        sendFrame(client, VirtualDeviceConnection::BleSystemDevices, bleSystemDevices());
+    }
+}
+
+bool SimServer::sendBlePacket(const QByteArray& packet)
+{
+    if (!isBleAttached()) {
+        return false;
+    }
+    sendFrame(mBleClient, VirtualDeviceConnection::BleNotify, packet);
+    return true;
 }
 
 QString SimServer::audioInputName() const

@@ -34,11 +34,20 @@ public:
     bool sendPcm(const QByteArray& pcm);
     bool isRecording() const { return mAudioClient != nullptr; }
 
+    // The mouse over Bluetooth: whether the system holds a connection to it, and whether the
+    // application is attached with notifications on.
+    static QString bleAddress();
+    void setBleConnected(bool connected);
+    bool isBleAttached() const { return mBleClient != nullptr && mBleNotify; }
+    // One notification (an audio packet) to the attached application.
+    bool sendBlePacket(const QByteArray& packet);
+
 signals:
     // Every record the application wrote, as it reached the receiver (31 bytes).
     void signalOutput(QByteArray bytes);
     void signalOpened(bool open);
     void signalRecording(bool recording);
+    void signalBleAttached(bool attached);
 
 private:
     void onNewConnection();
@@ -46,6 +55,8 @@ private:
     void handleFrame(QLocalSocket* socket, int channel, const QByteArray& payload);
     void sendFrame(QLocalSocket* socket, int channel, const QByteArray& payload);
     QString vendorPath() const;
+    QByteArray bleSystemDevices() const;
+    void dropBleClient();
 
     SimDevice* mDevice;
     int mVid;
@@ -56,4 +67,7 @@ private:
     QHash<QLocalSocket*, QByteArray> mBuffers;
     QLocalSocket* mOpenBy = nullptr;
     QLocalSocket* mAudioClient = nullptr;
+    bool mBleConnected = false;
+    QLocalSocket* mBleClient = nullptr;
+    bool mBleNotify = false;
 };

@@ -70,6 +70,10 @@ int main(int argc, char* argv[])
         out << (recording ? "recording" : "not recording") << Qt::endl;
     });
 
+    QObject::connect(&server, &SimServer::signalBleAttached, &app, [&out](bool attached) {
+        out << (attached ? "ble attached" : "ble detached") << Qt::endl;
+    });
+
     SimScript script(&device, &server, &out);
     QObject::connect(&script, &SimScript::signalQuit, &app, &QCoreApplication::exit);
     out << "ready " << socketPath << Qt::endl;

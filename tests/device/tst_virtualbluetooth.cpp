@@ -1,0 +1,127 @@
+#include "FakeHidBackend.h"
+#include "Hid/BLEManager.h"
+#include "Hid/DeviceManager.h"
+#include "Hid/HidManager.h"
+#include "Hid/VirtualBleTransport.h"
+
+#include <QFile>
+#include <QProcess>
+#include <QSignalSpy>
+#include <QStandardPaths>
+#include <QtEndian>
+#include <QtMath>
+#include <QtTest>
+
+class TestVirtualBluetooth : public QObject {
+    Q_OBJECT
+
+private slots:
+    void attachTalkListenAndLose();
+
+private:
+    bool waitForLine(QProcess& sim, const QString& line, int timeoutMs = 5000);
+    QStringList mLines;
+};
+
+bool TestVirtualBluetooth::waitForLine(QProcess& sim, const QString& line, int timeoutMs)
+{
+    QElapsedTimer clock;
+    clock.start();
+    while (clock.elapsed() < timeoutMs) {
+        while (sim.canReadLine()) {
+            mLines << QString::fromUtf8(sim.readLine()).trimmed();
+        }
+        for (int i = 0; i < mLines.size(); ++i) {
+            if (mLines.at(i).startsWith(line)) {
+                mLines.removeAt(i);
+                return true;
+            }
+        }
+        sim.waitForReadyRead(20);
+        QCoreApplication::processEvents();
+    }
+    return false;
+}
+
+void TestVirtualBluetooth::attachTalkListenAndLose()
+{
+    const QString dir = QStandardPaths::writableLocation(QStandardPaths::RuntimeLocation);
+    const QString socket = dir + QStringLiteral("/mouse-sim-ble");
+    const QString address = QStringLiteral("C8:47:8C:5A:01:02");
+    QProcess sim;
+    sim.start(QStringLiteral(MOUSE_SIM_BINARY), {socket, QStringLiteral("--unplugged")});
+    QVERIFY(waitForLine(sim, QStringLiteral("ready ")));
+
+    FakeHidBackend noReceiver;
+    HidManager hid(&noReceiver);
+    VirtualBleTransport transport(socket);
+    BLEManager ble(&transport, nullptr);
+    DeviceManager device(&hid, &ble);
+    QSignalSpy state(&device, &DeviceManager::signalBLEDeviceConnectState);
+
+    // The system holds no connection to the mouse yet: refused at once.
+    device.openBLEDevice(address);
+    QCOMPARE(state.size(), 1);
+    QCOMPARE(state.at(0).at(0).toBool(), false);
+
+    // The mouse connecting to the system is picked up without another call.
+    sim.write("ble-on\n");
+    QTRY_COMPARE(state.size(), 2);
+    QCOMPARE(state.at(1), QVariantList({true, address}));
+    QVERIFY(waitForLine(sim, QStringLiteral("ble attached")));
+    QCOMPARE(device.state(), 1);
+    QVERIFY(device.isConnected());
+
+    // A request and its reply travel the characteristic pair.
+    QSignalSpy dpi(&device, &DeviceManager::signalDpi);
+    sim.write("set dpi 1\necho set\n");
+    QVERIFY(waitForLine(sim, QStringLiteral("set")));
+    device.getDpi();
+    QVERIFY(waitForLine(sim, QStringLiteral("out 01 00 00 00 00 06 02 01")));
+    QTRY_COMPARE(dpi.size(), 1);
+    QCOMPARE(dpi.at(0).at(0).toInt(), 1);
+
+    // Holding the voice key: the mouse streams group D audio, decoded into PCM.
+    QByteArray pcm(16000 * 2 / 5, '\0');
+    for (int i = 0; i < pcm.size() / 2; ++i) {
+        qToLittleEndian(static_cast<qint16>(6000 * std::sin(2 * M_PI * 440 * i / 16000.0)),
+                        pcm.data() + 2 * i);
+    }
+    const QString raw = dir + QStringLiteral("/tone.pcm");
+    {
+        QFile file(raw);
+        QVERIFY(file.open(QIODevice::WriteOnly));
+        file.write(pcm);
+    }
+    QSignalSpy keys(&device, &DeviceManager::signalKeyEvent);
+    QSignalSpy audio(&device, &DeviceManager::signalAudioData);
+    sim.write("press 6\n");
+    QTRY_COMPARE(keys.size(), 1);
+    sim.write("audio " + raw.toLocal8Bit() + " D\n");
+    QVERIFY(waitForLine(sim, QStringLiteral("audio done")));
+    QTRY_VERIFY(audio.size() >= pcm.size() / 256 - 2);
+    QVERIFY(device.isAudioActive());
+    QByteArray heard;
+    for (const QList<QVariant>& chunk : audio) {
+        heard += chunk.at(0).toByteArray();
+    }
+    qint64 energy = 0;
+    for (int i = 0; i < heard.size() / 2; ++i) {
+        energy += std::abs(qFromLittleEndian<qint16>(heard.constData() + 2 * i));
+    }
+    QVERIFY2(energy / (heard.size() / 2) > 1000, "the decoded audio is silent");
+    sim.write("release 6\n");
+    QTRY_COMPARE(keys.size(), 2);
+    QVERIFY(!device.isAudioActive());
+
+    // The mouse leaves the system: the link goes down and the poll sees it.
+    sim.write("ble-off\n");
+    QVERIFY(waitForLine(sim, QStringLiteral("ble detached")));
+    QTRY_COMPARE(device.state(), 0);
+
+    sim.write("quit\n");
+    QVERIFY(sim.waitForFinished(3000));
+}
+
+QTEST_GUILESS_MAIN(TestVirtualBluetooth)
+#include "tst_virtualbluetooth.moc"
