@@ -1,6 +1,7 @@
 #pragma once
 
 #include <QHash>
+#include <QObject>
 #include <QVarLengthArray>
 
 #include <mutex>
@@ -52,3 +53,23 @@ private:
     mutable std::mutex mMutex;
     QHash<int, KeyEvent> mKeys;
 };
+
+// Emits the results through an owner's click signals (signalClickListener,
+// signalLongClickListener, signalDoubleClickListener).
+template <typename Owner>
+void emitClickResults(Owner* owner, const ClickClassifier::Results& results)
+{
+    for (const ClickClassifier::Result& r : results) {
+        switch (r.kind) {
+            case ClickClassifier::Kind::Click:
+                emit owner->signalClickListener(r.key);
+                break;
+            case ClickClassifier::Kind::LongClick:
+                emit owner->signalLongClickListener(r.key, r.status);
+                break;
+            case ClickClassifier::Kind::DoubleClick:
+                emit owner->signalDoubleClickListener(r.key, r.status);
+                break;
+        }
+    }
+}

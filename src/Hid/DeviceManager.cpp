@@ -467,7 +467,7 @@ void DeviceManager::interactiveMessageHandle(const st_small_base_com_msg& msg)
 
 void DeviceManager::buildClickType(int key, int status)
 {
-    emitClickResults(mClassifier.buildClickType(key, status));
+    emitClickResults(this, mClassifier.buildClickType(key, status));
     if (status != 0) {
         // The timer lives on the main thread; presses may come from the read thread.
         QMetaObject::invokeMethod(this, "startKeyTimer", Qt::QueuedConnection);
@@ -488,26 +488,9 @@ bool DeviceManager::isKeyTimerActive() const
 
 void DeviceManager::onKeyCheck()
 {
-    emitClickResults(mClassifier.onKeyCheck());
+    emitClickResults(this, mClassifier.onKeyCheck());
     if (mClassifier.isIdle()) {
         mKeyTimer->stop();
-    }
-}
-
-void DeviceManager::emitClickResults(const ClickClassifier::Results& results)
-{
-    for (const ClickClassifier::Result& r : results) {
-        switch (r.kind) {
-            case ClickClassifier::Kind::Click:
-                emit signalClickListener(r.key);
-                break;
-            case ClickClassifier::Kind::LongClick:
-                emit signalLongClickListener(r.key, r.status);
-                break;
-            case ClickClassifier::Kind::DoubleClick:
-                emit signalDoubleClickListener(r.key, r.status);
-                break;
-        }
     }
 }
 

@@ -134,7 +134,6 @@ private:
     void remoteMessageHandle(const st_small_base_com_msg& msg);
     void usbMessageHandle(const st_small_base_com_msg& msg);
     void interactiveMessageHandle(const st_small_base_com_msg& msg);
-    void emitClickResults(const ClickClassifier::Results& results);
     void send(st_small_base_com_msg msg);
     void writeBLEMessage(const st_small_base_com_msg& msg);
 

@@ -88,7 +88,7 @@ void HookManager::OnMouseEvent(int type, qint64 x, qint64 y)
 void HookManager::buildClickType(int key, int status)
 {
     // A double click whose last release ended a text selection ends quietly.
-    emitClickResults(mClassifier.buildClickType(key, status, !mSelection));
+    emitClickResults(this, mClassifier.buildClickType(key, status, !mSelection));
     if (status != 0 && !mKeyTimer->isActive()) {
         mKeyTimer->start();
     }
@@ -96,7 +96,7 @@ void HookManager::buildClickType(int key, int status)
 
 void HookManager::onKeyCheck()
 {
-    emitClickResults(mClassifier.onKeyCheck());
+    emitClickResults(this, mClassifier.onKeyCheck());
     if (mClassifier.isIdle()) {
         mKeyTimer->stop();
     }
@@ -105,21 +105,4 @@ void HookManager::onKeyCheck()
 bool HookManager::isKeyTimerActive() const
 {
     return mKeyTimer->isActive();
-}
-
-void HookManager::emitClickResults(const ClickClassifier::Results& results)
-{
-    for (const ClickClassifier::Result& r : results) {
-        switch (r.kind) {
-            case ClickClassifier::Kind::Click:
-                emit signalClickListener(r.key);
-                break;
-            case ClickClassifier::Kind::LongClick:
-                emit signalLongClickListener(r.key, r.status);
-                break;
-            case ClickClassifier::Kind::DoubleClick:
-                emit signalDoubleClickListener(r.key, r.status);
-                break;
-        }
-    }
 }

@@ -49,8 +49,6 @@ private:
     friend class Singleton<HookManager>;
     explicit HookManager(QObject* parent = nullptr);
 
-    void emitClickResults(const ClickClassifier::Results& results);
-
     ClickClassifier mClassifier;
     bool mSelection = false;
     qint64 mPressX = 0;
