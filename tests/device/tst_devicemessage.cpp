@@ -13,7 +13,6 @@ private slots:
     void requestBytes_data();
     void requestBytes();
     void switchSensesOnTheWire();
-    void replyFields();
     void shortAndLongPackets();
     void audioIsToldApartByFirstByte();
     void volumeRange();
@@ -79,35 +78,6 @@ void TestDeviceMessage::switchSensesOnTheWire()
     QCOMPARE(DM::setSoundEffect(true).bytes[8], quint8(0));
     QCOMPARE(DM::setSoundEffect(false).bytes[8], quint8(1));
     QCOMPARE(DM::setLowbatReport(true).bytes[8], quint8(1));
-}
-
-void TestDeviceMessage::replyFields()
-{
-    QByteArray raw(32, '\0');
-    raw[0] = char(0xE1);  // reserved high bits do not change the route
-    raw[5] = char(0xF6);  // nor those of the class
-    raw[6] = 10;
-    raw[7] = 0x10;
-    const quint8 flash[] = {0x0a, 0xB1, 0x00, 0x7f, 0x10, 0x02, 0xff, 0x3c};
-    for (int i = 0; i < 8; ++i) {
-        raw[8 + i] = static_cast<char>(flash[i]);
-    }
-    const st_small_base_com_msg msg = st_small_base_com_msg::fromBytes(raw);
-    QCOMPARE(msg.route(), 1);
-    QCOMPARE(msg.configClass(), 6);
-    QCOMPARE(msg.configType(), 10);
-    QVERIFY(msg.resultFlag());
-    QVERIFY(!msg.readFlag());
-    QCOMPARE(msg.hex(8, 8), QStringLiteral("0AB1007F1002FF3C"));
-    QCOMPARE(msg.u16(8), 0xB10A);
-
-    // A battery value sits at the odd offset 5.
-    QByteArray battery(32, '\0');
-    battery[0] = 11;
-    battery[4] = 123;
-    battery[5] = char(0x34);
-    battery[6] = char(0x0C);
-    QCOMPARE(st_small_base_com_msg::fromBytes(battery).u16(5), 0x0C34);
 }
 
 void TestDeviceMessage::shortAndLongPackets()

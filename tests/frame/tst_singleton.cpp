@@ -11,12 +11,9 @@ namespace {
 std::atomic<int> gConstructed{0};
 
 class Service : public Singleton<Service> {
-public:
-    int parentTag;
-
 private:
     friend class Singleton<Service>;
-    explicit Service(int tag = 0) : parentTag(tag) { ++gConstructed; }
+    Service() { ++gConstructed; }
 };
 
 }  // namespace
@@ -26,7 +23,6 @@ class TestSingleton : public QObject {
 
 private slots:
     void oneInstanceUnderContention();
-    void argumentsCountOnlyTheFirstTime();
 };
 
 void TestSingleton::oneInstanceUnderContention()
@@ -53,15 +49,6 @@ void TestSingleton::oneInstanceUnderContention()
     for (Service* s : seen) {
         QCOMPARE(s, Service::getInstance());
     }
-}
-
-void TestSingleton::argumentsCountOnlyTheFirstTime()
-{
-    Service::resetInstanceForTest();
-    QCOMPARE(Service::getInstance(7)->parentTag, 7);
-    QCOMPARE(Service::getInstance(9)->parentTag, 7);
-    Service::resetInstanceForTest();
-    QCOMPARE(Service::getInstance(9)->parentTag, 9);
 }
 
 QTEST_GUILESS_MAIN(TestSingleton)
