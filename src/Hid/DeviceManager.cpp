@@ -49,7 +49,12 @@ void DeviceManager::initData()
     connect(this, &DeviceManager::signalOpenBLEDevice, mBleManager, &BLEManager::openDevice);
     connect(
         mBleManager, &BLEManager::signalConnectState, this,
-        [this](bool connected, const QString& name) { emit signalBLEDeviceConnectState(connected, name); },
+        [this](bool connected, const QString& name) {
+            // A link that dropped in mid-audio never saw the key's release: a new or failed
+            // attach starts with the channel free.
+            mAudioActive = false;
+            emit signalBLEDeviceConnectState(connected, name);
+        },
         Qt::DirectConnection);
     connect(mBleManager, &BLEManager::signalReceiverMessage, this, &DeviceManager::handleBlePacket,
             Qt::DirectConnection);
@@ -120,6 +125,7 @@ void DeviceManager::close()
         mHidManager->close();
     }
     mReady = false;
+    mAudioActive = false;
 }
 
 int DeviceManager::getDeviceType() const

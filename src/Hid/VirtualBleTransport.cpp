@@ -9,7 +9,14 @@ VirtualBleTransport::VirtualBleTransport(const QString& socketPath, QObject* par
     : BleTransport(parent),
       mConnection(std::make_unique<VirtualDeviceConnection>(
           socketPath, [this](int channel, const QByteArray& payload) { onFrame(channel, payload); },
-          [this] { onFrame(VirtualDeviceConnection::BleLinkDown, QByteArray()); }))
+          [this] {
+              // No simulator, no mouse: the system holds nothing any more.
+              {
+                  const std::lock_guard<std::mutex> lock(mMutex);
+                  mSystemDevices.clear();
+              }
+              onFrame(VirtualDeviceConnection::BleLinkDown, QByteArray());
+          }))
 {
     mConnection->ensureConnected();
 }

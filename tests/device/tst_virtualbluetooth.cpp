@@ -17,6 +17,8 @@ class TestVirtualBluetooth : public QObject {
 
 private slots:
     void attachTalkListenAndLose();
+    void scanFindsAndAttaches();
+    void linkLostInMidAudio();
 
 private:
     bool waitForLine(QProcess& sim, const QString& line, int timeoutMs = 5000);
@@ -121,6 +123,90 @@ void TestVirtualBluetooth::attachTalkListenAndLose()
 
     sim.write("quit\n");
     QVERIFY(sim.waitForFinished(3000));
+}
+
+void TestVirtualBluetooth::scanFindsAndAttaches()
+{
+    const QString socket =
+        QStandardPaths::writableLocation(QStandardPaths::RuntimeLocation) + QStringLiteral("/mouse-sim-scan");
+    QProcess sim;
+    sim.start(QStringLiteral(MOUSE_SIM_BINARY), {socket, QStringLiteral("--unplugged")});
+    QVERIFY(waitForLine(sim, QStringLiteral("ready ")));
+    sim.write("ble-on\necho on\n");
+    QVERIFY(waitForLine(sim, QStringLiteral("on")));
+
+    FakeHidBackend noReceiver;
+    HidManager hid(&noReceiver);
+    VirtualBleTransport transport(socket);
+    BLEManager ble(&transport, nullptr);
+    DeviceManager device(&hid, &ble);
+    QSignalSpy state(&device, &DeviceManager::signalBLEDeviceConnectState);
+    QSignalSpy finished(&device, &DeviceManager::signalScanFinished);
+    device.scanBleDevice();
+    QCOMPARE(device.getDeviceType(), 1);
+    QTRY_COMPARE(state.size(), 1);
+    QCOMPARE(state.at(0), QVariantList({true, QStringLiteral("C8:47:8C:5A:01:02")}));
+    QTRY_COMPARE(finished.size(), 1);
+    QVERIFY(waitForLine(sim, QStringLiteral("ble attached")));
+    sim.write("quit\n");
+    QVERIFY(sim.waitForFinished(3000));
+}
+
+void TestVirtualBluetooth::linkLostInMidAudio()
+{
+    const QString dir = QStandardPaths::writableLocation(QStandardPaths::RuntimeLocation);
+    const QString socket = dir + QStringLiteral("/mouse-sim-drop");
+    const QString raw = dir + QStringLiteral("/long.pcm");
+    {
+        QFile file(raw);
+        QVERIFY(file.open(QIODevice::WriteOnly));
+        file.write(QByteArray(16000 * 2 * 2, '\x10'));  // 2 s
+    }
+    auto* sim = new QProcess(this);
+    sim->start(QStringLiteral(MOUSE_SIM_BINARY), {socket, QStringLiteral("--unplugged")});
+    QVERIFY(waitForLine(*sim, QStringLiteral("ready ")));
+    sim->write("ble-on\necho on\n");
+    QVERIFY(waitForLine(*sim, QStringLiteral("on")));
+
+    FakeHidBackend noReceiver;
+    HidManager hid(&noReceiver);
+    VirtualBleTransport transport(socket);
+    BLEManager ble(&transport, nullptr);
+    DeviceManager device(&hid, &ble);
+    QSignalSpy state(&device, &DeviceManager::signalBLEDeviceConnectState);
+    QTRY_VERIFY(device.isConnected());
+    device.openBLEDevice(QStringLiteral("C8:47:8C:5A:01:02"));
+    QTRY_COMPARE(state.size(), 1);
+    QVERIFY(waitForLine(*sim, QStringLiteral("ble attached")));
+    QSignalSpy audio(&device, &DeviceManager::signalAudioData);
+    sim->write("press 5\naudio " + raw.toLocal8Bit() + " B\n");
+    QTRY_VERIFY(audio.size() > 10);
+    QVERIFY(device.isAudioActive());
+
+    // The mouse leaves while it streams: the link goes down, nothing more arrives.
+    sim->write("ble-off\n");
+    QTRY_COMPARE(device.state(), 0);
+    QTest::qWait(100);
+    const int heard = audio.size();
+    QTest::qWait(200);
+    QCOMPARE(audio.size(), heard);
+
+    // Back again, attached anew by itself: the channel is free for requests.
+    sim->write("ble-on\n");
+    QTRY_COMPARE(state.size(), 2);
+    QVERIFY(waitForLine(*sim, QStringLiteral("ble attached")));
+    QVERIFY(!device.isAudioActive());
+    device.getDpi();
+    QVERIFY(waitForLine(*sim, QStringLiteral("out 01 00 00 00 00 06 02 01")));
+
+    // The simulator vanishes in mid-stream: the link goes down, the application carries on.
+    sim->write("press 5\naudio " + raw.toLocal8Bit() + " C\n");
+    QTRY_VERIFY(device.isAudioActive());
+    sim->kill();
+    sim->waitForFinished();
+    QTRY_COMPARE(device.state(), 0);
+    QVERIFY(!device.isConnected());
+    delete sim;
 }
 
 QTEST_GUILESS_MAIN(TestVirtualBluetooth)

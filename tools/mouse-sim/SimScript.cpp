@@ -36,6 +36,15 @@ SimScript::SimScript(SimDevice* device, SimServer* server, QTextStream* out, QOb
     mStreamTimer->setInterval(kStreamTickMs);
     mStreamTimer->setTimerType(Qt::PreciseTimer);
     connect(mStreamTimer, &QTimer::timeout, this, &SimScript::streamTick);
+    // A mouse that loses its Bluetooth link stops streaming.
+    connect(mServer, &SimServer::signalBleAttached, this, [this](bool attached) {
+        if (!attached && mPacketizer) {
+            mStream.clear();
+            mPacketizer.reset();
+            mStreamTimer->stop();
+            *mOut << "audio cut" << Qt::endl;
+        }
+    });
 }
 
 SimScript::~SimScript() = default;
@@ -115,7 +124,8 @@ QString SimScript::help()
                "Output: 'ready PATH' once listening, 'open'/'closed' as the application opens the\n"
                "receiver, 'recording'/'not recording' as it starts and stops its audio input, 'ble\n"
                "attached'/'ble detached' as it attaches over Bluetooth, 'out HEX' for every record the\n"
-               "application writes, 'audio done' when a file has been spoken, 'error: ...' for a bad\n"
+               "application writes, 'audio done' when a file has been spoken ('audio cut' when the link\n"
+               "drops first), 'error: ...' for a bad\n"
                "command.\n")
         .arg(SimDevice::fieldNames().join(QLatin1Char(' ')));
 }
