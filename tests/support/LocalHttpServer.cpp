@@ -89,6 +89,9 @@ void LocalHttpServer::respond(QTcpSocket* socket, const Request& request)
         answer.status = 404;
         answer.body = "not found";
     }
+    if (answer.echoTarget) {
+        answer.body = request.target;
+    }
     QByteArray response = "HTTP/1.1 " + QByteArray::number(answer.status) + " X\r\n";
     response += "Content-Type: " + answer.contentType + "\r\n";
     response += "Content-Length: " + QByteArray::number(answer.body.size()) + "\r\n";

@@ -22,6 +22,7 @@ public:
         QByteArray body;
         int delayMs = 0;
         QByteArray contentType = "application/json";
+        bool echoTarget = false;  // answer with the request's path and query instead of body
     };
     struct Request {
         QByteArray method;

@@ -1,0 +1,52 @@
+#pragma once
+
+#include "SpeechRec/SpeechSynthesisWorker.h"
+#include "Utils/Singleton.h"
+
+#include <QList>
+#include <QObject>
+#include <QThread>
+
+#include <memory>
+
+class AudioPlayback;
+
+// Reads text aloud: a caller emits speechSynthesis per piece (at most 1024 characters), the
+// worker thread fetches the audio, and the pieces play in order of arrival through one file,
+// "/tts.mp3" in the data folder. speechSynthesisOver follows the end of every piece.
+class SpeechSynthesisUtils : public QObject, public Singleton<SpeechSynthesisUtils> {
+    Q_OBJECT
+
+public:
+    // Tests hand in their service addresses and playback (not owned).
+    SpeechSynthesisUtils(const SpeechSynthesisWorker::Service& service, AudioPlayback* playback,
+                         QObject* parent = nullptr);
+    ~SpeechSynthesisUtils() override;
+
+    bool isPlaying() const;
+    void stop();
+    static QString audioFile();
+
+signals:
+    void speechSynthesis(QString text, int per, int spd, int pit, int vol);
+    void speechSynthesisOver();
+    void speechSynthesisResult(QByteArray data);
+
+public slots:
+    void onSpeechSynthesisResult(QByteArray data);
+
+private slots:
+    void onStopped();
+
+private:
+    friend class Singleton<SpeechSynthesisUtils>;
+    SpeechSynthesisUtils();
+
+    void playData(const QByteArray& data);
+
+    QThread mThread;
+    std::unique_ptr<AudioPlayback> mOwnedPlayback;
+    AudioPlayback* mPlayer;
+    QList<QByteArray> mQueue;
+    SpeechSynthesisWorker* mWorker;
+};
