@@ -2,6 +2,7 @@
 #include "Utils/MessageHandler.h"
 #include "Widget/MainWindow.h"
 #include "Widget/SingleApplication.h"
+#include "Widget/WidgetNoticeSink.h"
 
 int main(int argc, char* argv[])
 {
@@ -15,6 +16,9 @@ int main(int argc, char* argv[])
     }
     // The console only hides on close; the process lives on for the mouse.
     app.setQuitOnLastWindowClosed(false);
+
+    WidgetNoticeSink notices;
+    Notice::setSink(&notices);
 
     MainWindow* window = MainWindow::getInstance(nullptr);
     app.mainWindow = window;
