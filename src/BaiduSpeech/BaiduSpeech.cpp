@@ -1,0 +1,369 @@
+#include "BaiduSpeech/BaiduSpeech.h"
+
+#include "Hid/DeviceManager.h"
+#include "Recorder/RecordManager.h"
+#include "Utils/AppConfig.h"
+#include "Utils/Logging.h"
+#include "Utils/Notice.h"
+
+#include <QTcpSocket>
+#include <QUuid>
+#include <QtEndian>
+
+#include <cstdlib>
+
+namespace {
+const QString kConnectFailed = QStringLiteral("无法连接到服务!");
+constexpr int kSilenceFrames = 25;
+constexpr int kSilenceFrameBytes = 1280;
+}  // namespace
+
+BaiduSpeech::BaiduSpeech()
+    : BaiduSpeech(RecordManager::getInstance(), AppConfig::getInstance()->gatewayHost(),
+                  AppConfig::getInstance()->gatewayControlPort())
+{
+    // Both roads of the audio reach the one slot: Bluetooth frames and the receiver's input.
+    connect(DeviceManager::getInstance(), &DeviceManager::signalAudioData, this, &BaiduSpeech::onAudioData);
+    connect(mRecordManager, &RecordManager::signalAudioData, this, &BaiduSpeech::onAudioData);
+}
+
+BaiduSpeech::BaiduSpeech(RecordManager* recorder, const QString& host, quint16 controlPort, QObject* parent)
+    : QObject(parent),
+      mRecordManager(recorder),
+      mHost(host),
+      mControlPort(controlPort),
+      mControlSocket(new QTcpSocket(this)),
+      mSDKSocket(new QTcpSocket(this))
+{
+    mTimerStart.setSingleShot(true);
+    mTimerStart.setInterval(500);
+    mTimerEnd.setSingleShot(true);
+    mTimerEnd.setInterval(5000);
+    mTimerTail.setSingleShot(true);
+    mTimerTail.setInterval(100);
+    connect(&mTimerStart, &QTimer::timeout, this, &BaiduSpeech::onStartTimeout);
+    connect(&mTimerEnd, &QTimer::timeout, this, &BaiduSpeech::onEndTimeout);
+    connect(&mTimerTail, &QTimer::timeout, this, &BaiduSpeech::onTailTimeout);
+
+    connect(mControlSocket, &QTcpSocket::connected, this, &BaiduSpeech::readPortList);
+    connect(mControlSocket, &QTcpSocket::readyRead, this, &BaiduSpeech::onControlReadyRead);
+    connect(mControlSocket, &QTcpSocket::disconnected, mControlSocket, &QTcpSocket::close);
+    connect(mSDKSocket, &QTcpSocket::connected, this, [this] {
+        sendStart();
+        mTimerStart.start();
+    });
+    connect(mSDKSocket, &QTcpSocket::readyRead, this, &BaiduSpeech::onSDKReadyRead);
+}
+
+BaiduSpeech::~BaiduSpeech() = default;
+
+bool BaiduSpeech::isRunning() const
+{
+    return mState != Idle;
+}
+
+QString BaiduSpeech::buildID()
+{
+    const QString uuid = QUuid::createUuid().toString();
+    QString id = uuid + uuid;
+    id.remove(QLatin1Char('{')).remove(QLatin1Char('}'));
+    return id.left(64);
+}
+
+SDKServer BaiduSpeech::getPort(const QList<SDKServer>& list)
+{
+    SDKServer result;
+    result.port = -1;
+    for (const SDKServer& entry : list) {
+        if (result.port == -1) {
+            result = entry;
+        } else if (entry.count == 0) {
+            return entry;
+        } else if (entry.count < result.count) {
+            result = entry;
+        }
+    }
+    return result;
+}
+
+void BaiduSpeech::removeOne(QList<SDKServer>* list, const SDKServer& server)
+{
+    for (int i = 0; i < list->size(); ++i) {
+        if (list->at(i).port == server.port) {
+            list->removeAt(i);
+            return;
+        }
+    }
+    if (!list->isEmpty()) {
+        list->removeFirst();
+    }
+}
+
+int BaiduSpeech::calcAvg(const QByteArray& data)
+{
+    const int samples = data.size() / 2;
+    if (samples == 0) {
+        return 0;
+    }
+    long long sum = 0;
+    for (int i = 0; i < samples; ++i) {
+        sum += std::abs(static_cast<int>(qFromLittleEndian<qint16>(data.constData() + 2 * i)));
+    }
+    return static_cast<int>(sum / samples / 2);
+}
+
+void BaiduSpeech::start(int language)
+{
+    if (mState == Running) {
+        return;
+    }
+    mState = Running;
+    mSamples.clear();
+    if (mRecordManager != nullptr) {
+        mRecordManager->startRecorder();
+    }
+    mUid = buildID();
+    mLanguage = language;
+    mParamsAccepted = false;
+    mListRenewed = false;
+    mTimerStart.stop();
+    mTimerEnd.stop();
+    connectControl();
+}
+
+void BaiduSpeech::connectControl()
+{
+    if (mControlSocket->state() == QAbstractSocket::ConnectedState) {
+        return;
+    }
+    mControlSocket->abort();
+    mControlSocket->connectToHost(mHost, mControlPort, QIODevice::ReadWrite, QAbstractSocket::AnyIPProtocol);
+    if (!mControlSocket->waitForConnected(kConnectTimeoutMs)) {
+        qCWarning(lcSpeechGateway) << "cannot reach the gateway at" << mHost << mControlPort;
+        Notice::show(kConnectFailed);
+    }
+}
+
+void BaiduSpeech::readPortList()
+{
+    mControlSocket->write(ElvUtil::readServerList());
+}
+
+void BaiduSpeech::onControlReadyRead()
+{
+    // The whole reply in one read, as the gateway sends it.
+    mServerList = ElvUtil::parseServerList(mControlSocket->readAll());
+    mControlSocket->close();
+    reconnectSDKServer();
+}
+
+void BaiduSpeech::reconnectSDKServer()
+{
+    if (mSDKSocket->isOpen()) {
+        mSDKSocket->close();
+    }
+    removeOne(&mServerList, mCurrentServer);
+    if (mServerList.isEmpty()) {
+        // The list ran out: ask the control port once more in this session (its socket was
+        // closed after the reply); a second empty list ends the tries.
+        if (mListRenewed) {
+            qCWarning(lcSpeechGateway) << "no SDK server left";
+            Notice::show(kConnectFailed);
+            return;
+        }
+        mListRenewed = true;
+        connectControl();
+        return;
+    }
+    mCurrentServer = getPort(mServerList);
+    mSDKSocket->connectToHost(mHost, static_cast<quint16>(mCurrentServer.port), QIODevice::ReadWrite,
+                              QAbstractSocket::AnyIPProtocol);
+    if (!mSDKSocket->waitForConnected(kConnectTimeoutMs)) {
+        qCWarning(lcSpeechGateway) << "cannot reach SDK server" << mCurrentServer.port;
+        Notice::show(kConnectFailed);
+    }
+}
+
+void BaiduSpeech::sendStart()
+{
+    sendMessage(ElvUtil::paramUpload(ElvUtil::buildParams(mLanguage, mUid)));
+}
+
+bool BaiduSpeech::sdkWritable() const
+{
+    return mSDKSocket->state() == QAbstractSocket::ConnectedState && mSDKSocket->isWritable();
+}
+
+void BaiduSpeech::sendMessage(const QByteArray& frame)
+{
+    if (sdkWritable()) {
+        mSDKSocket->write(frame);
+    }
+}
+
+void BaiduSpeech::onStartTimeout()
+{
+    qCInfo(lcSpeechGateway) << "no parameter acknowledgement from" << mCurrentServer.port;
+    reconnectSDKServer();
+}
+
+void BaiduSpeech::onEndTimeout()
+{
+    emit signalEnd();
+}
+
+void BaiduSpeech::onSDKReadyRead()
+{
+    // Lines cut by a segment boundary are not put together: their halves fail to parse.
+    for (const SocketMessage& message : ElvUtil::parseSocketMessages(mSDKSocket->readAll())) {
+        handleSocketMessage(message);
+    }
+}
+
+void BaiduSpeech::handleSocketMessage(const SocketMessage& message)
+{
+    switch (message.type) {
+        case ElvUtil::ON_START_WORKING:
+            emit signalBegin();
+            break;
+        case ElvUtil::ON_FLUSH:
+            if (mState != Skipped) {
+                mFlushSeen = true;
+                emit signalFlushResult(ElvUtil::recognitionText(message.data));
+            }
+            break;
+        case ElvUtil::ON_FINISH:
+            if (mState != Skipped) {
+                mFlushSeen = false;
+                mSilenceSent = false;
+                mQuietMs = 0;
+                mMinVolume = 32767;
+                emit signalResult(ElvUtil::recognitionText(message.data));
+            }
+            break;
+        case ElvUtil::ON_LONG_SPEECH_END:
+            if (mState != Skipped) {
+                emit signalEnd();
+            }
+            sendMessage(ElvUtil::endAck());
+            mSDKSocket->close();
+            mAudioBuffer.clear();
+            break;
+        case ElvUtil::ON_ERROR:
+            if (message.code == -3001) {
+                start(mLanguage);
+            } else {
+                emit signalError(404, QStringLiteral("识别错误"));
+            }
+            break;
+        case ElvUtil::ON_PARAMS_ACK:
+            mTimerStart.stop();
+            if (message.code == 1) {
+                mParamsAccepted = true;
+            } else {
+                reconnectSDKServer();
+            }
+            break;
+        case ElvUtil::ON_END_ACK:
+            mTimerEnd.stop();
+            break;
+        default:
+            break;
+    }
+}
+
+void BaiduSpeech::onAudioData(QByteArray data)
+{
+    // A packet without samples says nothing about the volume.
+    if (data.size() < 2) {
+        return;
+    }
+    if (mTimerTail.isActive()) {
+        mTimerTail.start();
+    }
+    mSamples.append(data);
+    mVolume = calcAvg(data);
+    emit signalVolume(mVolume / 80);
+
+    if (mFlushSeen && !mSilenceSent) {
+        mMinVolume = std::min(mMinVolume, mVolume);
+        if (mVolume - mMinVolume < kQuietVolumeBand) {
+            mQuietMs += data.size() / 32;
+        } else {
+            mQuietMs = 0;
+        }
+        if (mQuietMs >= kQuietMsForSilence) {
+            emit signalDebugLog(QStringLiteral("触发静音..."));
+            // A second of silence ahead of what waits, so the gateway closes the sentence.
+            const QByteArray zeros(kSilenceFrameBytes, '\0');
+            for (int i = 0; i < kSilenceFrames; ++i) {
+                sendMessage(ElvUtil::dataUpload(zeros, kSilenceFrameBytes));
+            }
+            mSilenceSent = true;
+            dynamicChangeVolume();
+        }
+    }
+
+    mAudioBuffer.append(data);
+    if (sdkWritable() && mParamsAccepted && mAudioBuffer.size() >= kFrameBytes) {
+        sendMessage(ElvUtil::dataUpload(mAudioBuffer.left(kFrameBytes), kFrameBytes));
+        mAudioBuffer.remove(0, kFrameBytes);
+    }
+}
+
+void BaiduSpeech::dynamicChangeVolume()
+{
+    QStringList log;
+    const int step = mVolumeJudge.dynamicChangeVolume(&mSamples, &log);
+    for (const QString& line : qAsConst(log)) {
+        emit signalDebugLog(line);
+    }
+    if (step != 0) {
+        emit signalChangeVolume(step);
+    }
+}
+
+void BaiduSpeech::sendEnd()
+{
+    if (!mAudioBuffer.isEmpty()) {
+        sendMessage(ElvUtil::dataUpload(mAudioBuffer, -1));
+        mAudioBuffer.clear();
+    }
+    sendMessage(ElvUtil::dataFinish());
+}
+
+void BaiduSpeech::stop()
+{
+    if (mState == Idle) {
+        qCDebug(lcSpeechGateway) << "stop while idle";
+        return;
+    }
+    mState = Idle;
+    if (mRecordManager != nullptr) {
+        mRecordManager->stopRecorder();
+    }
+    mParamsAccepted = false;
+    sendEnd();
+    mTimerTail.start();
+}
+
+void BaiduSpeech::onTailTimeout()
+{
+    mState = Idle;
+    mParamsAccepted = false;
+    sendEnd();
+    mTimerEnd.start();
+    mAudioBuffer.clear();
+}
+
+void BaiduSpeech::skip()
+{
+    mState = Skipped;
+    mSamples.clear();
+    if (mRecordManager != nullptr) {
+        mRecordManager->stopRecorder();
+    }
+    mParamsAccepted = false;
+    mTimerEnd.start();
+    mAudioBuffer.clear();
+}

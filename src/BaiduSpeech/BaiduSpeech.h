@@ -1,0 +1,102 @@
+#pragma once
+
+#include "BaiduSpeech/ElvUtil.h"
+#include "BaiduSpeech/VolumeJudge.h"
+#include "Utils/Singleton.h"
+
+#include <QList>
+#include <QObject>
+#include <QTimer>
+
+class QTcpSocket;
+class RecordManager;
+
+// The recogniser client of the speech gateway: asks the control port for the SDK servers,
+// picks one, sends the parameters and streams the audio in 4096-byte frames, and turns the
+// gateway's event lines into partial and final texts. Main thread.
+class BaiduSpeech : public QObject, public Singleton<BaiduSpeech> {
+    Q_OBJECT
+
+public:
+    enum State { Idle = 0, Running = 1, Skipped = 2 };
+    static constexpr int kFrameBytes = 4096;
+    static constexpr int kConnectTimeoutMs = 3000;
+    static constexpr int kQuietVolumeBand = 150;
+    static constexpr int kQuietMsForSilence = 500;
+
+    // Tests hand in the recorder (not owned, may be null) and the gateway.
+    BaiduSpeech(RecordManager* recorder, const QString& host, quint16 controlPort, QObject* parent = nullptr);
+    ~BaiduSpeech() override;
+
+    void start(int language);
+    void stop();
+    void skip();
+    bool isRunning() const;
+
+    static QString buildID();
+    static SDKServer getPort(const QList<SDKServer>& list);
+    // Removes the first entry with the server's port, else the first entry.
+    static void removeOne(QList<SDKServer>* list, const SDKServer& server);
+    static int calcAvg(const QByteArray& data);
+
+    // Tests: the timers, to expire them without waiting.
+    QTimer* timerStart() { return &mTimerStart; }
+    QTimer* timerEnd() { return &mTimerEnd; }
+    QTimer* timerTail() { return &mTimerTail; }
+
+signals:
+    void signalBegin();
+    void signalFlushResult(QString result);
+    void signalResult(QString result);
+    void signalVolume(int volume);
+    void signalEnd();
+    void signalError(int code, QString msg);
+    void signalChangeVolume(int volume);
+    void signalDebugLog(QString log);
+
+public slots:
+    void onAudioData(QByteArray data);
+    void onStartTimeout();
+    void onEndTimeout();
+    void onTailTimeout();
+
+private:
+    friend class Singleton<BaiduSpeech>;
+    BaiduSpeech();
+
+    void connectControl();
+    void readPortList();
+    void onControlReadyRead();
+    void reconnectSDKServer();
+    void sendStart();
+    void onSDKReadyRead();
+    void handleSocketMessage(const SocketMessage& message);
+    void sendMessage(const QByteArray& frame);
+    void sendEnd();
+    bool sdkWritable() const;
+    void dynamicChangeVolume();
+
+    RecordManager* mRecordManager;
+    QString mHost;
+    quint16 mControlPort;
+    QTcpSocket* mControlSocket;
+    QTcpSocket* mSDKSocket;
+    QByteArray mAudioBuffer;
+    int mState = Idle;
+    bool mParamsAccepted = false;
+    QString mUid;
+    int mLanguage = 0;
+    QList<SDKServer> mServerList;
+    SDKServer mCurrentServer;
+    bool mListRenewed = false;  // the control port was asked again this session
+    bool mFlushSeen = false;
+    bool mSilenceSent = false;
+    int mMinVolume = 32767;
+    int mQuietMs = 0;
+    int mVolume = 0;
+    QTimer mTimerStart;
+    QTimer mTimerEnd;
+    QTimer mTimerTail;
+    QList<QByteArray> mSamples;
+    VolumeJudge mVolumeJudge;
+};

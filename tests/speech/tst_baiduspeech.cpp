@@ -1,0 +1,269 @@
+#include "BaiduSpeech/BaiduSpeech.h"
+#include "FakeSpeechGateway.h"
+#include "RecordingNoticeSink.h"
+
+#include <QJsonDocument>
+#include <QJsonObject>
+#include <QSignalSpy>
+#include <QtEndian>
+#include <QtTest>
+
+namespace {
+
+constexpr quint32 kParams = 0x5A5B6C10;
+constexpr quint32 kData = 0x5A5B6C11;
+constexpr quint32 kFinish = 0x5A5B6C12;
+constexpr quint32 kEndAck = 0x5A5B6C13;
+
+// 20 ms of 16 kHz audio at a steady level, each sample tagged by its packet number.
+QByteArray packet(int level, int tag = 0)
+{
+    QByteArray bytes(640, '\0');
+    for (int i = 0; i < 320; ++i) {
+        qToLittleEndian(static_cast<qint16>(i == 0 ? tag : level), bytes.data() + 2 * i);
+    }
+    return bytes;
+}
+
+QList<quint32> types(const QList<FakeSpeechGateway::Frame>& frames)
+{
+    QList<quint32> list;
+    for (const auto& f : frames) {
+        list << f.type;
+    }
+    return list;
+}
+
+}  // namespace
+
+class TestBaiduSpeech : public QObject {
+    Q_OBJECT
+
+private slots:
+    void selectionRules();
+    void sessionStreamsInOrder();
+    void serversThatDoNotAcknowledgeAreLeft();
+    void silenceBlockOncePerSentence();
+    void stopSkipAndEnds();
+    void unreachableGatewayIsANotice();
+};
+
+void TestBaiduSpeech::selectionRules()
+{
+    auto s = [](int port, int count) { return SDKServer{port, count}; };
+    QCOMPARE(BaiduSpeech::getPort({s(1, 5), s(2, 2), s(3, 2)}).port, 2);
+    QCOMPARE(BaiduSpeech::getPort({s(1, 0), s(2, 3), s(3, 0)}).port, 3);
+    QCOMPARE(BaiduSpeech::getPort({s(1, 0), s(2, 3)}).port, 1);
+    QCOMPARE(BaiduSpeech::getPort({}).port, -1);
+
+    QList<SDKServer> list = {s(1, 5), s(2, 2), s(3, 2)};
+    BaiduSpeech::removeOne(&list, s(2, 9));
+    QCOMPARE(list.size(), 2);
+    QCOMPARE(list.at(1).port, 3);
+    BaiduSpeech::removeOne(&list, s(7, 0));  // no match: the first goes
+    QCOMPARE(list.size(), 1);
+    QCOMPARE(list.at(0).port, 3);
+
+    const QString id = BaiduSpeech::buildID();
+    QCOMPARE(id.size(), 64);
+    QCOMPARE(id.mid(36), id.left(28));
+    QVERIFY(!id.contains(QLatin1Char('{')));
+    QVERIFY(BaiduSpeech::buildID() != id);
+    QCOMPARE(BaiduSpeech::calcAvg(packet(1000)), 319000 / 320 / 2);  // both divisions whole numbers
+    QCOMPARE(BaiduSpeech::calcAvg(QByteArray()), 0);
+}
+
+void TestBaiduSpeech::sessionStreamsInOrder()
+{
+    FakeSpeechGateway gateway;
+    QVERIFY(gateway.start({5, 2, 2}));
+    gateway.setParamsAnswer(FakeSpeechGateway::Silent);
+    BaiduSpeech speech(nullptr, QStringLiteral("127.0.0.1"), gateway.controlPort());
+    QSignalSpy begin(&speech, &BaiduSpeech::signalBegin);
+    QSignalSpy flush(&speech, &BaiduSpeech::signalFlushResult);
+    QSignalSpy result(&speech, &BaiduSpeech::signalResult);
+    speech.start(1537);
+    speech.start(1737);  // while running: nothing, not even the language
+    // The first entry is given up, then the lowest count wins: the second port.
+    QTRY_COMPARE(gateway.frames.size(), 1);
+    QCOMPARE(gateway.sdkConnections, QList<quint16>({gateway.sdkPorts().at(1)}));
+    const QJsonObject params = QJsonDocument::fromJson(gateway.frames.at(0).payload).object();
+    QCOMPARE(gateway.frames.at(0).type, kParams);
+    QCOMPARE(params.value(QLatin1String("language")).toString(), QStringLiteral("1537"));
+    QCOMPARE(params.value(QLatin1String("uid")).toString().size(), 64);
+
+    // Audio before the acknowledgement waits; afterwards one frame per packet drains it.
+    QByteArray sent;
+    for (int i = 0; i < 10; ++i) {
+        speech.onAudioData(packet(300, i));
+        sent += packet(300, i);
+    }
+    QTest::qWait(50);
+    QCOMPARE(gateway.frames.size(), 1);
+    gateway.sendEvent(56, 1);
+    QTRY_VERIFY(!speech.timerStart()->isActive());
+    for (int i = 10; i < 14; ++i) {
+        speech.onAudioData(packet(300, i));
+        sent += packet(300, i);
+    }
+    QTRY_COMPARE(gateway.frames.size(), 3);
+    QCOMPARE(gateway.frames.at(1).type, kData);
+    QCOMPARE(gateway.frames.at(1).payload.size(), 4096);
+    QCOMPARE(gateway.frames.at(1).payload + gateway.frames.at(2).payload, sent.left(8192));
+
+    gateway.sendEvent(48);
+    gateway.sendEvent(51, 0, FakeSpeechGateway::result(QStringLiteral("你")));
+    gateway.sendEvent(51, 0, FakeSpeechGateway::result(QStringLiteral("你好")));
+    gateway.sendEvent(52, 0, FakeSpeechGateway::result(QStringLiteral("你好。")));
+    QTRY_COMPARE(result.size(), 1);
+    QCOMPARE(begin.size(), 1);
+    QCOMPARE(flush.size(), 2);
+    QCOMPARE(flush.at(1).at(0).toString(), QStringLiteral("你好"));
+    QCOMPARE(result.at(0).at(0).toString(), QStringLiteral("你好。"));
+
+    // Another error than -3001 is a recognition error; the session goes on.
+    QSignalSpy error(&speech, &BaiduSpeech::signalError);
+    gateway.sendEvent(54, -2000);
+    QTRY_COMPARE(error.size(), 1);
+    QCOMPARE(error.at(0), QVariantList({404, QStringLiteral("识别错误")}));
+}
+
+void TestBaiduSpeech::serversThatDoNotAcknowledgeAreLeft()
+{
+    FakeSpeechGateway gateway;
+    QVERIFY(gateway.start({1, 2, 3, 4}));
+    gateway.setParamsAnswer(FakeSpeechGateway::Silent);
+    BaiduSpeech speech(nullptr, QStringLiteral("127.0.0.1"), gateway.controlPort());
+    speech.start(1537);
+    QTRY_COMPARE(gateway.sdkConnections.size(), 1);
+    QCOMPARE(gateway.sdkConnections.last(), gateway.sdkPorts().at(1));
+    QTRY_VERIFY(speech.timerStart()->isActive());
+    speech.onStartTimeout();  // 500 ms without acknowledgement
+    QTRY_COMPARE(gateway.sdkConnections.size(), 2);
+    QCOMPARE(gateway.sdkConnections.last(), gateway.sdkPorts().at(2));
+    // Refusals move on as well: port 4, then the list is asked for once more and used up
+    // (its first entry, the server just left, goes first), then the tries end with a notice.
+    RecordingNoticeSink sink;
+    Notice::setSink(&sink);
+    gateway.setParamsAnswer(FakeSpeechGateway::Refuse);
+    speech.onStartTimeout();
+    QTRY_COMPARE(sink.notices.size(), 1);
+    Notice::setSink(nullptr);
+    QCOMPARE(gateway.controlRequests, 2);
+    const QList<quint16> p = gateway.sdkPorts();
+    QCOMPARE(gateway.sdkConnections, QList<quint16>({p[1], p[2], p[3], p[0], p[1], p[2]}));
+}
+
+void TestBaiduSpeech::silenceBlockOncePerSentence()
+{
+    FakeSpeechGateway gateway;
+    QVERIFY(gateway.start({5, 2}));
+    BaiduSpeech speech(nullptr, QStringLiteral("127.0.0.1"), gateway.controlPort());
+    QSignalSpy debug(&speech, &BaiduSpeech::signalDebugLog);
+    speech.start(1537);
+    QTRY_VERIFY(!gateway.frames.isEmpty());
+    QTest::qWait(50);  // the acknowledgement comes back
+    auto zeroFrames = [&gateway] {
+        int n = 0;
+        for (const auto& f : gateway.frames) {
+            n += (f.type == kData && f.payload == QByteArray(1280, '\0')) ? 1 : 0;
+        }
+        return n;
+    };
+    // Quiet audio before any partial result: no silence block.
+    for (int i = 0; i < 40; ++i) {
+        speech.onAudioData(packet(100));
+    }
+    QTest::qWait(50);
+    QCOMPARE(zeroFrames(), 0);
+
+    gateway.sendEvent(51, 0, FakeSpeechGateway::result(QStringLiteral("开")));
+    QTest::qWait(50);
+    for (int i = 0; i < 40; ++i) {  // 800 ms of even volume
+        speech.onAudioData(packet(120));
+    }
+    QTRY_COMPARE(zeroFrames(), 25);
+    QCOMPARE(debug.at(0).at(0).toString(), QStringLiteral("触发静音..."));
+    QVERIFY(debug.size() > 1);  // the volume judgment's lines follow
+
+    // A final result arms it again, for the next sentence only after a partial result.
+    gateway.sendEvent(52, 0, FakeSpeechGateway::result(QStringLiteral("开始")));
+    gateway.sendEvent(51, 0, FakeSpeechGateway::result(QStringLiteral("好")));
+    QTest::qWait(50);
+    for (int i = 0; i < 40; ++i) {
+        speech.onAudioData(packet(120));
+    }
+    QTRY_COMPARE(zeroFrames(), 50);
+}
+
+void TestBaiduSpeech::stopSkipAndEnds()
+{
+    FakeSpeechGateway gateway;
+    QVERIFY(gateway.start({5, 2}));
+    BaiduSpeech speech(nullptr, QStringLiteral("127.0.0.1"), gateway.controlPort());
+    QSignalSpy end(&speech, &BaiduSpeech::signalEnd);
+    QSignalSpy result(&speech, &BaiduSpeech::signalResult);
+    speech.stop();  // idle: nothing is sent
+    QCOMPARE(gateway.controlRequests, 0);
+
+    speech.start(1537);
+    QTRY_COMPARE(gateway.frames.size(), 1);
+    QTest::qWait(50);
+    speech.onAudioData(packet(300));
+    speech.stop();
+    QVERIFY(!speech.isRunning());
+    QVERIFY(speech.timerTail()->isActive());
+    speech.onAudioData(packet(300));  // the tail still arrives and waits
+    speech.onTailTimeout();
+    QVERIFY(speech.timerEnd()->isActive());
+    QTRY_COMPARE(types(gateway.frames), QList<quint32>({kParams, kData, kFinish, kData, kFinish}));
+    QCOMPARE(gateway.frames.at(1).payload.size(), 640);
+    // Results still come after the stop; the long-speech end closes the SDK side.
+    gateway.sendEvent(52, 0, FakeSpeechGateway::result(QStringLiteral("好")));
+    gateway.sendEvent(57);
+    gateway.sendEvent(53);
+    QTRY_COMPARE(end.size(), 1);
+    QCOMPARE(result.size(), 1);
+    QVERIFY(!speech.timerEnd()->isActive());
+    QTRY_COMPARE(gateway.frames.last().type, kEndAck);
+
+    // A new session asks the control port again, with a new uid.
+    const QString firstUid =
+        QJsonDocument::fromJson(gateway.frames.at(0).payload).object().value(QLatin1String("uid")).toString();
+    speech.start(1537);
+    QTRY_COMPARE(gateway.controlRequests, 2);
+    QTRY_COMPARE(types(gateway.frames).count(kParams), 2);
+    const QString secondUid = QJsonDocument::fromJson(gateway.frames.last().payload)
+                                  .object()
+                                  .value(QLatin1String("uid"))
+                                  .toString();
+    QVERIFY(firstUid != secondUid);
+
+    // Skipped: results are dropped, and the end comes only from the timer.
+    speech.skip();
+    gateway.sendEvent(52, 0, FakeSpeechGateway::result(QStringLiteral("丢")));
+    gateway.sendEvent(53);
+    QTest::qWait(100);
+    QCOMPARE(result.size(), 1);
+    QCOMPARE(end.size(), 1);
+    speech.onEndTimeout();
+    QCOMPARE(end.size(), 2);
+}
+
+void TestBaiduSpeech::unreachableGatewayIsANotice()
+{
+    FakeSpeechGateway gateway;
+    QVERIFY(gateway.start({1}));
+    const quint16 port = gateway.controlPort();
+    gateway.closeControl();
+    RecordingNoticeSink sink;
+    Notice::setSink(&sink);
+    BaiduSpeech speech(nullptr, QStringLiteral("127.0.0.1"), port);
+    speech.start(1537);
+    QCOMPARE(sink.notices, QStringList({QStringLiteral("无法连接到服务!")}));
+    QVERIFY(speech.isRunning());
+    Notice::setSink(nullptr);
+}
+
+QTEST_GUILESS_MAIN(TestBaiduSpeech)
+#include "tst_baiduspeech.moc"

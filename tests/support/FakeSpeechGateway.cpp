@@ -1,0 +1,118 @@
+#include "FakeSpeechGateway.h"
+
+#include <QJsonArray>
+#include <QJsonDocument>
+#include <QJsonObject>
+#include <QTcpServer>
+#include <QTcpSocket>
+#include <QtEndian>
+
+FakeSpeechGateway::FakeSpeechGateway(QObject* parent) : QObject(parent), mControl(new QTcpServer(this))
+{
+    connect(mControl, &QTcpServer::newConnection, this, [this] {
+        while (QTcpSocket* socket = mControl->nextPendingConnection()) {
+            connect(socket, &QTcpSocket::readyRead, this, [this, socket] {
+                if (socket->readAll().startsWith(QByteArray::fromHex("5a5b6c0300000000"))) {
+                    ++controlRequests;
+                    QJsonArray list;
+                    for (int i = 0; i < mSdk.size(); ++i) {
+                        list.append(QJsonObject{{QStringLiteral("port"), mSdk.at(i)->serverPort()},
+                                                {QStringLiteral("count"), mCounts.value(i)}});
+                    }
+                    socket->write(QJsonDocument(list).toJson(QJsonDocument::Compact));
+                }
+            });
+        }
+    });
+}
+
+bool FakeSpeechGateway::start(const QList<int>& counts)
+{
+    mCounts = counts;
+    if (!mControl->listen(QHostAddress::LocalHost, 0)) {
+        return false;
+    }
+    for (int i = 0; i < counts.size(); ++i) {
+        auto* server = new QTcpServer(this);
+        if (!server->listen(QHostAddress::LocalHost, 0)) {
+            return false;
+        }
+        const quint16 port = server->serverPort();
+        connect(server, &QTcpServer::newConnection, this, [this, server, port] {
+            while (QTcpSocket* socket = server->nextPendingConnection()) {
+                mClient = socket;
+                mBuffer.clear();
+                sdkConnections << port;
+                connect(socket, &QTcpSocket::readyRead, this,
+                        [this, socket, port] { onSdkData(socket, port); });
+            }
+        });
+        mSdk << server;
+    }
+    return true;
+}
+
+quint16 FakeSpeechGateway::controlPort() const
+{
+    return mControl->serverPort();
+}
+
+QList<quint16> FakeSpeechGateway::sdkPorts() const
+{
+    QList<quint16> ports;
+    for (const QTcpServer* s : mSdk) {
+        ports << s->serverPort();
+    }
+    return ports;
+}
+
+void FakeSpeechGateway::setCounts(const QList<int>& counts)
+{
+    mCounts = counts;
+}
+
+void FakeSpeechGateway::closeControl()
+{
+    mControl->close();
+}
+
+void FakeSpeechGateway::onSdkData(QTcpSocket* socket, quint16 port)
+{
+    if (socket != mClient) {
+        socket->readAll();
+        return;
+    }
+    mBuffer.append(socket->readAll());
+    while (mBuffer.size() >= 8) {
+        const quint32 type = qFromBigEndian<quint32>(mBuffer.constData());
+        const quint32 length = qFromBigEndian<quint32>(mBuffer.constData() + 4);
+        if (static_cast<quint32>(mBuffer.size()) < 8 + length) {
+            return;
+        }
+        frames.append({type, mBuffer.mid(8, static_cast<int>(length)), port});
+        mBuffer.remove(0, 8 + static_cast<int>(length));
+        if (type == 0x5A5B6C10 && mParamsAnswer != Silent) {
+            sendEvent(56, mParamsAnswer == Accept ? 1 : 0);
+        }
+    }
+}
+
+void FakeSpeechGateway::sendEvent(int type, int code, const QString& data)
+{
+    if (mClient == nullptr) {
+        return;
+    }
+    QJsonObject line{
+        {QStringLiteral("type"), type}, {QStringLiteral("code"), code}, {QStringLiteral("ack"), 0}};
+    if (!data.isNull()) {
+        line.insert(QStringLiteral("data"), data);
+    }
+    mClient->write(QJsonDocument(line).toJson(QJsonDocument::Compact) + '\n');
+}
+
+QString FakeSpeechGateway::result(const QString& text)
+{
+    return QString::fromUtf8(
+        QJsonDocument(QJsonObject{{QStringLiteral("results_recognition"), QJsonArray{text}}})
+            .toJson(QJsonDocument::Compact));
+}
