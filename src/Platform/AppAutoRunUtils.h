@@ -14,8 +14,10 @@ public:
     bool setAppAutoRun(bool enable);
 
     static QString autostartPath();
-    // The entry for an executable; the path is quoted as desktop entries require.
+    // The entry for an executable; the path is quoted and escaped as desktop entries require.
     static QByteArray desktopEntry(const QString& executable);
+    // The Exec value that runs exactly this program.
+    static QString execArgument(const QString& executable);
 
 signals:
     void signalChangeAutoRun(bool enable);

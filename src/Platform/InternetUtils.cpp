@@ -16,21 +16,22 @@
 
 InternetUtils::InternetUtils()
 {
-    mOnline = isOnline(currentInterfaces());
+    // Listen first, then look: a change between the two is not lost.
     mSocket = ::socket(AF_NETLINK, SOCK_RAW | SOCK_CLOEXEC | SOCK_NONBLOCK, NETLINK_ROUTE);
     sockaddr_nl address{};
     address.nl_family = AF_NETLINK;
-    address.nl_groups = RTMGRP_LINK | RTMGRP_IPV4_IFADDR | RTMGRP_IPV6_IFADDR | RTMGRP_IPV4_ROUTE;
-    if (mSocket < 0 || ::bind(mSocket, reinterpret_cast<sockaddr*>(&address), sizeof(address)) != 0) {
+    address.nl_groups = RTMGRP_LINK | RTMGRP_IPV4_IFADDR | RTMGRP_IPV6_IFADDR;
+    if (mSocket >= 0 && ::bind(mSocket, reinterpret_cast<sockaddr*>(&address), sizeof(address)) == 0) {
+        mNotifier = new QSocketNotifier(mSocket, QSocketNotifier::Read, this);
+        connect(mNotifier, &QSocketNotifier::activated, this, &InternetUtils::onRouteEvent);
+    } else {
         qCWarning(lcSystem) << "no route notifications: the network state is read once";
         if (mSocket >= 0) {
             ::close(mSocket);
             mSocket = -1;
         }
-        return;
     }
-    mNotifier = new QSocketNotifier(mSocket, QSocketNotifier::Read, this);
-    connect(mNotifier, &QSocketNotifier::activated, this, &InternetUtils::onRouteEvent);
+    mOnline = isOnline(currentInterfaces());
 }
 
 InternetUtils::~InternetUtils()
@@ -88,7 +89,11 @@ QList<InternetUtils::Interface> InternetUtils::currentInterfaces()
             continue;
         }
         if (a->ifa_addr->sa_family == AF_INET) {
-            i.hasGlobalAddress = true;
+            // 169.254/16 is what an interface gives itself when no network answered.
+            const auto* in4 = reinterpret_cast<const sockaddr_in*>(a->ifa_addr);
+            if ((ntohl(in4->sin_addr.s_addr) & 0xffff0000u) != 0xa9fe0000u) {
+                i.hasGlobalAddress = true;
+            }
         } else if (a->ifa_addr->sa_family == AF_INET6) {
             const auto* in6 = reinterpret_cast<const sockaddr_in6*>(a->ifa_addr);
             if (!IN6_IS_ADDR_LINKLOCAL(&in6->sin6_addr) && !IN6_IS_ADDR_LOOPBACK(&in6->sin6_addr)) {

@@ -20,7 +20,7 @@ public:
         bool up = false;
         bool running = false;
         bool loopback = false;
-        bool hasGlobalAddress = false;  // an IPv4 address, or IPv6 beyond link-local
+        bool hasGlobalAddress = false;  // an address beyond link-local
     };
 
     ~InternetUtils() override;

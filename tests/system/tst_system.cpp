@@ -3,7 +3,7 @@
 #include "Utils/TextUtils.h"
 
 #include <QFile>
-#include <QSettings>
+#include <QFileInfo>
 #include <QSignalSpy>
 #include <QtTest>
 
@@ -13,7 +13,7 @@ class TestSystem : public QObject {
 private slots:
     void textUtils();
     void autostartRoundTrip();
-    void autostartEntryQuotesItsPath();
+    void autostartExecIsQuotedWhenNeeded();
     void onlineDecision();
     void networkStateIsReadWithoutCrashing();
 };
@@ -22,49 +22,73 @@ void TestSystem::textUtils()
 {
     QVERIFY(TextUtils::isEmpty(QString()));
     QVERIFY(TextUtils::isEmpty(QStringLiteral("")));
-    QVERIFY(!TextUtils::isEmpty(QStringLiteral(" ")));
+    QVERIFY(!TextUtils::isEmpty(QStringLiteral(" \t")));  // whitespace is text
+    QVERIFY(TextUtils::equals(QString(), QStringLiteral("")));
     QVERIFY(TextUtils::equals(QStringLiteral("Ab"), QStringLiteral("Ab")));
     QVERIFY(!TextUtils::equals(QStringLiteral("Ab"), QStringLiteral("ab")));
+
     const QString text = QStringLiteral("打开 计算器 👋");
+    QCOMPARE(TextUtils::base64Encode(text), QString::fromLatin1(text.toUtf8().toBase64()));
     QCOMPARE(TextUtils::base64Decode(TextUtils::base64Encode(text)), text);
     QCOMPARE(TextUtils::base64Encode(QStringLiteral("zorvane_db")), QStringLiteral("em9ydmFuZV9kYg=="));
+    QCOMPARE(TextUtils::base64Encode(QString()), QString());
+    // Bytes that are no UTF-8 come back as replacement characters, not as garbage or a crash.
+    QCOMPARE(TextUtils::base64Decode(QString::fromLatin1(QByteArray("a\xff\xfe"
+                                                                    "b",
+                                                                    4)
+                                                             .toBase64())),
+             QStringLiteral("a\uFFFD\uFFFDb"));
+    // Not Base64 at all: what is outside the alphabet is skipped.
     QCOMPARE(TextUtils::base64Decode(QStringLiteral("!!!")), QString());
+    QCOMPARE(TextUtils::base64Decode(QStringLiteral("em9y\ndmFu ZV9kYg==")), QStringLiteral("zorvane_db"));
 }
 
 void TestSystem::autostartRoundTrip()
 {
     AppAutoRunUtils* autorun = AppAutoRunUtils::getInstance();
     QSignalSpy changes(autorun, &AppAutoRunUtils::signalChangeAutoRun);
+    QVERIFY(AppAutoRunUtils::autostartPath().startsWith(QString::fromLocal8Bit(qgetenv("XDG_CONFIG_HOME"))));
+    QVERIFY(AppAutoRunUtils::autostartPath().endsWith(QStringLiteral("/autostart/zorvane.desktop")));
     QVERIFY(autorun->setAppAutoRun(false));
     QVERIFY(!autorun->isAppAutoRun());
     QCOMPARE(changes.size(), 0);
 
     QVERIFY(autorun->setAppAutoRun(true));
     QVERIFY(autorun->isAppAutoRun());
-    QVERIFY(AppAutoRunUtils::autostartPath().endsWith(QStringLiteral("/autostart/zorvane.desktop")));
-    QSettings entry(AppAutoRunUtils::autostartPath(), QSettings::IniFormat);
-    QCOMPARE(entry.value(QStringLiteral("Desktop Entry/Type")).toString(), QStringLiteral("Application"));
     QFile file(AppAutoRunUtils::autostartPath());
     QVERIFY(file.open(QIODevice::ReadOnly));
-    const QString text = QString::fromUtf8(file.readAll());
-    QVERIFY2(text.contains(QStringLiteral("\nExec=\"") + QCoreApplication::applicationFilePath() +
-                           QStringLiteral("\"\n")),
-             qPrintable(text));
+    const QStringList lines = QString::fromUtf8(file.readAll()).split(QLatin1Char('\n'));
+    QCOMPARE(lines.value(0), QStringLiteral("[Desktop Entry]"));
+    QVERIFY(lines.contains(QStringLiteral("Type=Application")));
+    QVERIFY(lines.contains(QStringLiteral("Name=Zorvane")));
+    QVERIFY(lines.contains(QStringLiteral("X-GNOME-Autostart-enabled=true")));
+    QVERIFY(lines.contains(QStringLiteral("Exec=") +
+                           AppAutoRunUtils::execArgument(QCoreApplication::applicationFilePath())));
+    QVERIFY(QFileInfo(QCoreApplication::applicationFilePath()).isAbsolute());
     QVERIFY(autorun->setAppAutoRun(true));  // again: no change, no signal
     QCOMPARE(changes.size(), 1);
     QCOMPARE(changes.at(0).at(0).toBool(), true);
 
     QVERIFY(autorun->setAppAutoRun(false));
     QVERIFY(!QFile::exists(AppAutoRunUtils::autostartPath()));
+    QVERIFY(!autorun->isAppAutoRun());
     QCOMPARE(changes.size(), 2);
     QCOMPARE(changes.at(1).at(0).toBool(), false);
 }
 
-void TestSystem::autostartEntryQuotesItsPath()
+void TestSystem::autostartExecIsQuotedWhenNeeded()
 {
-    const QString entry =
-        QString::fromUtf8(AppAutoRunUtils::desktopEntry(QStringLiteral("/opt/My \"Apps\"/$zorvane")));
-    QVERIFY2(entry.contains(QStringLiteral("Exec=\"/opt/My \\\"Apps\\\"/\\$zorvane\"\n")), qPrintable(entry));
+    QCOMPARE(AppAutoRunUtils::execArgument(QStringLiteral("/usr/bin/zorvane")),
+             QStringLiteral("/usr/bin/zorvane"));
+    QCOMPARE(AppAutoRunUtils::execArgument(QStringLiteral("/opt/100%/zorvane")),
+             QStringLiteral("/opt/100%%/zorvane"));
+    QCOMPARE(AppAutoRunUtils::execArgument(QStringLiteral("/home/li/My Apps/zorvane")),
+             QStringLiteral("\"/home/li/My Apps/zorvane\""));
+    QCOMPARE(AppAutoRunUtils::execArgument(QStringLiteral("/opt/\"A\"/$z`")),
+             QStringLiteral("\"/opt/\\\\\"A\\\\\"/\\\\$z\\\\`\""));
+    // A backslash in the path: four in the file.
+    QCOMPARE(AppAutoRunUtils::execArgument(QStringLiteral("/opt/a\\b")),
+             QStringLiteral("\"/opt/a\\\\\\\\b\""));
 }
 
 void TestSystem::onlineDecision()
