@@ -199,9 +199,11 @@ void HttpManager::analyzeWord(QString content, int serviceCategory, int ip, QStr
 void HttpManager::feedback(QString title, QString content, int timeout, BoolFunc result,
                            TimeoutFunc onTimeout, ErrorFunc onError)
 {
-    // The texts go into the query as they are; the URL parsing encodes what it must.
-    const QString url =
-        backendUrl(QStringLiteral("/feedback/upload?title=%1&content=%2").arg(title, content));
+    // Each text is encoded on its own: an '&', '#', '+' or '%' typed by the user would otherwise
+    // cut the query or change what the backend reads.
+    auto encoded = [](const QString& text) { return QString::fromLatin1(QUrl::toPercentEncoding(text)); };
+    const QString url = backendUrl(
+        QStringLiteral("/feedback/upload?title=%1&content=%2").arg(encoded(title), encoded(content)));
     mRequest->get(
         url,
         [result](const QByteArray& reply) {
