@@ -1,0 +1,3 @@
+#include "ServicesLog.h"
+
+Q_LOGGING_CATEGORY(lcServices, "zorvane.services")

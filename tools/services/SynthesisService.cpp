@@ -1,0 +1,119 @@
+#include "SynthesisService.h"
+
+#include "ServicesLog.h"
+
+#include <httplib.h>
+
+#include <QJsonDocument>
+#include <QJsonObject>
+#include <QProcess>
+#include <QtEndian>
+
+#include <cmath>
+
+SynthesisService::SynthesisService(const Fault* fault, const QString& token, const QString& cuid)
+    : HttpService(QStringLiteral("synthesis"), fault), mToken(token), mCuid(cuid)
+{
+}
+
+QByteArray SynthesisService::error(int number, const QString& message)
+{
+    return QJsonDocument(QJsonObject{{QStringLiteral("err_no"), number},
+                                     {QStringLiteral("err_msg"), message},
+                                     {QStringLiteral("idx"), 1}})
+        .toJson(QJsonDocument::Compact);
+}
+
+QByteArray SynthesisService::errorBody(int code) const
+{
+    return error(code, QStringLiteral("stand-in error"));
+}
+
+QByteArray SynthesisService::tone(int milliseconds)
+{
+    const int samples = 16 * milliseconds;
+    QByteArray wav(44 + 2 * samples, '\0');
+    char* d = wav.data();
+    auto put32 = [&](int at, quint32 v) { qToLittleEndian(v, d + at); };
+    auto put16 = [&](int at, quint16 v) { qToLittleEndian(v, d + at); };
+    memcpy(d, "RIFF", 4);
+    put32(4, static_cast<quint32>(wav.size() - 8));
+    memcpy(d + 8, "WAVEfmt ", 8);
+    put32(16, 16);
+    put16(20, 1);
+    put16(22, 1);
+    put32(24, 16000);
+    put32(28, 32000);
+    put16(32, 2);
+    put16(34, 16);
+    memcpy(d + 36, "data", 4);
+    put32(40, static_cast<quint32>(2 * samples));
+    for (int i = 0; i < samples; ++i) {
+        const double v = 8000.0 * std::sin(2.0 * M_PI * 440.0 * i / 16000.0);
+        qToLittleEndian(static_cast<qint16>(v), d + 44 + 2 * i);
+    }
+    return wav;
+}
+
+QByteArray SynthesisService::withSizes(QByteArray wav)
+{
+    // espeak-ng writes to a pipe, so its header carries "unknown length" sizes that some
+    // decoders reject; the whole file is here now, so the sizes can be told.
+    const int data = wav.indexOf("data", 12);
+    if (data < 0 || wav.size() < data + 8) {
+        return wav;
+    }
+    qToLittleEndian(static_cast<quint32>(wav.size() - 8), wav.data() + 4);
+    qToLittleEndian(static_cast<quint32>(wav.size() - data - 8), wav.data() + data + 4);
+    return wav;
+}
+
+QByteArray SynthesisService::speak(const QString& text, int spd, int pit, int vol)
+{
+    bool chinese = false;
+    for (const QChar c : text) {
+        chinese = chinese || (c.unicode() >= 0x4E00 && c.unicode() <= 0x9FFF);
+    }
+    const QStringList arguments{QStringLiteral("--stdout"),
+                                QStringLiteral("-v"),
+                                chinese ? QStringLiteral("cmn") : QStringLiteral("en"),
+                                QStringLiteral("-s"),
+                                QString::number(100 + qBound(0, spd, 15) * 15),
+                                QStringLiteral("-p"),
+                                QString::number(qBound(0, pit, 15) * 6),
+                                QStringLiteral("-a"),
+                                QString::number(qBound(0, vol, 15) * 13),
+                                text};
+    QProcess espeak;
+    espeak.start(QStringLiteral("espeak-ng"), arguments);
+    if (espeak.waitForFinished(10000) && espeak.exitCode() == 0) {
+        const QByteArray audio = espeak.readAllStandardOutput();
+        if (audio.startsWith("RIFF")) {
+            return withSizes(audio);
+        }
+    }
+    qCWarning(lcServices) << "synthesis: espeak-ng did not speak, answering with a tone";
+    return tone(qMin(5000, 200 + 80 * static_cast<int>(text.size())));
+}
+
+void SynthesisService::addRoutes(httplib::Server& server)
+{
+    server.Get("/text2audio", [this](const httplib::Request& req, httplib::Response& res) {
+        if (param(req, "tok") != mToken) {
+            answer(res, error(502, QStringLiteral("Invalid token.")), "application/json");
+            return;
+        }
+        if (param(req, "cuid") != mCuid) {
+            answer(res, error(500, QStringLiteral("Unsupported input: cuid")), "application/json");
+            return;
+        }
+        const QString text = param(req, "tex");
+        if (text.isEmpty()) {
+            answer(res, error(501, QStringLiteral("Text is empty.")), "application/json");
+            return;
+        }
+        answer(res,
+               speak(text, param(req, "spd").toInt(), param(req, "pit").toInt(), param(req, "vol").toInt()),
+               "audio/wav");
+    });
+}
