@@ -1,0 +1,450 @@
+#include "Http/BaiduTranslate.h"
+#include "Http/HttpManager.h"
+#include "ServiceSet.h"
+#include "SpeechRec/SpeechSynthesisWorker.h"
+#include "Utils/AppConfig.h"
+
+#include <QImage>
+#include <QJsonArray>
+#include <QJsonObject>
+#include <QTemporaryDir>
+#include <QtEndian>
+#include <QtTest>
+
+namespace {
+
+QString buildDefault(AppConfig::Key key)
+{
+    return QString::fromUtf8(AppConfig::info(key).buildDefault);
+}
+
+// What one request ended in: exactly one of the three callbacks, counted.
+struct Outcome {
+    int results = 0;
+    int timeouts = 0;
+    int errors = 0;
+    bool ok = false;
+    int calls() const { return results + timeouts + errors; }
+};
+
+}  // namespace
+
+// The application's own HTTP clients against the stand-in services, over loopback.
+class TestStandInHttp : public QObject {
+    Q_OBJECT
+
+private slots:
+    void initTestCase();
+    void init();
+    void backendRecords();
+    void uploadsAreLogged();
+    void semanticPhrases_data();
+    void semanticPhrases();
+    void downloads();
+    void translation();
+    void synthesis();
+    void faults();
+
+private:
+    template <typename Record>
+    HttpManager::ResultFunc<Record> into(Outcome* outcome, Record* record)
+    {
+        return [outcome, record](bool ok, Record r) {
+            ++outcome->results;
+            outcome->ok = ok;
+            *record = r;
+        };
+    }
+    HttpManager::TimeoutFunc timeoutInto(Outcome* outcome)
+    {
+        return [outcome](const QString&) { ++outcome->timeouts; };
+    }
+    HttpManager::ErrorFunc errorInto(Outcome* outcome)
+    {
+        return [outcome](const QString&, QNetworkReply::NetworkError) { ++outcome->errors; };
+    }
+
+    ServiceSet mServices;
+    std::unique_ptr<HttpManager> mManager;
+    std::unique_ptr<BaiduTranslate> mTranslator;
+    QTemporaryDir mDir;
+};
+
+void TestStandInHttp::initTestCase()
+{
+    mServices.setAllPortsFree();
+    mServices.setInstallerKib(300);
+    QString error;
+    QVERIFY2(mServices.start(&error), qPrintable(error));
+    mManager = std::make_unique<HttpManager>(HttpRequest::getInstance(), mServices.url(ServiceSet::Backend),
+                                             mServices.url(ServiceSet::IpLookup));
+    mManager->setTimeout(3000);
+    mTranslator = std::make_unique<BaiduTranslate>(mServices.url(ServiceSet::Translate),
+                                                   buildDefault(AppConfig::TranslateAppId),
+                                                   buildDefault(AppConfig::TranslateKey));
+    mManager->setTranslator(mTranslator.get());
+}
+
+void TestStandInHttp::init()
+{
+    for (int id = 0; id < ServiceSet::Count; ++id) {
+        mServices.fault(static_cast<ServiceSet::Id>(id)).clear();
+    }
+}
+
+void TestStandInHttp::backendRecords()
+{
+    Outcome o;
+    VersionInfo version;
+    mManager->getAppVersion(into(&o, &version), nullptr, nullptr);
+    QTRY_COMPARE(o.results, 1);
+    QVERIFY(o.ok);
+    QCOMPARE(version.version, QStringLiteral(ZORVANE_APP_VERSION));
+    QCOMPARE(version.enable, QString(QChar(1)));
+    QVERIFY(version.description.contains(QLatin1Char('#')));
+
+    o = {};
+    QList<DeviceInfo> infos;
+    mManager->getDeviceInfoList(into(&o, &infos), nullptr, nullptr);
+    QTRY_COMPARE(o.results, 1);
+    QVERIFY(o.ok);
+    // The virtual mouse's identity is in the list, with images the backend also serves.
+    auto mouse = std::find_if(infos.cbegin(), infos.cend(),
+                              [](const DeviceInfo& i) { return i.customerCode == QLatin1String("0A0B0C"); });
+    QVERIFY(mouse != infos.cend());
+    QCOMPARE(mouse->vid, QStringLiteral("3151"));
+    QCOMPARE(mouse->pid, QStringLiteral("4011"));
+    QCOMPARE(mouse->enable, 1);
+    QVERIFY(
+        std::any_of(infos.cbegin(), infos.cend(), [](const DeviceInfo& i) { return i.isIFlySpeech == 1; }));
+
+    o = {};
+    QList<DirectUI> uis;
+    mManager->getDirectUIList(into(&o, &uis), nullptr, nullptr);
+    QTRY_COMPARE(o.results, 1);
+    QVERIFY(o.ok && !uis.isEmpty());
+
+    o = {};
+    DeviceOpenTime openTime;
+    mManager->getDeviceOpenTime(into(&o, &openTime), nullptr, nullptr);
+    QTRY_COMPARE(o.results, 1);
+    QCOMPARE(openTime.time, 1000);
+
+    o = {};
+    CalendarPhrases phrase;
+    mManager->getCalendarPhrases(into(&o, &phrase), nullptr, nullptr);
+    QTRY_COMPARE(o.results, 1);
+    QVERIFY(o.ok);
+
+    // The address comes back with its line feed, which the client drops.
+    o = {};
+    QString address;
+    mManager->getIpAddress(into(&o, &address), nullptr, nullptr);
+    QTRY_COMPARE(o.results, 1);
+    QCOMPARE(address, QStringLiteral("127.0.0.1"));
+
+    o = {};
+    IpInfo info;
+    mManager->getIpInfo(address, into(&o, &info), nullptr, nullptr);
+    QTRY_COMPARE(o.results, 1);
+    QVERIFY(o.ok);
+    QCOMPARE(info.ip, address);
+    QCOMPARE(info.isp, QStringLiteral("内网IP"));
+    o = {};
+    // The lookup's own failure code is not read: an empty record comes back.
+    mManager->getIpInfo(QStringLiteral("not-an-address"), into(&o, &info), nullptr, nullptr);
+    QTRY_COMPARE(o.results, 1);
+    QVERIFY(info.ip.isEmpty());
+}
+
+void TestStandInHttp::uploadsAreLogged()
+{
+    const int before = mServices.uploads().entries().size();
+    Outcome o;
+    Device device;
+    device.dongleFlashID = QStringLiteral("0123456789ABCDEF");
+    device.customerCode = QStringLiteral("0A0B0C");
+    mManager->registerDevice(device, into(&o, &device), nullptr, nullptr);
+    QTRY_COMPARE(o.results, 1);
+    QVERIFY(o.ok);
+    QVERIFY(device.id > 0);
+
+    o = {};
+    DeviceRecord record;
+    record.device = device.id;
+    record.appVersion = QStringLiteral("2.0.0");
+    mManager->heartbeat(record, into(&o, &record), nullptr, nullptr);
+    QTRY_COMPARE(o.results, 1);
+    QVERIFY(o.ok);
+
+    o = {};
+    int feedback = -1;
+    mManager->feedback(
+        QStringLiteral("标题 & more #1"), QStringLiteral("内容 100% + 1"), 3000,
+        [&](bool ok) { feedback = ok; }, nullptr, nullptr);
+    QTRY_COMPARE(feedback, 1);
+
+    TextRecord text;
+    text.src = QStringLiteral("你好");
+    text.type = 0;
+    int uploaded = -1;
+    mManager->uploadRecoed(
+        text, [&](bool ok) { uploaded = ok; }, nullptr, nullptr);
+    QTRY_COMPARE(uploaded, 1);
+
+    QCOMPARE(mServices.uploads().entries().size(), before + 4);
+    const QJsonObject registered = mServices.uploads()
+                                       .entries(QStringLiteral("/device/register"))
+                                       .last()
+                                       .toObject()
+                                       .value(QLatin1String("body"))
+                                       .toObject();
+    QCOMPARE(registered.value(QLatin1String("dongleFlashID")).toString(), device.dongleFlashID);
+    const QJsonObject sent = mServices.uploads()
+                                 .entries(QStringLiteral("/feedback/upload"))
+                                 .last()
+                                 .toObject()
+                                 .value(QLatin1String("body"))
+                                 .toObject();
+    QCOMPARE(sent.value(QLatin1String("title")).toString(), QStringLiteral("标题 & more #1"));
+    QCOMPARE(sent.value(QLatin1String("content")).toString(), QStringLiteral("内容 100% + 1"));
+}
+
+void TestStandInHttp::semanticPhrases_data()
+{
+    QTest::addColumn<QString>("phrase");
+    QTest::addColumn<int>("category");
+    QTest::addColumn<int>("model");
+    QTest::addColumn<int>("isSearch");
+    QTest::addColumn<QString>("searchWord");
+    QTest::newRow("application") << QStringLiteral("打开计算器。") << 19 << 0 << 0 << QString();
+    QTest::newRow("folder") << QStringLiteral("打开下载文件夹") << 20 << 0 << 0 << QString();
+    QTest::newRow("settings") << QStringLiteral("打开设置") << 21 << 0 << 0 << QString();
+    QTest::newRow("tickets") << QStringLiteral("查询明天从北京到上海的火车票") << 23 << 0 << 1
+                             << QStringLiteral("北京#,#上海#,#明天");
+    QTest::newRow("chat") << QStringLiteral("随便说说") << 0 << 1 << 0 << QString();
+    QTest::newRow("unknown") << QStringLiteral("一句没有的话") << 0 << 0 << 0 << QString();
+    QTest::newRow("model 1 search") << QStringLiteral("搜索天气") << 1 << 1 << 1 << QStringLiteral("天气");
+    QTest::newRow("model 2 site") << QStringLiteral("我想看视频") << 5 << 2 << 0 << QString();
+    QTest::newRow("model 3 search") << QStringLiteral("用购物网站搜索耳机") << 6 << 3 << 1
+                                    << QStringLiteral("耳机");
+}
+
+void TestStandInHttp::semanticPhrases()
+{
+    QFETCH(QString, phrase);
+    Outcome o;
+    SemanticParsingResult result;
+    mManager->analyzeWord(phrase, 18, 0, QStringLiteral("2.0.0"), into(&o, &result), nullptr, nullptr);
+    QTRY_COMPARE(o.results, 1);
+    QVERIFY(o.ok);
+    QTEST(result.serviceCategory, "category");
+    QTEST(result.serviceModel, "model");
+    QTEST(result.isSearch, "isSearch");
+    QTEST(result.searchWord, "searchWord");
+    if (result.isSearch) {
+        QVERIFY(result.searchUrl.contains(QLatin1Char('*')));
+    }
+}
+
+void TestStandInHttp::downloads()
+{
+    Outcome o;
+    QString saved;
+    const QString image = mDir.filePath(QStringLiteral("home.png"));
+    mManager->downloadImage(
+        QStringLiteral("zorvane_home.png"), image,
+        [&](bool ok, QString path) {
+            ++o.results;
+            o.ok = ok;
+            saved = path;
+        },
+        errorInto(&o));
+    QTRY_COMPARE(o.calls(), 1);
+    QVERIFY(o.ok);
+    QVERIFY(!QImage(image).isNull());
+
+    // A name the backend does not know ends in one failure, whichever way it is reported.
+    o = {};
+    mManager->downloadImage(
+        QStringLiteral("nobody.png"), mDir.filePath(QStringLiteral("nobody.png")),
+        [&](bool ok, QString) {
+            ++o.results;
+            o.ok = ok;
+        },
+        errorInto(&o));
+    QTRY_VERIFY(o.calls() >= 1);
+    QTest::qWait(100);
+    QCOMPARE(o.calls(), 1);
+    QVERIFY(!o.ok);
+
+    // The installer: progress carries the total from the first call and only grows.
+    o = {};
+    QList<QPair<int, int>> progress;
+    const QString installer = mDir.filePath(QStringLiteral("installer.run"));
+    mManager->downloadApp(
+        QStringLiteral(ZORVANE_APP_VERSION), installer,
+        [&](int received, int total) {
+            progress.append({received, total});
+        },
+        [&](bool ok, QString) {
+            ++o.results;
+            o.ok = ok;
+        },
+        errorInto(&o));
+    QTRY_COMPARE(o.calls(), 1);
+    QVERIFY(o.ok);
+    QCOMPARE(QFileInfo(installer).size(), 300 * 1024);
+    QVERIFY(!progress.isEmpty());
+    for (int i = 0; i < progress.size(); ++i) {
+        QCOMPARE(progress.at(i).second, 300 * 1024);
+        QVERIFY(i == 0 || progress.at(i).first >= progress.at(i - 1).first);
+    }
+}
+
+void TestStandInHttp::translation()
+{
+    const int records = mServices.uploads().entries(QStringLiteral("/textrecord/upload")).size();
+    Outcome o;
+    BaiduTranslateMessage message;
+    mManager->baiduTranslate(7, QStringLiteral("zh"), QStringLiteral("en"), QStringLiteral("你好\n谢谢"),
+                             into(&o, &message), nullptr, nullptr);
+    QTRY_COMPARE(o.results, 1);
+    QVERIFY(o.ok);
+    QCOMPARE(message.result.size(), 2);
+    QCOMPARE(message.result.at(0).dst, QStringLiteral("Hello"));
+    QCOMPARE(message.result.at(1).dst, QStringLiteral("Thank you"));
+    // Every reply is reported to the backend as a record of type 1.
+    QTRY_COMPARE(mServices.uploads().entries(QStringLiteral("/textrecord/upload")).size(), records + 1);
+    const QJsonObject record = mServices.uploads()
+                                   .entries(QStringLiteral("/textrecord/upload"))
+                                   .last()
+                                   .toObject()
+                                   .value(QLatin1String("body"))
+                                   .toObject();
+    QCOMPARE(record.value(QLatin1String("type")).toInt(), 1);
+    QCOMPARE(record.value(QLatin1String("ip")).toInt(), 7);
+    QVERIFY(record.value(QLatin1String("dst")).toString().contains(QLatin1String("Hello")));
+
+    // The service checks the sign over the text it decoded: '&' and '%' must arrive intact.
+    BaiduTranslateMessage echoed;
+    QVERIFY(mManager->syncBaiduTranslate(0, QStringLiteral("auto"), QStringLiteral("de"),
+                                         QStringLiteral("fish & chips 100%+"), &echoed));
+    QVERIFY(!echoed.error);
+    QCOMPARE(echoed.result.size(), 1);
+    QCOMPARE(echoed.result.at(0).src, QStringLiteral("fish & chips 100%+"));
+
+    BaiduTranslateMessage traditional;
+    QVERIFY(mManager->syncBaiduTranslate(0, QStringLiteral("zh"), QStringLiteral("cht"),
+                                         QStringLiteral("后面的头发"), &traditional));
+    QCOMPARE(traditional.result.at(0).dst, QStringLiteral("後面的頭髮"));
+
+    // A wrong key is the service's sign error, not a transport failure.
+    BaiduTranslate wrongKey(mServices.url(ServiceSet::Translate), buildDefault(AppConfig::TranslateAppId),
+                            QStringLiteral("not-the-key"));
+    mManager->setTranslator(&wrongKey);
+    BaiduTranslateMessage refused;
+    const bool answered = mManager->syncBaiduTranslate(0, QStringLiteral("zh"), QStringLiteral("en"),
+                                                       QStringLiteral("你好"), &refused);
+    mManager->setTranslator(mTranslator.get());
+    QVERIFY(answered);
+    QVERIFY(refused.error);
+    QCOMPARE(refused.errorCode, QStringLiteral("54001"));
+    QVERIFY(refused.result.isEmpty());
+}
+
+void TestStandInHttp::synthesis()
+{
+    SpeechSynthesisWorker::Service service{
+        mServices.url(ServiceSet::Token), mServices.url(ServiceSet::Synthesis),
+        buildDefault(AppConfig::TokenClientId), buildDefault(AppConfig::TokenClientSecret),
+        buildDefault(AppConfig::SynthesisCuid)};
+    SpeechSynthesisWorker worker(service);
+    QVERIFY(!worker.getToken().isEmpty());
+    QSignalSpy audio(&worker, &SpeechSynthesisWorker::signalResult);
+    worker.onSpeechSynthesis(QStringLiteral("你好"), 0, 5, 5, 5);
+    worker.onSpeechSynthesis(QStringLiteral("Hello there"), 0, 5, 5, 5);
+    QTRY_COMPARE(audio.size(), 2);
+    for (const QList<QVariant>& args : audio) {
+        const QByteArray wav = args.at(0).toByteArray();
+        QVERIFY(wav.startsWith("RIFF"));
+        QCOMPARE(qFromLittleEndian<quint32>(wav.constData() + 4), static_cast<quint32>(wav.size() - 8));
+        const int data = wav.indexOf("data", 12);
+        QVERIFY(data > 0);
+        QCOMPARE(qFromLittleEndian<quint32>(wav.constData() + data + 4),
+                 static_cast<quint32>(wav.size() - data - 8));
+        QVERIFY(wav.size() > 1000);
+    }
+
+    service.clientSecret = QStringLiteral("wrong");
+    SpeechSynthesisWorker refused(service);
+    QVERIFY(refused.getToken().isEmpty());
+}
+
+void TestStandInHttp::faults()
+{
+    Fault& backend = mServices.fault(ServiceSet::Backend);
+    auto askVersion = [this](int timeoutMs) {
+        Outcome o;
+        VersionInfo version;
+        mManager->setTimeout(timeoutMs);
+        mManager->getAppVersion(into(&o, &version), timeoutInto(&o), errorInto(&o));
+        [&] { QTRY_VERIFY_WITH_TIMEOUT(o.calls() >= 1, 5000); }();
+        QTest::qWait(50);  // room for a second, wrong callback
+        mManager->setTimeout(3000);
+        return o;
+    };
+    QString error;
+
+    QVERIFY(backend.apply(QStringLiteral("delay=800"), &error));
+    // The limit passes: the time-out, then the error of the aborted reply, and no result.
+    Outcome o = askVersion(200);
+    QCOMPARE(o.timeouts, 1);
+    QCOMPARE(o.errors, 1);
+    QCOMPARE(o.results, 0);
+    o = askVersion(3000);  // the same delay inside the limit is only slow
+    QCOMPARE(o.results, 1);
+    QVERIFY(o.ok);
+    backend.clear();
+
+    QVERIFY(backend.apply(QStringLiteral("status=500"), &error));
+    o = askVersion(3000);
+    QCOMPARE(o.calls(), 1);
+    QCOMPARE(o.errors, 1);
+    backend.clear();
+
+    QVERIFY(backend.apply(QStringLiteral("malformed"), &error));
+    o = askVersion(3000);
+    QCOMPARE(o.calls(), 1);
+    QCOMPARE(o.results, 1);
+    QVERIFY(!o.ok);
+    backend.clear();
+
+    QVERIFY(backend.apply(QStringLiteral("error=500"), &error));
+    o = askVersion(3000);
+    QCOMPARE(o.results, 1);
+    QVERIFY(!o.ok);  // the backend's own failure code
+    backend.clear();
+
+    QVERIFY(backend.apply(QStringLiteral("close"), &error));
+    o = askVersion(3000);
+    QCOMPARE(o.calls(), 1);
+    QVERIFY(o.errors == 1 || (o.results == 1 && !o.ok));
+    backend.clear();
+
+    mServices.setRefused(ServiceSet::Backend, true);
+    o = askVersion(3000);
+    mServices.setRefused(ServiceSet::Backend, false);
+    QCOMPARE(o.calls(), 1);
+    QCOMPARE(o.errors, 1);
+    o = askVersion(3000);  // listening again on the same port
+    QCOMPARE(o.results, 1);
+    QVERIFY(o.ok);
+
+    QVERIFY(!backend.apply(QStringLiteral("delay=soon"), &error));
+    QVERIFY(!error.isEmpty());
+    QVERIFY(!backend.apply(QStringLiteral("explode"), &error));
+}
+
+QTEST_GUILESS_MAIN(TestStandInHttp)
+#include "tst_standinhttp.moc"
