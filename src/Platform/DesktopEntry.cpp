@@ -1,0 +1,180 @@
+#include "DesktopEntry.h"
+
+#include <QFile>
+#include <QStandardPaths>
+#include <QTextStream>
+
+bool DesktopEntry::load(const QString& path)
+{
+    QFile file(path);
+    if (!file.open(QIODevice::ReadOnly | QIODevice::Text)) {
+        return false;
+    }
+    mPath = path;
+    QTextStream in(&file);
+    in.setCodec("UTF-8");
+    bool inGroup = false;
+    bool seenGroup = false;
+    while (!in.atEnd()) {
+        const QString line = in.readLine().trimmed();
+        if (line.isEmpty() || line.startsWith(QLatin1Char('#'))) {
+            continue;
+        }
+        if (line.startsWith(QLatin1Char('['))) {
+            inGroup = line == QLatin1String("[Desktop Entry]");
+            seenGroup = seenGroup || inGroup;
+            continue;
+        }
+        const int equals = line.indexOf(QLatin1Char('='));
+        if (!inGroup || equals < 1) {
+            continue;
+        }
+        // Localised keys (Name[de]) are not needed to start a program.
+        const QString key = line.left(equals).trimmed();
+        const QString value = unescapeValue(line.mid(equals + 1).trimmed());
+        if (key == QLatin1String("Type")) {
+            mType = value;
+        } else if (key == QLatin1String("Name")) {
+            mName = value;
+        } else if (key == QLatin1String("Icon")) {
+            mIcon = value;
+        } else if (key == QLatin1String("Exec")) {
+            mExec = value;
+        } else if (key == QLatin1String("TryExec")) {
+            mTryExec = value;
+        } else if (key == QLatin1String("Hidden")) {
+            mHidden = value == QLatin1String("true");
+        }
+    }
+    return seenGroup;
+}
+
+bool DesktopEntry::isLaunchable() const
+{
+    if (mHidden || mType != QLatin1String("Application") || command().isEmpty()) {
+        return false;
+    }
+    return mTryExec.isEmpty() || !QStandardPaths::findExecutable(mTryExec).isEmpty() ||
+           (mTryExec.startsWith(QLatin1Char('/')) && QFile::exists(mTryExec));
+}
+
+QStringList DesktopEntry::command() const
+{
+    QStringList arguments;
+    if (!splitExec(mExec, mName, mIcon, mPath, &arguments)) {
+        return {};
+    }
+    return arguments;
+}
+
+QString DesktopEntry::unescapeValue(const QString& value)
+{
+    QString out;
+    out.reserve(value.size());
+    for (int i = 0; i < value.size(); ++i) {
+        const QChar c = value.at(i);
+        if (c != QLatin1Char('\\') || i + 1 == value.size()) {
+            out += c;
+            continue;
+        }
+        const QChar next = value.at(++i);
+        switch (next.unicode()) {
+            case 's':
+                out += QLatin1Char(' ');
+                break;
+            case 'n':
+                out += QLatin1Char('\n');
+                break;
+            case 't':
+                out += QLatin1Char('\t');
+                break;
+            case 'r':
+                out += QLatin1Char('\r');
+                break;
+            case '\\':
+                out += QLatin1Char('\\');
+                break;
+            default:
+                // Not a value escape: it belongs to the Exec quoting, kept for splitExec.
+                out += c;
+                out += next;
+                break;
+        }
+    }
+    return out;
+}
+
+bool DesktopEntry::splitExec(const QString& exec, const QString& name, const QString& icon,
+                             const QString& path, QStringList* arguments)
+{
+    arguments->clear();
+    QString current;
+    bool inArgument = false;
+    bool quoted = false;
+    for (int i = 0; i < exec.size(); ++i) {
+        const QChar c = exec.at(i);
+        if (quoted) {
+            if (c == QLatin1Char('"')) {
+                quoted = false;
+            } else if (c == QLatin1Char('\\')) {
+                if (i + 1 == exec.size()) {
+                    return false;
+                }
+                current += exec.at(++i);
+            } else {
+                current += c;
+            }
+            continue;
+        }
+        if (c == QLatin1Char(' ') || c == QLatin1Char('\t')) {
+            if (inArgument) {
+                *arguments << current;
+                current.clear();
+                inArgument = false;
+            }
+            continue;
+        }
+        inArgument = true;
+        if (c == QLatin1Char('"')) {
+            quoted = true;
+        } else if (c == QLatin1Char('%')) {
+            if (i + 1 == exec.size()) {
+                return false;
+            }
+            const QChar code = exec.at(++i);
+            switch (code.unicode()) {
+                case '%':
+                    current += QLatin1Char('%');
+                    break;
+                case 'c':
+                    current += name;
+                    break;
+                case 'k':
+                    current += path;
+                    break;
+                case 'i':
+                    // "--icon NAME" as two arguments, or nothing without an icon.
+                    if (!icon.isEmpty()) {
+                        *arguments << QStringLiteral("--icon");
+                        current += icon;
+                    } else {
+                        inArgument = !current.isEmpty();
+                    }
+                    break;
+                default:
+                    // File and URL codes: started with no files, they stand for nothing.
+                    inArgument = !current.isEmpty();
+                    break;
+            }
+        } else {
+            current += c;
+        }
+    }
+    if (quoted) {
+        return false;
+    }
+    if (inArgument) {
+        *arguments << current;
+    }
+    return !arguments->isEmpty();
+}

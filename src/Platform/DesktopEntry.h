@@ -1,0 +1,33 @@
+#pragma once
+
+#include <QString>
+#include <QStringList>
+
+// The parts of a freedesktop.org desktop entry that starting an application needs.
+class DesktopEntry {
+public:
+    // Reads the [Desktop Entry] group of the file; false when it cannot be read or has none.
+    bool load(const QString& path);
+
+    // True when the entry is an application that can be started here: not hidden, with an
+    // Exec line, and its TryExec program (if named) present.
+    bool isLaunchable() const;
+    // The program and its arguments, field codes expanded for a start with no files.
+    QStringList command() const;
+
+    // Splits an Exec value into arguments by the entry format's quoting rules and expands the
+    // field codes; false for a value that is not well formed.
+    static bool splitExec(const QString& exec, const QString& name, const QString& icon, const QString& path,
+                          QStringList* arguments);
+    // Undoes the string escapes of an entry value (\s \n \t \r \\).
+    static QString unescapeValue(const QString& value);
+
+private:
+    QString mPath;
+    QString mType;
+    QString mName;
+    QString mIcon;
+    QString mExec;
+    QString mTryExec;
+    bool mHidden = false;
+};
