@@ -1,0 +1,23 @@
+#pragma once
+
+#include "Platform/AppLauncher.h"
+
+// Keeps what would have been opened: "url <address>" and "app <first installed entry>"; the
+// test says which desktop entries are installed.
+class RecordingAppLauncher : public AppLauncher {
+public:
+    QStringList log;
+    QStringList installed;
+
+    void openUrl(const QUrl& url) override { log << QStringLiteral("url ") + url.toString(); }
+    bool launchApplication(const QStringList& desktopIds) override
+    {
+        for (const QString& id : desktopIds) {
+            if (installed.contains(id)) {
+                log << QStringLiteral("app ") + id;
+                return true;
+            }
+        }
+        return false;
+    }
+};
