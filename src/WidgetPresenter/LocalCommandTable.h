@@ -1,0 +1,30 @@
+#pragma once
+
+#include <QList>
+#include <QString>
+#include <QStringList>
+
+// One row of the built-in voice commands: spoken phrases (synonyms, matched whole and case
+// sensitive), and what they do.
+struct LocalCommand {
+    enum Action { BackDesktop, SelectAll, Backspace, DeleteFile, ShowMainView, ShowExplain, OpenApplication };
+
+    QStringList phrases;
+    Action action = OpenApplication;
+    // Rows 1 to 4 show this text; application rows show "正在打开" and the spoken text.
+    QString message;
+    // Application rows: the application the phrases name, and the desktop entries that stand
+    // for it here, the first installed one being started. No entries: nothing opens.
+    QString application;
+    QStringList desktopEntries;
+};
+
+// The fixed table of built-in voice commands, in its order: six control rows, then the
+// applications. It is the one place that maps each named application to its Linux
+// counterparts (docs/voice-commands.md explains the choice).
+class LocalCommandTable {
+public:
+    static const QList<LocalCommand>& rows();
+    // The row with a phrase equal to the text, or null.
+    static const LocalCommand* match(const QString& text);
+};

@@ -1,0 +1,339 @@
+#include "RecordingAppLauncher.h"
+#include "RecordingInputBackend.h"
+#include "RecordingInputView.h"
+#include "Utils/PreferencesUtils.h"
+#include "Utils/WinUtils.h"
+#include "WidgetPresenter/InputPresenter.h"
+#include "WidgetPresenter/LocalCommandTable.h"
+
+#include <QtTest>
+
+namespace {
+
+CommandWord word(const QString& keyword, int type, const QString& target, const QString& pro = QString())
+{
+    CommandWord w;
+    w.keyword = keyword;
+    w.type = type;
+    w.target = target;
+    w.pro = pro;
+    return w;
+}
+
+SemanticParsingResult intent(int category, int model, int isSearch, int enableUrl, const QString& website,
+                             const QString& searchUrl, const QString& searchWord, int saveService = 0)
+{
+    SemanticParsingResult r;
+    r.serviceCategory = category;
+    r.serviceModel = model;
+    r.isSearch = isSearch;
+    r.enableUrl = enableUrl;
+    r.website = website;
+    r.searchUrl = searchUrl;
+    r.searchWord = searchWord;
+    r.saveService = saveService;
+    return r;
+}
+
+}  // namespace
+
+// What becomes of a voice command and of dictated text: built-in commands, command words,
+// intents, and the rewrite of typed text.
+class TestInputCommands : public QObject {
+    Q_OBJECT
+
+private slots:
+    void init();
+    void cleanup();
+    void tableShape();
+    void controlRowsAndShortTexts();
+    void applicationRows();
+    void commandWords();
+    void chordReplay();
+    void intentCategories();
+    void intentModels_data();
+    void intentModels();
+    void habitSavedBeforeUse();
+    void rewriteCounts();
+
+private:
+    RecordingInputBackend mDesktop;
+    RecordingInputView mView;
+    RecordingAppLauncher mLauncher;
+    std::unique_ptr<InputPresenter> mPresenter;
+};
+
+void TestInputCommands::init()
+{
+    QFile::remove(PreferencesUtils::habitPath());
+    WinUtils::getInstance()->setBackend(&mDesktop);
+    mDesktop.log.clear();
+    mView.calls.clear();
+    mLauncher.log.clear();
+    mLauncher.installed =
+        QStringList{QStringLiteral("gnome-calculator.desktop"), QStringLiteral("firefox-esr.desktop")};
+    mPresenter = std::make_unique<InputPresenter>(&mView);
+    mPresenter->setLauncher(&mLauncher);
+}
+
+void TestInputCommands::cleanup()
+{
+    mPresenter.reset();
+    WinUtils::getInstance()->setBackend(nullptr);
+}
+
+void TestInputCommands::tableShape()
+{
+    const QList<LocalCommand>& rows = LocalCommandTable::rows();
+    QCOMPARE(rows.size(), 51);
+    // No phrase in two rows: the order of the rows must not matter.
+    QSet<QString> phrases;
+    int count = 0;
+    for (const LocalCommand& row : rows) {
+        for (const QString& phrase : row.phrases) {
+            phrases.insert(phrase);
+            ++count;
+        }
+        for (const QString& entry : row.desktopEntries) {
+            QVERIFY2(entry.endsWith(QLatin1String(".desktop")), qPrintable(entry));
+        }
+    }
+    QCOMPARE(phrases.size(), count);
+    // Row 39 has no "打开" form; the FaceTime row has seven phrases.
+    QCOMPARE(rows.at(38).phrases,
+             QStringList({QStringLiteral("启动转换助理"), QStringLiteral("Boot Camp Assistant")}));
+    QCOMPARE(rows.at(14).phrases.size(), 7);
+}
+
+void TestInputCommands::controlRowsAndShortTexts()
+{
+    QVERIFY(mPresenter->handleCommand(QStringLiteral("全选")));
+    QVERIFY(mPresenter->handleCommand(QStringLiteral("删除")));
+    QVERIFY(mPresenter->handleCommand(QStringLiteral("删除文件")));
+    QVERIFY(mPresenter->handleCommand(QStringLiteral("返回桌面")));
+    QCOMPARE(
+        mView.callsOf(QStringLiteral("setContent")),
+        QStringList({QStringLiteral("setContent(正在全选...)"), QStringLiteral("setContent(正在删除...)"),
+                     QStringLiteral("setContent(正在删除文件...)"),
+                     QStringLiteral("setContent(正在返回桌面...)")}));
+    // "删除" is one backspace, not a deletion of the selection as such.
+    QCOMPARE(mDesktop.log,
+             QStringList({QStringLiteral("down Control_L"), QStringLiteral("down a"), QStringLiteral("up a"),
+                          QStringLiteral("up Control_L"), QStringLiteral("down BackSpace"),
+                          QStringLiteral("up BackSpace"), QStringLiteral("down Delete"),
+                          QStringLiteral("up Delete"), QStringLiteral("desktop")}));
+
+    mView.calls.clear();
+    QVERIFY(mPresenter->handleCommand(QStringLiteral("设置鼠标分辨率")));
+    QVERIFY(mPresenter->handleCommand(QStringLiteral("设备说明书")));
+    QCOMPARE(mView.calls, QStringList({QStringLiteral("showMainView(3)"), QStringLiteral("showExplain()")}));
+
+    // A text that stripping shortened to one character is consumed with a face and no text.
+    mView.calls.clear();
+    QVERIFY(mPresenter->handleCommand(QStringLiteral("好")));
+    QCOMPARE(mView.calls,
+             QStringList({QStringLiteral("setContent()"), QStringLiteral("setVoiceSearchViewStyle(1)"),
+                          QStringLiteral("showFace(1)")}));
+    // Exact, whole-text matches only.
+    QVERIFY(!mPresenter->handleCommand(QStringLiteral("请全选")));
+}
+
+void TestInputCommands::applicationRows()
+{
+    QVERIFY(mPresenter->handleCommand(QStringLiteral("打开计算器")));
+    QVERIFY(mPresenter->handleCommand(QStringLiteral("Safari")));
+    // The first installed counterpart starts; none installed or none at all: only the message.
+    QCOMPARE(mLauncher.log, QStringList({QStringLiteral("app gnome-calculator.desktop"),
+                                         QStringLiteral("app firefox-esr.desktop")}));
+    QVERIFY(mPresenter->handleCommand(QStringLiteral("终端")));
+    QVERIFY(mPresenter->handleCommand(QStringLiteral("FaceTime")));
+    QCOMPARE(mLauncher.log.size(), 2);
+    QCOMPARE(
+        mView.callsOf(QStringLiteral("setContent")),
+        QStringList({QStringLiteral("setContent(正在打开打开计算器)"),
+                     QStringLiteral("setContent(正在打开Safari)"), QStringLiteral("setContent(正在打开终端)"),
+                     QStringLiteral("setContent(正在打开FaceTime)")}));
+    // The table is case sensitive: "safari" goes on to the command words.
+    QVERIFY(!mPresenter->handleCommand(QStringLiteral("safari")));
+}
+
+void TestInputCommands::commandWords()
+{
+    mPresenter->onGetUserCommandWord(
+        {word(QStringLiteral("Safari"), 0, QStringLiteral("https://shadowed.example")),
+         word(QStringLiteral("我的网站"), 0, QStringLiteral("https://first.example")),
+         word(QStringLiteral("我的网站"), 0, QStringLiteral("https://second.example")),
+         word(QStringLiteral("Report"), 1, QStringLiteral("/home/u/report.odt")),
+         word(QStringLiteral("report"), 1, QStringLiteral("/home/u/other.odt")),
+         word(QStringLiteral("下载"), 2, QStringLiteral("/home/u/Downloads")),
+         word(QStringLiteral("未知"), 7, QStringLiteral("x")),
+         word(QStringLiteral("未知"), 0, QStringLiteral("https://after.example"))});
+    // A word equal to a table phrase never fires.
+    QVERIFY(mPresenter->handleCommand(QStringLiteral("Safari")));
+    QCOMPARE(mLauncher.log.takeLast(), QStringLiteral("app firefox-esr.desktop"));
+    // Case is ignored, and the first of the list wins.
+    QVERIFY(mPresenter->handleCommand(QStringLiteral("我的网站")));
+    QVERIFY(mPresenter->handleCommand(QStringLiteral("REPORT")));
+    QVERIFY(mPresenter->handleCommand(QStringLiteral("下载")));
+    // An unknown kind is passed over and the walk goes on.
+    QVERIFY(mPresenter->handleCommand(QStringLiteral("未知")));
+    QVERIFY(!mPresenter->handleCommand(QStringLiteral("没有这个词")));
+    QCOMPARE(mLauncher.log, QStringList({QStringLiteral("url https://first.example"),
+                                         QStringLiteral("url file:///home/u/report.odt"),
+                                         QStringLiteral("url file:///home/u/Downloads"),
+                                         QStringLiteral("url https://after.example")}));
+    QCOMPARE(
+        mView.callsOf(QStringLiteral("setContent")).mid(1),
+        QStringList(
+            {QStringLiteral("setContent(正在打开网站)"), QStringLiteral("setContent(正在打开文件...)"),
+             QStringLiteral("setContent(正在打开文件夹...)"), QStringLiteral("setContent(正在打开网站)")}));
+}
+
+void TestInputCommands::chordReplay()
+{
+    // Command-Shift-4 as stored (55, 56, 21), and a chord with an element that is no number.
+    mPresenter->onGetUserCommandWord(
+        {word(QStringLiteral("截图"), 3, QString(), QStringLiteral("55#,#56#,#21")),
+         word(QStringLiteral("坏键"), 3, QString(), QStringLiteral("55#,#abc"))});
+    QVERIFY(mPresenter->handleCommand(QStringLiteral("截图")));
+    QCOMPARE(mDesktop.takeLog(),
+             QStringList({QStringLiteral("down Control_L"), QStringLiteral("down Shift_L"),
+                          QStringLiteral("down 4"), QStringLiteral("up 4"), QStringLiteral("up Shift_L"),
+                          QStringLiteral("up Control_L")}));
+    QVERIFY(mView.callsOf(QStringLiteral("setContent")).isEmpty());  // a shortcut shows nothing
+    QVERIFY(mPresenter->handleCommand(QStringLiteral("坏键")));
+    QCOMPARE(mDesktop.takeLog(), QStringList({QStringLiteral("down Control_L"), QStringLiteral("down a"),
+                                              QStringLiteral("up a"), QStringLiteral("up Control_L")}));
+}
+
+void TestInputCommands::intentCategories()
+{
+    mPresenter->handleIntent(
+        intent(19, 0, 0, 0, QStringLiteral("/usr/bin/gnome-calculator"), QString(), QString()));
+    mPresenter->handleIntent(intent(21, 0, 0, 0, QString(), QString(), QString()));
+    mPresenter->handleIntent(intent(23, 0, 1, 1, QString(),
+                                    QStringLiteral("https://t.example/?f=*from*&t=*to*&d=*date*"),
+                                    QStringLiteral("北京#,#上海#,#明天")));
+    // Four parts: nothing opens, the message still names the first two.
+    mPresenter->handleIntent(intent(23, 0, 1, 1, QString(), QStringLiteral("https://t.example/*from*"),
+                                    QStringLiteral("北京#,#上海#,#明天#,#多余")));
+    // Category 0 never looks at the model.
+    mPresenter->handleIntent(
+        intent(0, 2, 1, 1, QString(), QStringLiteral("https://s.example/*"), QStringLiteral("x")));
+    QCOMPARE(mLauncher.log, QStringList({QStringLiteral("url file:///usr/bin/gnome-calculator"),
+                                         QStringLiteral("url https://t.example/?f=北京&t=上海&d=明天")}));
+    QCOMPARE(
+        mView.calls,
+        QStringList({QStringLiteral("setContent(正在打开...)"), QStringLiteral("setContent(正在打开...)"),
+                     QStringLiteral("setContent(正在查询：从北京到上海的票)"),
+                     QStringLiteral("setContent(正在查询：从北京到上海的票)"), QStringLiteral("setContent()"),
+                     QStringLiteral("setVoiceSearchViewStyle(1)"), QStringLiteral("showFace(0)")}));
+    QCOMPARE(mPresenter->serviceCategory(), 18);
+}
+
+void TestInputCommands::intentModels_data()
+{
+    QTest::addColumn<bool>("habit");  // a habit for category 5: site h.example, search h.example/q=*
+    QTest::addColumn<int>("model");
+    QTest::addColumn<int>("isSearch");
+    QTest::addColumn<int>("enableUrl");
+    QTest::addColumn<QString>("searchWord");
+    QTest::addColumn<QString>("opened");  // empty: nothing opened
+    QTest::addColumn<int>("categoryAfter");
+    const QString recSearch = QStringLiteral("url https://r.example/s?q=猫&again=猫");
+    const QString habitSearch = QStringLiteral("url https://h.example/q=猫");
+    QTest::newRow("1 search habit") << true << 1 << 1 << 1 << QStringLiteral("猫") << habitSearch << 18;
+    QTest::newRow("1 search no habit") << false << 1 << 1 << 0 << QStringLiteral("猫") << recSearch << 18;
+    QTest::newRow("1 site habit") << true << 1 << 0 << 1 << QString()
+                                  << QStringLiteral("url https://h.example") << 18;
+    QTest::newRow("1 site no habit") << false << 1 << 0 << 0 << QString()
+                                     << QStringLiteral("url https://r.example") << 18;
+    QTest::newRow("2 search enableUrl") << true << 2 << 1 << 1 << QStringLiteral("猫") << recSearch << 5;
+    QTest::newRow("2 search habit") << true << 2 << 1 << 0 << QStringLiteral("猫") << habitSearch << 5;
+    QTest::newRow("2 search no habit") << false << 2 << 1 << 0 << QStringLiteral("猫") << recSearch << 5;
+    QTest::newRow("2 site enableUrl")
+        << true << 2 << 0 << 1 << QString() << QStringLiteral("url https://r.example") << 5;
+    QTest::newRow("2 site habit") << true << 2 << 0 << 0 << QString()
+                                  << QStringLiteral("url https://h.example") << 5;
+    QTest::newRow("3 search empty word")
+        << true << 3 << 1 << 0 << QString() << QStringLiteral("url https://r.example") << 18;
+    QTest::newRow("3 search habit") << true << 3 << 1 << 1 << QStringLiteral("猫") << habitSearch << 18;
+    QTest::newRow("3 search no habit") << false << 3 << 1 << 0 << QStringLiteral("猫") << recSearch << 18;
+    QTest::newRow("3 site habit") << true << 3 << 0 << 0 << QString()
+                                  << QStringLiteral("url https://h.example") << 18;
+    QTest::newRow("other model") << true << 4 << 1 << 0 << "猫" << QString() << 18;
+}
+
+void TestInputCommands::intentModels()
+{
+    QFETCH(bool, habit);
+    QFETCH(int, model);
+    QFETCH(int, isSearch);
+    QFETCH(int, enableUrl);
+    QFETCH(QString, searchWord);
+    QFETCH(QString, opened);
+    QFETCH(int, categoryAfter);
+    if (habit) {
+        PreferencesUtils::getInstance()->updateUserHabit(5, QStringLiteral("https://h.example"),
+                                                         QStringLiteral("https://h.example/q=*"));
+        // The presenter reads the habits at its start.
+        mPresenter = std::make_unique<InputPresenter>(&mView);
+        mPresenter->setLauncher(&mLauncher);
+    }
+    mPresenter->handleIntent(intent(5, model, isSearch, enableUrl, QStringLiteral("https://r.example"),
+                                    QStringLiteral("https://r.example/s?q=*&again=*"), searchWord));
+    QCOMPARE(mLauncher.log, opened.isEmpty() ? QStringList() : QStringList{opened});
+    if (model <= 3) {
+        QCOMPARE(mView.calls.last(), isSearch ? QStringLiteral("setContent(正在搜索:%1)").arg(searchWord)
+                                              : QStringLiteral("setContent(正在打开网站...)"));
+    } else {
+        QVERIFY(mView.calls.isEmpty());
+    }
+    QCOMPARE(mPresenter->serviceCategory(), categoryAfter);
+}
+
+void TestInputCommands::habitSavedBeforeUse()
+{
+    // The reply that saves a habit already searches with it, and the habit is kept.
+    mPresenter->handleIntent(intent(6, 3, 1, 0, QStringLiteral("https://shop.example"),
+                                    QStringLiteral("https://shop.example/k=*"), QStringLiteral("耳机"), 1));
+    QCOMPARE(mLauncher.log, QStringList({QStringLiteral("url https://shop.example/k=耳机")}));
+    QCOMPARE(mPresenter->userHabits().value(6).searchUrl, QStringLiteral("https://shop.example/k=*"));
+    QCOMPARE(PreferencesUtils::getInstance()->getUserHabitList().value(6).website,
+             QStringLiteral("https://shop.example"));
+}
+
+void TestInputCommands::rewriteCounts()
+{
+    auto backspaces = [this] { return mDesktop.takeLog().filter(QStringLiteral("down BackSpace")).size(); };
+    mPresenter->sendOutput(QStringLiteral("我想去南"));
+    QCOMPARE(mDesktop.takeLog(), QStringList({QStringLiteral("text 我想去南")}));
+    // Four characters then six sharing three: one backspace, three typed.
+    mPresenter->sendOutput(QStringLiteral("我想去北京看"));
+    QCOMPARE(mDesktop.log.last(), QStringLiteral("text 北京看"));
+    QCOMPARE(backspaces(), 1);
+    mPresenter->sendOutput(QStringLiteral("我想去北京看"));  // unchanged: nothing at all
+    QCOMPARE(mDesktop.log, QStringList());
+    mPresenter->sendOutput(QStringLiteral("我想"));  // shrinking: backspaces only
+    QCOMPARE(mDesktop.log.filter(QStringLiteral("text")), QStringList());
+    QCOMPARE(backspaces(), 4);
+    mPresenter->sendOutput(QString());
+    QCOMPARE(backspaces(), 2);
+    QCOMPARE(mPresenter->lastOutput(), QString());
+
+    // The rewrite counts 16-bit units: an emoji outside the basic plane is two of them.
+    mPresenter->sendOutput(QStringLiteral("好😀"));
+    mDesktop.log.clear();
+    mPresenter->sendOutput(QStringLiteral("好"));
+    QCOMPARE(backspaces(), 2);
+
+    // restoreContent takes back the differing tail and hands over the new one.
+    mPresenter->sendOutput(QStringLiteral("你好吗"));
+    mDesktop.log.clear();
+    QCOMPARE(mPresenter->restoreContent(QStringLiteral("你好呀呀")), QStringLiteral("呀呀"));
+    QCOMPARE(backspaces(), 1);
+    QCOMPARE(mPresenter->lastOutput(), QStringLiteral("你好呀呀"));
+}
+
+QTEST_GUILESS_MAIN(TestInputCommands)
+#include "tst_inputcommands.moc"
