@@ -2,11 +2,11 @@
 
 #include <QStringList>
 
-bool Fault::apply(const QString& spec, QString* error)
+bool Fault::apply(const QString& text, QString* error)
 {
-    const int eq = spec.indexOf(QLatin1Char('='));
-    const QString kind = eq < 0 ? spec : spec.left(eq);
-    const QString value = eq < 0 ? QString() : spec.mid(eq + 1);
+    const int eq = text.indexOf(QLatin1Char('='));
+    const QString kind = eq < 0 ? text : text.left(eq);
+    const QString value = eq < 0 ? QString() : text.mid(eq + 1);
     bool ok = true;
     const int number = value.toInt(&ok);
     const bool needsNumber =
@@ -34,7 +34,7 @@ bool Fault::apply(const QString& spec, QString* error)
     } else if (kind == QLatin1String("off")) {
         clear();
     } else {
-        *error = QStringLiteral("unknown fault or value: %1").arg(spec);
+        *error = QStringLiteral("unknown fault or value: %1").arg(text);
         return false;
     }
     return true;

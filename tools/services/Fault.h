@@ -16,7 +16,7 @@ struct Fault {
 
     // One switch: "delay=MS", "refuse", "close", "error=CODE", "status=CODE", "malformed" or
     // "off" (all cleared). False with a reason for anything else.
-    bool apply(const QString& spec, QString* error);
+    bool apply(const QString& text, QString* error);
     void clear();
     QString describe() const;
 };

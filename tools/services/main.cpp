@@ -98,23 +98,23 @@ int main(int argc, char* argv[])
     if (parser.isSet(freeOption)) {
         services.setAllPortsFree();
     }
-    for (const QString& spec : parser.values(portOption)) {
+    for (const QString& option : parser.values(portOption)) {
         ServiceSet::Id id;
         bool ok = false;
-        const int port = spec.section(QLatin1Char('='), 1).toInt(&ok);
-        if (!ServiceSet::idFromName(spec.section(QLatin1Char('='), 0, 0), &id) || !ok || port < 0 ||
+        const int port = option.section(QLatin1Char('='), 1).toInt(&ok);
+        if (!ServiceSet::idFromName(option.section(QLatin1Char('='), 0, 0), &id) || !ok || port < 0 ||
             port > 65535) {
-            return fail(QStringLiteral("--port takes SERVICE=PORT: %1").arg(spec));
+            return fail(QStringLiteral("--port takes SERVICE=PORT: %1").arg(option));
         }
         services.setPort(id, static_cast<quint16>(port));
     }
-    for (const QString& spec : parser.values(faultOption)) {
+    for (const QString& option : parser.values(faultOption)) {
         ServiceSet::Id id;
         QString error;
-        if (!ServiceSet::idFromName(spec.section(QLatin1Char(':'), 0, 0), &id)) {
-            return fail(QStringLiteral("--fault takes SERVICE:SWITCH: %1").arg(spec));
+        if (!ServiceSet::idFromName(option.section(QLatin1Char(':'), 0, 0), &id)) {
+            return fail(QStringLiteral("--fault takes SERVICE:SWITCH: %1").arg(option));
         }
-        if (!services.fault(id).apply(spec.section(QLatin1Char(':'), 1), &error)) {
+        if (!services.fault(id).apply(option.section(QLatin1Char(':'), 1), &error)) {
             return fail(error);
         }
     }
