@@ -20,83 +20,153 @@ public:
     // The recorded calls so far, leaving the record empty.
     QStringList takeCalls();
 
-    void toHide() override;
-    void toShow() override;
-    bool isViewHidden() override;
-    void forceFinish() override;
-    void changeVolume(int volume) override;
-    void setContent(QString text) override;
-    void setVoiceSearchViewStyle(int style) override;
-    void setTRContent(bool show, QString source, QString target) override;
-    void clearContent() override;
-    int getVolumeSample() override;
-    void setTextLanguageText(QString name) override;
-    void setInitVoiceSearchView() override;
-    void startVoiceSearchAnimation() override;
-    void toHideImageSpeak() override;
-    void setMuteVolume() override;
-    void showFace(int face) override;
-    bool isOnMouseEnter() override;
-    int getCurrentFocusViewStatus() override;
-    bool isHiddenFocusView() override;
-    void toHideFocusView() override;
-    void initFoDictationView() override;
-    void startFoDictationAnimation() override;
-    void initFoTranslateView() override;
-    void startFoTranslateAnimation() override;
-    int getCurrentFoViewHeight() override;
-    bool isFoOnEditing() override;
-    bool isFoMouseEnter() override;
-    bool isFoPlaying() override;
-    void clearFoTranslateResult() override;
-    void setFoMicView(bool translate) override;
-    void forceFinishFoView() override;
-    int getCurrentNoFocusViewStatus() override;
-    bool isHiddenNoFocusView() override;
-    void toHideNoFocusView() override;
-    void initNoFoDictationView() override;
-    void startNoFoDictationAnimation() override;
-    void initNoFoTranslateView(bool keepText) override;
-    void startNoFoTranslateAnimation() override;
-    void changNoFoView(int page) override;
-    bool isNoFoOnEditing() override;
-    bool isNoFoMouseEnter() override;
-    bool isNoFoPlaying() override;
-    void clearNoFoTranslateResult() override;
-    void setNoFoMicView(bool translate) override;
-    void forceFinishNoFoView() override;
-    void toShowTextTranslateView() override;
-    bool isHiddenTextTranslateView() override;
-    QString getTextTranslateSourceText() override;
-    void setTextTranslateSourceText(QString text) override;
-    void setTextTranslateTargetText(QString text) override;
-    void setVoiceTranslateSourceText(QString text) override;
-    void setVoiceTranslateTargetText(QString text) override;
-    void insertVoiceTranslateOnEditingSourceText(QString text) override;
-    bool isVoiceTranslateTextNull() override;
-    void clearTranslateContent() override;
-    void setDeviceEnable(bool enable) override;
-    void toShowPaddleWordsView() override;
-    bool isHiddenPaddleWordsView() override;
-    void toHiddenPaddleWordsView() override;
-    bool isShowPaddlewordsView() override;
-    bool isPaddleWords() override;
-    void clearPaddleWordsStatus() override;
-    void setReviseSignViewText(int x, int y, QString text) override;
-    bool isHiddenChangeSearchLanguageView() override;
-    bool isHiddenChangeTranLanguageView() override;
-    bool isHiddenChangeTranMoreLanguageView() override;
-    bool isFocusOnMouseEnter() override;
-    bool isNoFocusOnMouseEnter() override;
-    void setMicStatus(bool on) override;
-    void hideCommandWidget() override;
-    void showMainView(int page) override;
-    void showExplain() override;
-    void hideMainWindows() override;
+    void toHide() override { record(QStringLiteral("toHide")); }
+    void toShow() override { record(QStringLiteral("toShow")); }
+    bool isViewHidden() override { return ask(QStringLiteral("isViewHidden"), true).toBool(); }
+    void forceFinish() override { record(QStringLiteral("forceFinish")); }
+    void changeVolume(int volume) override { record(QStringLiteral("changeVolume"), volume); }
+    void setContent(QString text) override { record(QStringLiteral("setContent"), text); }
+    void setVoiceSearchViewStyle(int style) override
+    {
+        record(QStringLiteral("setVoiceSearchViewStyle"), style);
+    }
+    void setTRContent(bool show, QString source, QString target) override
+    {
+        record(QStringLiteral("setTRContent"), show, source, target);
+    }
+    void clearContent() override { record(QStringLiteral("clearContent")); }
+    int getVolumeSample() override { return ask(QStringLiteral("getVolumeSample"), 40).toInt(); }
+    void setTextLanguageText(QString name) override { record(QStringLiteral("setTextLanguageText"), name); }
+    void setInitVoiceSearchView() override { record(QStringLiteral("setInitVoiceSearchView")); }
+    void startVoiceSearchAnimation() override { record(QStringLiteral("startVoiceSearchAnimation")); }
+    void toHideImageSpeak() override { record(QStringLiteral("toHideImageSpeak")); }
+    void setMuteVolume() override { record(QStringLiteral("setMuteVolume")); }
+    void showFace(int face) override { record(QStringLiteral("showFace"), face); }
+    bool isOnMouseEnter() override { return ask(QStringLiteral("isOnMouseEnter"), false).toBool(); }
+    int getCurrentFocusViewStatus() override
+    {
+        return ask(QStringLiteral("getCurrentFocusViewStatus"), 0).toInt();
+    }
+    bool isHiddenFocusView() override { return ask(QStringLiteral("isHiddenFocusView"), true).toBool(); }
+    void toHideFocusView() override { record(QStringLiteral("toHideFocusView")); }
+    void initFoDictationView() override { record(QStringLiteral("initFoDictationView")); }
+    void startFoDictationAnimation() override { record(QStringLiteral("startFoDictationAnimation")); }
+    void initFoTranslateView() override { record(QStringLiteral("initFoTranslateView")); }
+    void startFoTranslateAnimation() override { record(QStringLiteral("startFoTranslateAnimation")); }
+    int getCurrentFoViewHeight() override { return ask(QStringLiteral("getCurrentFoViewHeight"), 0).toInt(); }
+    bool isFoOnEditing() override { return ask(QStringLiteral("isFoOnEditing"), false).toBool(); }
+    bool isFoMouseEnter() override { return ask(QStringLiteral("isFoMouseEnter"), false).toBool(); }
+    bool isFoPlaying() override { return ask(QStringLiteral("isFoPlaying"), false).toBool(); }
+    void clearFoTranslateResult() override { record(QStringLiteral("clearFoTranslateResult")); }
+    void setFoMicView(bool translate) override { record(QStringLiteral("setFoMicView"), translate); }
+    void forceFinishFoView() override { record(QStringLiteral("forceFinishFoView")); }
+    int getCurrentNoFocusViewStatus() override
+    {
+        return ask(QStringLiteral("getCurrentNoFocusViewStatus"), 0).toInt();
+    }
+    bool isHiddenNoFocusView() override { return ask(QStringLiteral("isHiddenNoFocusView"), true).toBool(); }
+    void toHideNoFocusView() override { record(QStringLiteral("toHideNoFocusView")); }
+    void initNoFoDictationView() override { record(QStringLiteral("initNoFoDictationView")); }
+    void startNoFoDictationAnimation() override { record(QStringLiteral("startNoFoDictationAnimation")); }
+    void initNoFoTranslateView(bool keepText) override
+    {
+        record(QStringLiteral("initNoFoTranslateView"), keepText);
+    }
+    void startNoFoTranslateAnimation() override { record(QStringLiteral("startNoFoTranslateAnimation")); }
+    void changNoFoView(int page) override { record(QStringLiteral("changNoFoView"), page); }
+    bool isNoFoOnEditing() override { return ask(QStringLiteral("isNoFoOnEditing"), false).toBool(); }
+    bool isNoFoMouseEnter() override { return ask(QStringLiteral("isNoFoMouseEnter"), false).toBool(); }
+    bool isNoFoPlaying() override { return ask(QStringLiteral("isNoFoPlaying"), false).toBool(); }
+    void clearNoFoTranslateResult() override { record(QStringLiteral("clearNoFoTranslateResult")); }
+    void setNoFoMicView(bool translate) override { record(QStringLiteral("setNoFoMicView"), translate); }
+    void forceFinishNoFoView() override { record(QStringLiteral("forceFinishNoFoView")); }
+    void toShowTextTranslateView() override { record(QStringLiteral("toShowTextTranslateView")); }
+    bool isHiddenTextTranslateView() override
+    {
+        return ask(QStringLiteral("isHiddenTextTranslateView"), true).toBool();
+    }
+    QString getTextTranslateSourceText() override
+    {
+        return ask(QStringLiteral("getTextTranslateSourceText"), QString()).toString();
+    }
+    void setTextTranslateSourceText(QString text) override
+    {
+        record(QStringLiteral("setTextTranslateSourceText"), text);
+    }
+    void setTextTranslateTargetText(QString text) override
+    {
+        record(QStringLiteral("setTextTranslateTargetText"), text);
+    }
+    void setVoiceTranslateSourceText(QString text) override
+    {
+        record(QStringLiteral("setVoiceTranslateSourceText"), text);
+    }
+    void setVoiceTranslateTargetText(QString text) override
+    {
+        record(QStringLiteral("setVoiceTranslateTargetText"), text);
+    }
+    void insertVoiceTranslateOnEditingSourceText(QString text) override
+    {
+        record(QStringLiteral("insertVoiceTranslateOnEditingSourceText"), text);
+    }
+    bool isVoiceTranslateTextNull() override
+    {
+        return ask(QStringLiteral("isVoiceTranslateTextNull"), false).toBool();
+    }
+    void clearTranslateContent() override { record(QStringLiteral("clearTranslateContent")); }
+    void setDeviceEnable(bool enable) override { record(QStringLiteral("setDeviceEnable"), enable); }
+    void toShowPaddleWordsView() override { record(QStringLiteral("toShowPaddleWordsView")); }
+    bool isHiddenPaddleWordsView() override
+    {
+        return ask(QStringLiteral("isHiddenPaddleWordsView"), true).toBool();
+    }
+    void toHiddenPaddleWordsView() override { record(QStringLiteral("toHiddenPaddleWordsView")); }
+    bool isShowPaddlewordsView() override
+    {
+        return ask(QStringLiteral("isShowPaddlewordsView"), false).toBool();
+    }
+    bool isPaddleWords() override { return ask(QStringLiteral("isPaddleWords"), false).toBool(); }
+    void clearPaddleWordsStatus() override { record(QStringLiteral("clearPaddleWordsStatus")); }
+    void setReviseSignViewText(int x, int y, QString text) override
+    {
+        record(QStringLiteral("setReviseSignViewText"), x, y, text);
+    }
+    bool isHiddenChangeSearchLanguageView() override
+    {
+        return ask(QStringLiteral("isHiddenChangeSearchLanguageView"), true).toBool();
+    }
+    bool isHiddenChangeTranLanguageView() override
+    {
+        return ask(QStringLiteral("isHiddenChangeTranLanguageView"), true).toBool();
+    }
+    bool isHiddenChangeTranMoreLanguageView() override
+    {
+        return ask(QStringLiteral("isHiddenChangeTranMoreLanguageView"), true).toBool();
+    }
+    bool isFocusOnMouseEnter() override { return ask(QStringLiteral("isFocusOnMouseEnter"), false).toBool(); }
+    bool isNoFocusOnMouseEnter() override
+    {
+        return ask(QStringLiteral("isNoFocusOnMouseEnter"), false).toBool();
+    }
+    void setMicStatus(bool on) override { record(QStringLiteral("setMicStatus"), on); }
+    void hideCommandWidget() override { record(QStringLiteral("hideCommandWidget")); }
+    void showMainView(int page) override { record(QStringLiteral("showMainView"), page); }
+    void showExplain() override { record(QStringLiteral("showExplain")); }
+    void hideMainWindows() override { record(QStringLiteral("hideMainWindows")); }
 
 private:
-    void record(const QString& name, const QString& arguments = QString());
-    static QString arg(const QString& value) { return value; }
-    static QString arg(bool value) { return value ? QStringLiteral("true") : QStringLiteral("false"); }
-    static QString arg(int value) { return QString::number(value); }
+    template <typename... Args>
+    void record(const QString& name, const Args&... args)
+    {
+        QStringList texts{text(args)...};
+        calls << name + QLatin1Char('(') + texts.join(QLatin1Char(',')) + QLatin1Char(')');
+    }
+    QVariant ask(const QString& name, const QVariant& unset)
+    {
+        record(name);
+        return answers.value(name, unset);
+    }
+    static QString text(const QString& value) { return value; }
+    static QString text(bool value) { return value ? QStringLiteral("true") : QStringLiteral("false"); }
+    static QString text(int value) { return QString::number(value); }
 };
