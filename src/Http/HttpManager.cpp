@@ -170,11 +170,8 @@ void HttpManager::uploadIpInfo(IpInfo info, ResultFunc<IpInfo> result, TimeoutFu
 
 void HttpManager::uploadRecoed(TextRecord record, BoolFunc result, TimeoutFunc onTimeout, ErrorFunc onError)
 {
-    const QJsonObject o{{QStringLiteral("ip"), record.ip},   {QStringLiteral("from"), record.from},
-                        {QStringLiteral("to"), record.to},   {QStringLiteral("src"), record.src},
-                        {QStringLiteral("dst"), record.dst}, {QStringLiteral("type"), record.type}};
     mRequest->post(
-        backendUrl(QStringLiteral("/textrecord/upload")), body(o),
+        backendUrl(QStringLiteral("/textrecord/upload")), JsonUtils::textRecordBody(record),
         [result](const QByteArray& reply) {
             if (result) {
                 result(JsonUtils::parseBaseMsg(reply).code == 1);

@@ -326,6 +326,14 @@ bool JsonUtils::getBaiduTranslateResult(const QByteArray& reply, BaiduTranslateM
     return true;
 }
 
+QByteArray JsonUtils::textRecordBody(const TextRecord& record)
+{
+    const QJsonObject o{{QStringLiteral("ip"), record.ip},   {QStringLiteral("from"), record.from},
+                        {QStringLiteral("to"), record.to},   {QStringLiteral("src"), record.src},
+                        {QStringLiteral("dst"), record.dst}, {QStringLiteral("type"), record.type}};
+    return QJsonDocument(o).toJson();
+}
+
 BaiduTranslateMessage JsonUtils::jsonParse(QString text)
 {
     BaiduTranslateMessage message;

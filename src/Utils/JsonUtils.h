@@ -26,6 +26,9 @@ public:
 
     // Fills what the reply holds; true even for a reply that is not JSON.
     static bool getBaiduTranslateResult(const QByteArray& reply, BaiduTranslateMessage* message);
+    // The body of a text record upload: ip, from, to, src, dst, type.
+    static QByteArray textRecordBody(const TextRecord& record);
+
     // A fresh message from the text, read as Latin-1.
     static BaiduTranslateMessage jsonParse(QString text);
 };

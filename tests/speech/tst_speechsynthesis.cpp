@@ -1,40 +1,10 @@
+#include "FakePlayback.h"
 #include "LocalHttpServer.h"
-#include "SpeechRec/AudioPlayback.h"
 #include "SpeechRec/SpeechSynthesisUtils.h"
 
 #include <QFile>
 #include <QSignalSpy>
 #include <QtTest>
-
-namespace {
-
-// Plays nothing: keeps what the file held at each play, and ends a piece when told.
-class FakePlayback : public AudioPlayback {
-public:
-    QList<QByteArray> played;
-    QStringList files;
-    bool playing = false;
-
-    void play(const QString& file) override
-    {
-        QFile f(file);
-        played << (f.open(QIODevice::ReadOnly) ? f.readAll() : QByteArray());
-        files << file;
-        playing = true;
-    }
-    void stop() override { finish(); }
-    void clear() override {}
-    bool isPlaying() const override { return playing; }
-    void finish()
-    {
-        if (playing) {
-            playing = false;
-            emit signalStopped();
-        }
-    }
-};
-
-}  // namespace
 
 class TestSpeechSynthesis : public QObject {
     Q_OBJECT

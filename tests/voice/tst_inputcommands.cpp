@@ -1,6 +1,4 @@
-#include "RecordingAppLauncher.h"
-#include "RecordingInputBackend.h"
-#include "RecordingInputView.h"
+#include "InputPresenterRig.h"
 #include "Utils/PreferencesUtils.h"
 #include "Utils/WinUtils.h"
 #include "WidgetPresenter/InputPresenter.h"
@@ -57,29 +55,19 @@ private slots:
     void rewriteCounts();
 
 private:
-    RecordingInputBackend mDesktop;
-    RecordingInputView mView;
-    RecordingAppLauncher mLauncher;
-    std::unique_ptr<InputPresenter> mPresenter;
+    std::unique_ptr<InputPresenterRig> mRig;
 };
 
 void TestInputCommands::init()
 {
-    QFile::remove(PreferencesUtils::habitPath());
-    WinUtils::getInstance()->setBackend(&mDesktop);
-    mDesktop.log.clear();
-    mView.calls.clear();
-    mLauncher.log.clear();
-    mLauncher.installed =
+    mRig = std::make_unique<InputPresenterRig>();
+    mRig->launcher.installed =
         QStringList{QStringLiteral("gnome-calculator.desktop"), QStringLiteral("firefox-esr.desktop")};
-    mPresenter = std::make_unique<InputPresenter>(&mView);
-    mPresenter->setLauncher(&mLauncher);
 }
 
 void TestInputCommands::cleanup()
 {
-    mPresenter.reset();
-    WinUtils::getInstance()->setBackend(nullptr);
+    mRig.reset();
 }
 
 void TestInputCommands::tableShape()
@@ -107,59 +95,60 @@ void TestInputCommands::tableShape()
 
 void TestInputCommands::controlRowsAndShortTexts()
 {
-    QVERIFY(mPresenter->handleCommand(QStringLiteral("全选")));
-    QVERIFY(mPresenter->handleCommand(QStringLiteral("删除")));
-    QVERIFY(mPresenter->handleCommand(QStringLiteral("删除文件")));
-    QVERIFY(mPresenter->handleCommand(QStringLiteral("返回桌面")));
+    QVERIFY(mRig->presenter->handleCommand(QStringLiteral("全选")));
+    QVERIFY(mRig->presenter->handleCommand(QStringLiteral("删除")));
+    QVERIFY(mRig->presenter->handleCommand(QStringLiteral("删除文件")));
+    QVERIFY(mRig->presenter->handleCommand(QStringLiteral("返回桌面")));
     QCOMPARE(
-        mView.callsOf(QStringLiteral("setContent")),
+        mRig->view.callsOf(QStringLiteral("setContent")),
         QStringList({QStringLiteral("setContent(正在全选...)"), QStringLiteral("setContent(正在删除...)"),
                      QStringLiteral("setContent(正在删除文件...)"),
                      QStringLiteral("setContent(正在返回桌面...)")}));
     // "删除" is one backspace, not a deletion of the selection as such.
-    QCOMPARE(mDesktop.log,
+    QCOMPARE(mRig->desktop.log,
              QStringList({QStringLiteral("down Control_L"), QStringLiteral("down a"), QStringLiteral("up a"),
                           QStringLiteral("up Control_L"), QStringLiteral("down BackSpace"),
                           QStringLiteral("up BackSpace"), QStringLiteral("down Delete"),
                           QStringLiteral("up Delete"), QStringLiteral("desktop")}));
 
-    mView.calls.clear();
-    QVERIFY(mPresenter->handleCommand(QStringLiteral("设置鼠标分辨率")));
-    QVERIFY(mPresenter->handleCommand(QStringLiteral("设备说明书")));
-    QCOMPARE(mView.calls, QStringList({QStringLiteral("showMainView(3)"), QStringLiteral("showExplain()")}));
+    mRig->view.calls.clear();
+    QVERIFY(mRig->presenter->handleCommand(QStringLiteral("设置鼠标分辨率")));
+    QVERIFY(mRig->presenter->handleCommand(QStringLiteral("设备说明书")));
+    QCOMPARE(mRig->view.calls,
+             QStringList({QStringLiteral("showMainView(3)"), QStringLiteral("showExplain()")}));
 
     // A text that stripping shortened to one character is consumed with a face and no text.
-    mView.calls.clear();
-    QVERIFY(mPresenter->handleCommand(QStringLiteral("好")));
-    QCOMPARE(mView.calls,
+    mRig->view.calls.clear();
+    QVERIFY(mRig->presenter->handleCommand(QStringLiteral("好")));
+    QCOMPARE(mRig->view.calls,
              QStringList({QStringLiteral("setContent()"), QStringLiteral("setVoiceSearchViewStyle(1)"),
                           QStringLiteral("showFace(1)")}));
     // Exact, whole-text matches only.
-    QVERIFY(!mPresenter->handleCommand(QStringLiteral("请全选")));
+    QVERIFY(!mRig->presenter->handleCommand(QStringLiteral("请全选")));
 }
 
 void TestInputCommands::applicationRows()
 {
-    QVERIFY(mPresenter->handleCommand(QStringLiteral("打开计算器")));
-    QVERIFY(mPresenter->handleCommand(QStringLiteral("Safari")));
+    QVERIFY(mRig->presenter->handleCommand(QStringLiteral("打开计算器")));
+    QVERIFY(mRig->presenter->handleCommand(QStringLiteral("Safari")));
     // The first installed counterpart starts; none installed or none at all: only the message.
-    QCOMPARE(mLauncher.log, QStringList({QStringLiteral("app gnome-calculator.desktop"),
-                                         QStringLiteral("app firefox-esr.desktop")}));
-    QVERIFY(mPresenter->handleCommand(QStringLiteral("终端")));
-    QVERIFY(mPresenter->handleCommand(QStringLiteral("FaceTime")));
-    QCOMPARE(mLauncher.log.size(), 2);
+    QCOMPARE(mRig->launcher.log, QStringList({QStringLiteral("app gnome-calculator.desktop"),
+                                              QStringLiteral("app firefox-esr.desktop")}));
+    QVERIFY(mRig->presenter->handleCommand(QStringLiteral("终端")));
+    QVERIFY(mRig->presenter->handleCommand(QStringLiteral("FaceTime")));
+    QCOMPARE(mRig->launcher.log.size(), 2);
     QCOMPARE(
-        mView.callsOf(QStringLiteral("setContent")),
+        mRig->view.callsOf(QStringLiteral("setContent")),
         QStringList({QStringLiteral("setContent(正在打开打开计算器)"),
                      QStringLiteral("setContent(正在打开Safari)"), QStringLiteral("setContent(正在打开终端)"),
                      QStringLiteral("setContent(正在打开FaceTime)")}));
     // The table is case sensitive: "safari" goes on to the command words.
-    QVERIFY(!mPresenter->handleCommand(QStringLiteral("safari")));
+    QVERIFY(!mRig->presenter->handleCommand(QStringLiteral("safari")));
 }
 
 void TestInputCommands::commandWords()
 {
-    mPresenter->onGetUserCommandWord(
+    mRig->presenter->onGetUserCommandWord(
         {word(QStringLiteral("Safari"), 0, QStringLiteral("https://shadowed.example")),
          word(QStringLiteral("我的网站"), 0, QStringLiteral("https://first.example")),
          word(QStringLiteral("我的网站"), 0, QStringLiteral("https://second.example")),
@@ -169,21 +158,21 @@ void TestInputCommands::commandWords()
          word(QStringLiteral("未知"), 7, QStringLiteral("x")),
          word(QStringLiteral("未知"), 0, QStringLiteral("https://after.example"))});
     // A word equal to a table phrase never fires.
-    QVERIFY(mPresenter->handleCommand(QStringLiteral("Safari")));
-    QCOMPARE(mLauncher.log.takeLast(), QStringLiteral("app firefox-esr.desktop"));
+    QVERIFY(mRig->presenter->handleCommand(QStringLiteral("Safari")));
+    QCOMPARE(mRig->launcher.log.takeLast(), QStringLiteral("app firefox-esr.desktop"));
     // Case is ignored, and the first of the list wins.
-    QVERIFY(mPresenter->handleCommand(QStringLiteral("我的网站")));
-    QVERIFY(mPresenter->handleCommand(QStringLiteral("REPORT")));
-    QVERIFY(mPresenter->handleCommand(QStringLiteral("下载")));
+    QVERIFY(mRig->presenter->handleCommand(QStringLiteral("我的网站")));
+    QVERIFY(mRig->presenter->handleCommand(QStringLiteral("REPORT")));
+    QVERIFY(mRig->presenter->handleCommand(QStringLiteral("下载")));
     // An unknown kind is passed over and the walk goes on.
-    QVERIFY(mPresenter->handleCommand(QStringLiteral("未知")));
-    QVERIFY(!mPresenter->handleCommand(QStringLiteral("没有这个词")));
-    QCOMPARE(mLauncher.log, QStringList({QStringLiteral("url https://first.example"),
-                                         QStringLiteral("url file:///home/u/report.odt"),
-                                         QStringLiteral("url file:///home/u/Downloads"),
-                                         QStringLiteral("url https://after.example")}));
+    QVERIFY(mRig->presenter->handleCommand(QStringLiteral("未知")));
+    QVERIFY(!mRig->presenter->handleCommand(QStringLiteral("没有这个词")));
+    QCOMPARE(mRig->launcher.log, QStringList({QStringLiteral("url https://first.example"),
+                                              QStringLiteral("url file:///home/u/report.odt"),
+                                              QStringLiteral("url file:///home/u/Downloads"),
+                                              QStringLiteral("url https://after.example")}));
     QCOMPARE(
-        mView.callsOf(QStringLiteral("setContent")).mid(1),
+        mRig->view.callsOf(QStringLiteral("setContent")).mid(1),
         QStringList(
             {QStringLiteral("setContent(正在打开网站)"), QStringLiteral("setContent(正在打开文件...)"),
              QStringLiteral("setContent(正在打开文件夹...)"), QStringLiteral("setContent(正在打开网站)")}));
@@ -192,43 +181,44 @@ void TestInputCommands::commandWords()
 void TestInputCommands::chordReplay()
 {
     // Command-Shift-4 as stored (55, 56, 21), and a chord with an element that is no number.
-    mPresenter->onGetUserCommandWord(
+    mRig->presenter->onGetUserCommandWord(
         {word(QStringLiteral("截图"), 3, QString(), QStringLiteral("55#,#56#,#21")),
          word(QStringLiteral("坏键"), 3, QString(), QStringLiteral("55#,#abc"))});
-    QVERIFY(mPresenter->handleCommand(QStringLiteral("截图")));
-    QCOMPARE(mDesktop.takeLog(),
+    QVERIFY(mRig->presenter->handleCommand(QStringLiteral("截图")));
+    QCOMPARE(mRig->desktop.takeLog(),
              QStringList({QStringLiteral("down Control_L"), QStringLiteral("down Shift_L"),
                           QStringLiteral("down 4"), QStringLiteral("up 4"), QStringLiteral("up Shift_L"),
                           QStringLiteral("up Control_L")}));
-    QVERIFY(mView.callsOf(QStringLiteral("setContent")).isEmpty());  // a shortcut shows nothing
-    QVERIFY(mPresenter->handleCommand(QStringLiteral("坏键")));
-    QCOMPARE(mDesktop.takeLog(), QStringList({QStringLiteral("down Control_L"), QStringLiteral("down a"),
-                                              QStringLiteral("up a"), QStringLiteral("up Control_L")}));
+    QVERIFY(mRig->view.callsOf(QStringLiteral("setContent")).isEmpty());  // a shortcut shows nothing
+    QVERIFY(mRig->presenter->handleCommand(QStringLiteral("坏键")));
+    QCOMPARE(mRig->desktop.takeLog(), QStringList({QStringLiteral("down Control_L"), QStringLiteral("down a"),
+                                                   QStringLiteral("up a"), QStringLiteral("up Control_L")}));
 }
 
 void TestInputCommands::intentCategories()
 {
-    mPresenter->handleIntent(
+    mRig->presenter->handleIntent(
         intent(19, 0, 0, 0, QStringLiteral("/usr/bin/gnome-calculator"), QString(), QString()));
-    mPresenter->handleIntent(intent(21, 0, 0, 0, QString(), QString(), QString()));
-    mPresenter->handleIntent(intent(23, 0, 1, 1, QString(),
-                                    QStringLiteral("https://t.example/?f=*from*&t=*to*&d=*date*"),
-                                    QStringLiteral("北京#,#上海#,#明天")));
+    mRig->presenter->handleIntent(intent(21, 0, 0, 0, QString(), QString(), QString()));
+    mRig->presenter->handleIntent(intent(23, 0, 1, 1, QString(),
+                                         QStringLiteral("https://t.example/?f=*from*&t=*to*&d=*date*"),
+                                         QStringLiteral("北京#,#上海#,#明天")));
     // Four parts: nothing opens, the message still names the first two.
-    mPresenter->handleIntent(intent(23, 0, 1, 1, QString(), QStringLiteral("https://t.example/*from*"),
-                                    QStringLiteral("北京#,#上海#,#明天#,#多余")));
+    mRig->presenter->handleIntent(intent(23, 0, 1, 1, QString(), QStringLiteral("https://t.example/*from*"),
+                                         QStringLiteral("北京#,#上海#,#明天#,#多余")));
     // Category 0 never looks at the model.
-    mPresenter->handleIntent(
+    mRig->presenter->handleIntent(
         intent(0, 2, 1, 1, QString(), QStringLiteral("https://s.example/*"), QStringLiteral("x")));
-    QCOMPARE(mLauncher.log, QStringList({QStringLiteral("url file:///usr/bin/gnome-calculator"),
-                                         QStringLiteral("url https://t.example/?f=北京&t=上海&d=明天")}));
+    QCOMPARE(mRig->launcher.log,
+             QStringList({QStringLiteral("url file:///usr/bin/gnome-calculator"),
+                          QStringLiteral("url https://t.example/?f=北京&t=上海&d=明天")}));
     QCOMPARE(
-        mView.calls,
+        mRig->view.calls,
         QStringList({QStringLiteral("setContent(正在打开...)"), QStringLiteral("setContent(正在打开...)"),
                      QStringLiteral("setContent(正在查询：从北京到上海的票)"),
                      QStringLiteral("setContent(正在查询：从北京到上海的票)"), QStringLiteral("setContent()"),
                      QStringLiteral("setVoiceSearchViewStyle(1)"), QStringLiteral("showFace(0)")}));
-    QCOMPARE(mPresenter->serviceCategory(), 18);
+    QCOMPARE(mRig->presenter->serviceCategory(), 18);
 }
 
 void TestInputCommands::intentModels_data()
@@ -277,62 +267,64 @@ void TestInputCommands::intentModels()
         PreferencesUtils::getInstance()->updateUserHabit(5, QStringLiteral("https://h.example"),
                                                          QStringLiteral("https://h.example/q=*"));
         // The presenter reads the habits at its start.
-        mPresenter = std::make_unique<InputPresenter>(&mView);
-        mPresenter->setLauncher(&mLauncher);
+        mRig->restartPresenter();
     }
-    mPresenter->handleIntent(intent(5, model, isSearch, enableUrl, QStringLiteral("https://r.example"),
-                                    QStringLiteral("https://r.example/s?q=*&again=*"), searchWord));
-    QCOMPARE(mLauncher.log, opened.isEmpty() ? QStringList() : QStringList{opened});
+    mRig->presenter->handleIntent(intent(5, model, isSearch, enableUrl, QStringLiteral("https://r.example"),
+                                         QStringLiteral("https://r.example/s?q=*&again=*"), searchWord));
+    QCOMPARE(mRig->launcher.log, opened.isEmpty() ? QStringList() : QStringList{opened});
     if (model <= 3) {
-        QCOMPARE(mView.calls.last(), isSearch ? QStringLiteral("setContent(正在搜索:%1)").arg(searchWord)
-                                              : QStringLiteral("setContent(正在打开网站...)"));
+        QCOMPARE(mRig->view.calls.last(), isSearch ? QStringLiteral("setContent(正在搜索:%1)").arg(searchWord)
+                                                   : QStringLiteral("setContent(正在打开网站...)"));
     } else {
-        QVERIFY(mView.calls.isEmpty());
+        QVERIFY(mRig->view.calls.isEmpty());
     }
-    QCOMPARE(mPresenter->serviceCategory(), categoryAfter);
+    QCOMPARE(mRig->presenter->serviceCategory(), categoryAfter);
 }
 
 void TestInputCommands::habitSavedBeforeUse()
 {
     // The reply that saves a habit already searches with it, and the habit is kept.
-    mPresenter->handleIntent(intent(6, 3, 1, 0, QStringLiteral("https://shop.example"),
-                                    QStringLiteral("https://shop.example/k=*"), QStringLiteral("耳机"), 1));
-    QCOMPARE(mLauncher.log, QStringList({QStringLiteral("url https://shop.example/k=耳机")}));
-    QCOMPARE(mPresenter->userHabits().value(6).searchUrl, QStringLiteral("https://shop.example/k=*"));
+    mRig->presenter->handleIntent(intent(6, 3, 1, 0, QStringLiteral("https://shop.example"),
+                                         QStringLiteral("https://shop.example/k=*"), QStringLiteral("耳机"),
+                                         1));
+    QCOMPARE(mRig->launcher.log, QStringList({QStringLiteral("url https://shop.example/k=耳机")}));
+    QCOMPARE(mRig->presenter->userHabits().value(6).searchUrl, QStringLiteral("https://shop.example/k=*"));
     QCOMPARE(PreferencesUtils::getInstance()->getUserHabitList().value(6).website,
              QStringLiteral("https://shop.example"));
 }
 
 void TestInputCommands::rewriteCounts()
 {
-    auto backspaces = [this] { return mDesktop.takeLog().filter(QStringLiteral("down BackSpace")).size(); };
-    mPresenter->sendOutput(QStringLiteral("我想去南"));
-    QCOMPARE(mDesktop.takeLog(), QStringList({QStringLiteral("text 我想去南")}));
+    auto backspaces = [this] {
+        return mRig->desktop.takeLog().filter(QStringLiteral("down BackSpace")).size();
+    };
+    mRig->presenter->sendOutput(QStringLiteral("我想去南"));
+    QCOMPARE(mRig->desktop.takeLog(), QStringList({QStringLiteral("text 我想去南")}));
     // Four characters then six sharing three: one backspace, three typed.
-    mPresenter->sendOutput(QStringLiteral("我想去北京看"));
-    QCOMPARE(mDesktop.log.last(), QStringLiteral("text 北京看"));
+    mRig->presenter->sendOutput(QStringLiteral("我想去北京看"));
+    QCOMPARE(mRig->desktop.log.last(), QStringLiteral("text 北京看"));
     QCOMPARE(backspaces(), 1);
-    mPresenter->sendOutput(QStringLiteral("我想去北京看"));  // unchanged: nothing at all
-    QCOMPARE(mDesktop.log, QStringList());
-    mPresenter->sendOutput(QStringLiteral("我想"));  // shrinking: backspaces only
-    QCOMPARE(mDesktop.log.filter(QStringLiteral("text")), QStringList());
+    mRig->presenter->sendOutput(QStringLiteral("我想去北京看"));  // unchanged: nothing at all
+    QCOMPARE(mRig->desktop.log, QStringList());
+    mRig->presenter->sendOutput(QStringLiteral("我想"));  // shrinking: backspaces only
+    QCOMPARE(mRig->desktop.log.filter(QStringLiteral("text")), QStringList());
     QCOMPARE(backspaces(), 4);
-    mPresenter->sendOutput(QString());
+    mRig->presenter->sendOutput(QString());
     QCOMPARE(backspaces(), 2);
-    QCOMPARE(mPresenter->lastOutput(), QString());
+    QCOMPARE(mRig->presenter->lastOutput(), QString());
 
     // The rewrite counts 16-bit units: an emoji outside the basic plane is two of them.
-    mPresenter->sendOutput(QStringLiteral("好😀"));
-    mDesktop.log.clear();
-    mPresenter->sendOutput(QStringLiteral("好"));
+    mRig->presenter->sendOutput(QStringLiteral("好😀"));
+    mRig->desktop.log.clear();
+    mRig->presenter->sendOutput(QStringLiteral("好"));
     QCOMPARE(backspaces(), 2);
 
     // restoreContent takes back the differing tail and hands over the new one.
-    mPresenter->sendOutput(QStringLiteral("你好吗"));
-    mDesktop.log.clear();
-    QCOMPARE(mPresenter->restoreContent(QStringLiteral("你好呀呀")), QStringLiteral("呀呀"));
+    mRig->presenter->sendOutput(QStringLiteral("你好吗"));
+    mRig->desktop.log.clear();
+    QCOMPARE(mRig->presenter->restoreContent(QStringLiteral("你好呀呀")), QStringLiteral("呀呀"));
     QCOMPARE(backspaces(), 1);
-    QCOMPARE(mPresenter->lastOutput(), QStringLiteral("你好呀呀"));
+    QCOMPARE(mRig->presenter->lastOutput(), QStringLiteral("你好呀呀"));
 }
 
 QTEST_GUILESS_MAIN(TestInputCommands)

@@ -1,0 +1,248 @@
+// Built-in commands, the user's command words, the backend's intents and the typed-text
+// rewrite.
+#include "InputPresenter.h"
+
+#include "InputView.h"
+#include "LocalCommandTable.h"
+#include "Platform/AppLauncher.h"
+#include "Utils/Logging.h"
+#include "Utils/PreferencesUtils.h"
+#include "Utils/WinUtils.h"
+
+#include <QUrl>
+
+namespace {
+
+const QString kOpening = QStringLiteral("正在打开...");
+
+}  // namespace
+
+void InputPresenter::onGetUserCommandWord(QList<CommandWord> words)
+{
+    mCommandWords = words;
+}
+
+bool InputPresenter::handleCommand(QString text)
+{
+    if (text.size() < 2) {
+        mInputView->setContent(QString());
+        mInputView->setVoiceSearchViewStyle(1);
+        mInputView->showFace(1);
+        return true;
+    }
+    const LocalCommand* row = LocalCommandTable::match(text);
+    if (row == nullptr) {
+        return checkLocalCommand(text);
+    }
+    WinUtils* win = WinUtils::getInstance();
+    switch (row->action) {
+        case LocalCommand::BackDesktop:
+            mInputView->setContent(row->message);
+            win->backDesktop();
+            break;
+        case LocalCommand::SelectAll:
+            mInputView->setContent(row->message);
+            win->selectAll();
+            break;
+        case LocalCommand::Backspace:
+            mInputView->setContent(row->message);
+            win->backspace();
+            break;
+        case LocalCommand::DeleteFile:
+            mInputView->setContent(row->message);
+            win->deleteFile();
+            break;
+        case LocalCommand::ShowMainView:
+            mInputView->showMainView(3);
+            break;
+        case LocalCommand::ShowExplain:
+            mInputView->showExplain();
+            break;
+        case LocalCommand::OpenApplication:
+            // Nothing installed (or no counterpart here): the message stands all the same.
+            if (!row->desktopEntries.isEmpty()) {
+                launcher()->launchApplication(row->desktopEntries);
+            } else {
+                qCInfo(lcInput) << "no counterpart here for" << row->application;
+            }
+            mInputView->setContent(QStringLiteral("正在打开") + text);
+            break;
+    }
+    return true;
+}
+
+bool InputPresenter::checkLocalCommand(QString text)
+{
+    for (const CommandWord& word : qAsConst(mCommandWords)) {
+        if (word.keyword.compare(text, Qt::CaseInsensitive) != 0) {
+            continue;
+        }
+        // Stored paths are absolute here; the leading slashes go, so that "file:///" and the
+        // path make one well-formed URL either way.
+        QString path = word.target;
+        while (path.startsWith(QLatin1Char('/'))) {
+            path.remove(0, 1);
+        }
+        switch (word.type) {
+            case 0:
+                mInputView->setContent(QStringLiteral("正在打开网站"));
+                launcher()->openUrl(QUrl(word.target));
+                return true;
+            case 1:
+                mInputView->setContent(QStringLiteral("正在打开文件..."));
+                launcher()->openUrl(QUrl(QStringLiteral("file:///") + path));
+                return true;
+            case 2:
+                mInputView->setContent(QStringLiteral("正在打开文件夹..."));
+                launcher()->openUrl(QUrl(QStringLiteral("file:///") + path));
+                return true;
+            case 3:
+                replayChord(word.pro);
+                return true;
+            default:
+                break;
+        }
+    }
+    return false;
+}
+
+void InputPresenter::replayChord(const QString& pro)
+{
+    // Pressed in the stored order, released in the reverse one.
+    const QStringList parts = pro.split(QStringLiteral("#,#"));
+    QList<int> codes;
+    for (const QString& part : parts) {
+        codes << part.toInt();
+    }
+    WinUtils* win = WinUtils::getInstance();
+    for (int code : qAsConst(codes)) {
+        qCInfo(lcInput).noquote() << "USER_KEYWORD_KEY::::::::::::::::" << code;
+        win->sendKeyboard(static_cast<unsigned short>(code & 0xffff), true);
+    }
+    for (int i = codes.size() - 1; i >= 0; --i) {
+        win->sendKeyboard(static_cast<unsigned short>(codes.at(i) & 0xffff), false);
+    }
+}
+
+void InputPresenter::handleIntent(SemanticParsingResult result)
+{
+    qCInfo(lcInput) << "intent" << result.structure << result.serviceCategory << result.serviceModel;
+    // The habit is stored before the action, so that the action already uses it.
+    if (result.saveService != 0 && !result.searchUrl.isEmpty()) {
+        mUserHabits.clear();
+        mUserHabits = PreferencesUtils::getInstance()->updateUserHabit(result.serviceCategory, result.website,
+                                                                       result.searchUrl);
+    }
+    auto open = [this](const QUrl& url) {
+        if (!url.isEmpty()) {
+            launcher()->openUrl(url);
+        }
+    };
+
+    switch (result.serviceCategory) {
+        case 19:
+        case 20:
+            open(QUrl::fromLocalFile(result.website));
+            mInputView->setContent(kOpening);
+            return;
+        case 21:
+            mInputView->setContent(kOpening);
+            return;
+        case 23: {
+            const QStringList parts = result.searchWord.split(QStringLiteral("#,#"));
+            if (parts.size() == 3) {
+                QString url = result.searchUrl;
+                url.replace(QLatin1String("*from*"), parts.at(0))
+                    .replace(QLatin1String("*to*"), parts.at(1))
+                    .replace(QLatin1String("*date*"), parts.at(2));
+                open(QUrl(url));
+            }
+            // Without a departure and an arrival there is nothing to tell.
+            if (parts.size() >= 2) {
+                mInputView->setContent(
+                    QStringLiteral("正在查询：从%1到%2的票").arg(parts.at(0), parts.at(1)));
+            }
+            return;
+        }
+        case 0:
+            mInputView->setContent(QString());
+            mInputView->setVoiceSearchViewStyle(1);
+            mInputView->showFace(0);
+            return;
+        default:
+            break;
+    }
+
+    const bool hasHabit = mUserHabits.contains(result.serviceCategory);
+    const UserHabit habit = mUserHabits.value(result.serviceCategory);
+    const bool search = result.isSearch != 0;
+    QString url;
+    switch (result.serviceModel) {
+        case 1:
+            if (search) {
+                url = hasHabit ? habit.searchUrl : result.searchUrl;
+            } else {
+                url = hasHabit ? habit.website : result.website;
+            }
+            qCInfo(lcInput).noquote() << "通用搜索主题url:" << url;
+            break;
+        case 2:
+            mServiceCategory = result.serviceCategory;
+            if (search) {
+                url = (result.enableUrl == 0 && hasHabit) ? habit.searchUrl : result.searchUrl;
+            } else {
+                url = (result.enableUrl == 0 && hasHabit) ? habit.website : result.website;
+            }
+            qCInfo(lcInput).noquote() << "切换对应主题url:" << url;
+            break;
+        case 3:
+            if (search) {
+                if (result.searchWord.isEmpty()) {
+                    url = result.website;
+                } else {
+                    url = (hasHabit && !habit.searchUrl.isEmpty()) ? habit.searchUrl : result.searchUrl;
+                }
+            } else {
+                url = hasHabit ? habit.website : result.website;
+            }
+            qCInfo(lcInput).noquote() << "保留当前主题url:" << url;
+            break;
+        default:
+            return;
+    }
+    if (search) {
+        url.replace(QLatin1Char('*'), result.searchWord);
+        mInputView->setContent(QStringLiteral("正在搜索:") + result.searchWord);
+    } else {
+        mInputView->setContent(QStringLiteral("正在打开网站..."));
+    }
+    open(QUrl(url));
+}
+
+int InputPresenter::eraseDifferingTail(const QString& content)
+{
+    // 16-bit units: a character outside the basic plane counts twice.
+    int same = 0;
+    while (same < mLastOutput.size() && same < content.size() && mLastOutput.at(same) == content.at(same)) {
+        ++same;
+    }
+    WinUtils* win = WinUtils::getInstance();
+    for (int i = same; i < mLastOutput.size(); ++i) {
+        win->backspace();
+    }
+    return same;
+}
+
+void InputPresenter::sendOutput(QString word)
+{
+    const int same = eraseDifferingTail(word);
+    WinUtils::getInstance()->sendInput(word.mid(same, word.size() - same));
+    mLastOutput = word;
+}
+
+QString InputPresenter::restoreContent(QString content)
+{
+    const int same = eraseDifferingTail(content);
+    mLastOutput = content;
+    return content.mid(same);
+}

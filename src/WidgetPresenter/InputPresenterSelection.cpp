@@ -1,0 +1,214 @@
+// Text selected with the mouse: captured through the clipboard, then translated or read
+// aloud from the toolbar beside it.
+#include "InputPresenter.h"
+
+#include "Hid/DeviceManager.h"
+#include "Http/BaiduTranslate.h"
+#include "Http/HttpManager.h"
+#include "InputView.h"
+#include "SpeechRec/SpeechSynthesisUtils.h"
+#include "Utils/AppPaths.h"
+#include "Utils/JsonUtils.h"
+#include "Utils/LanguageTables.h"
+#include "Utils/Logging.h"
+#include "Utils/WinUtils.h"
+
+#include <QClipboard>
+#include <QFile>
+#include <QMimeData>
+#include <QNetworkAccessManager>
+#include <QNetworkReply>
+#include <QThread>
+
+namespace {
+
+// The copy of another program needs a moment to land in the clipboard.
+constexpr unsigned long kCopySettleMs = 50;
+constexpr int kClipboardPolls = 3;
+
+}  // namespace
+
+void InputPresenter::onPaddleWords()
+{
+    if (!mDeviceManager->isReady() || !mInputView->isShowPaddlewordsView() || !isPaddle()) {
+        return;
+    }
+    WinUtils* win = WinUtils::getInstance();
+    win->cacheClipboard();
+    win->copyContent();
+    onClipboardDataChange();
+}
+
+bool InputPresenter::isClipboardUsable()
+{
+    const QMimeData* data = mClipboard->mimeData();
+    if (data == nullptr || !data->hasFormat(QStringLiteral("text/plain")) ||
+        data->hasFormat(QStringLiteral("application/octet-stream"))) {
+        return false;
+    }
+    const QString text = data->text();
+    if (text.isEmpty() || text == QLatin1String("\n") || text == QLatin1String("\r\n")) {
+        return false;
+    }
+    return mInputView->isShowPaddlewordsView();
+}
+
+void InputPresenter::onClipboardDataChange()
+{
+    if (!isPaddle() || !mDeviceManager->isReady()) {
+        return;
+    }
+    QThread::msleep(kCopySettleMs);
+    if (isClipboardUsable()) {
+        mPaddleText = mClipboard->text();
+        WinUtils::getInstance()->revertClipboard();
+        showPaddleWords();
+        return;
+    }
+    if (mClipboard->text().isEmpty()) {
+        // Not landed yet: look again a few times.
+        mTimerClipboardPoll.stop();
+        mClipboardTries = 0;
+        mTimerClipboardPoll.start();
+    }
+}
+
+void InputPresenter::onClipboardPoll()
+{
+    if (isClipboardUsable()) {
+        mClipboardTries = 0;
+        mTimerClipboardPoll.stop();
+        mPaddleText = mClipboard->text();
+        // Our clipboard layer really keeps the user's text, so it is given back here too.
+        WinUtils::getInstance()->revertClipboard();
+        showPaddleWords();
+        return;
+    }
+    if (++mClipboardTries >= kClipboardPolls) {
+        mClipboardTries = 0;
+        mTimerClipboardPoll.stop();
+    }
+}
+
+void InputPresenter::showPaddleWords()
+{
+    if (!mInputView->isHiddenPaddleWordsView()) {
+        mInputView->toHiddenPaddleWordsView();
+    }
+    if (mInputView->isHiddenTextTranslateView() && mInputView->isHiddenPaddleWordsView()) {
+        mInputView->toShowPaddleWordsView();
+    }
+}
+
+void InputPresenter::onToShowTextTranslate()
+{
+    QThread::msleep(kCopySettleMs);
+    mInputView->setTextTranslateSourceText(mPaddleText);
+}
+
+void InputPresenter::onToTextTranslate(QString text)
+{
+    const QString code = LanguageTables::translateCode(mUserPreferences.textTranslateLanguage);
+    mTextRecord = TextRecord();
+    mTextRecord.ip = mLocalIpId;
+    mTextRecord.from = QStringLiteral("auto");
+    mTextRecord.to = code;
+    mTextRecord.src = text;
+    mTextRecord.type = 2;
+    baiduTextTranslate(mTranslator->buildUrl(QStringLiteral("auto"), code, text));
+}
+
+void InputPresenter::onTextTranslateViewChangeLanguage()
+{
+    // A new language for the text on show.
+    if (!mInputView->isHiddenTextTranslateView()) {
+        const QString text = mInputView->getTextTranslateSourceText();
+        if (!text.isEmpty()) {
+            onToTextTranslate(text);
+        }
+    }
+}
+
+void InputPresenter::baiduTextTranslate(QString url)
+{
+    auto* manager = new QNetworkAccessManager(this);
+    connect(manager, &QNetworkAccessManager::finished, this, &InputPresenter::onTextBaiduTranslateFinish);
+    manager->get(QNetworkRequest(QUrl(url)));
+}
+
+void InputPresenter::onTextBaiduTranslateFinish(QNetworkReply* reply)
+{
+    reply->deleteLater();
+    reply->manager()->deleteLater();
+    BaiduTranslateMessage message;
+    JsonUtils::getBaiduTranslateResult(reply->readAll(), &message);
+    if (reply->error() != QNetworkReply::NoError && !message.error) {
+        message.error = true;
+        message.errorCode = QString::number(reply->error());
+        message.errorMsg = reply->errorString();
+    }
+    if (message.error) {
+        qCWarning(lcInput).noquote()
+            << "翻译错误:"
+            << QStringLiteral("error_code:%1, error_msg:%2").arg(message.errorCode, message.errorMsg);
+        return;
+    }
+    QString target;
+    for (const BaiduTranslateResult& entry : qAsConst(message.result)) {
+        target += entry.dst + QLatin1Char('\n');
+    }
+    mInputView->setTextTranslateSourceText(mPaddleText);
+    if (mUserPreferences.textTranslateLanguage == 3) {
+        target = toTraditional(target);
+    }
+    mInputView->setTextTranslateTargetText(target);
+    mTextRecord.dst = target;
+    uploadTextRecord(mTextRecord);
+}
+
+void InputPresenter::uploadTextRecord(TextRecord record)
+{
+    auto* manager = new QNetworkAccessManager(this);
+    connect(manager, &QNetworkAccessManager::finished, this, &InputPresenter::onUploadTextRecordResult);
+    QNetworkRequest request(QUrl(mHttpManager->backendUrl(QStringLiteral("/textrecord/upload"))));
+    request.setHeader(QNetworkRequest::ContentTypeHeader, QStringLiteral("application/json"));
+    manager->post(request, JsonUtils::textRecordBody(record));
+}
+
+void InputPresenter::onUploadTextRecordResult(QNetworkReply* reply)
+{
+    reply->deleteLater();
+    reply->manager()->deleteLater();
+    if (JsonUtils::parseBaseMsg(reply->readAll()).code == 1) {
+        qCInfo(lcInput).noquote() << "上传成功";
+    } else {
+        qCWarning(lcInput).noquote() << "上传失败";
+    }
+}
+
+void InputPresenter::onToStartTextReading(int pronPerson)
+{
+    if (mSynthesis->isPlaying()) {
+        mSynthesis->stop();
+    }
+    // Half-width marks the voice would spell out; the selection keeps the change.
+    for (const QChar mark : QStringLiteral("\n/\\*<>,?")) {
+        mPaddleText.remove(mark);
+    }
+    QFile file(AppPaths::dataFile(QStringLiteral("/text.txt")));
+    if (file.exists()) {
+        file.remove();
+    }
+    if (file.open(QIODevice::WriteOnly | QIODevice::Text)) {
+        file.write(QString(mPaddleText + QLatin1Char('\n')).toUtf8());
+    }
+    for (int at = 0; at < mPaddleText.size(); at += kReadingPieceChars) {
+        emit mSynthesis->speechSynthesis(mPaddleText.mid(at, kReadingPieceChars), pronPerson, 5, 5, 5);
+    }
+}
+
+void InputPresenter::onToShowReviseSignView(int x, int y)
+{
+    // The hint beside a rewritten word shows the text typed last.
+    mInputView->setReviseSignViewText(x, y, mLastOutput);
+}

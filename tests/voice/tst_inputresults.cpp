@@ -1,0 +1,393 @@
+#include "Hid/HookManager.h"
+#include "InputPresenterRig.h"
+#include "Utils/AppPaths.h"
+
+#include <QClipboard>
+#include <QGuiApplication>
+#include <QJsonDocument>
+#include <QJsonObject>
+#include <QMimeData>
+#include <QSignalSpy>
+#include <QUrlQuery>
+#include <QtTest>
+
+namespace {
+
+using P = InputPresenter;
+
+QByteArray translation(const QStringList& lines)
+{
+    QString entries;
+    for (const QString& line : lines) {
+        entries += QStringLiteral("%1{\"src\":\"x\",\"dst\":\"%2\"}")
+                       .arg(entries.isEmpty() ? QString() : QStringLiteral(","), line);
+    }
+    return QStringLiteral("{\"from\":\"zh\",\"to\":\"cht\",\"trans_result\":[%1]}").arg(entries).toUtf8();
+}
+
+QByteArray semantic(int category)
+{
+    return QStringLiteral(
+               "{\"code\":1,\"msg\":\"ok\",\"data\":{\"serviceCategory\":%1,\"serviceModel\":1,"
+               "\"isSearch\":0,\"website\":\"\",\"searchUrl\":\"\",\"searchWord\":\"\"}}")
+        .arg(category)
+        .toUtf8();
+}
+
+}  // namespace
+
+// What becomes of recognised text, and of text selected with the mouse.
+class TestInputResults : public QObject {
+    Q_OBJECT
+
+private slots:
+    void init();
+    void cleanup();
+    void dictationTypesSegmentsOneBehindTheOther();
+    void strippingTypesNoPunctuationButUploadsIt();
+    void traditionalTargetTypesOnlyFinals();
+    void translationSourceText();
+    void voiceCommandLengthAndStripping();
+    void nonMandarinSearchKeepsPunctuation();
+    void semanticReplies();
+    void selectionCapture();
+    void clipboardPolls();
+    void readingPieces();
+    void textTranslation();
+
+private:
+    P* presenter() { return mRig->presenter.get(); }
+    RecordingInputView& view() { return mRig->view; }
+    BaiduSpeech* engine() { return mRig->baidu.get(); }
+    QList<LocalHttpServer::Request> requestsTo(const QByteArray& path) const
+    {
+        QList<LocalHttpServer::Request> found;
+        for (const LocalHttpServer::Request& r : mRig->backend.requests()) {
+            if (r.target.startsWith(path)) {
+                found << r;
+            }
+        }
+        return found;
+    }
+    void setClipboard(const QString& text, bool binaryToo = false)
+    {
+        auto* data = new QMimeData;
+        data->setText(text);
+        if (binaryToo) {
+            data->setData(QStringLiteral("application/octet-stream"), "\x01");
+        }
+        QGuiApplication::clipboard()->setMimeData(data);
+    }
+
+    std::unique_ptr<InputPresenterRig> mRig;
+};
+
+void TestInputResults::init()
+{
+    mRig = std::make_unique<InputPresenterRig>();
+    mRig->connectDevice();
+}
+
+void TestInputResults::cleanup()
+{
+    mRig.reset();
+}
+
+void TestInputResults::dictationTypesSegmentsOneBehindTheOther()
+{
+    presenter()->onKeyEvent(6, 1);
+    emit engine()->signalBegin();
+    emit engine()->signalFlushResult(QStringLiteral("你好"));
+    emit engine()->signalFlushResult(QStringLiteral("你们"));  // revised: one backspace
+    emit engine()->signalResult(QStringLiteral("你们好。"));
+    emit engine()->signalFlushResult(QStringLiteral("再见"));
+    QCOMPARE(mRig->desktop.typedText(), QStringLiteral("你们好。再见"));
+    QCOMPARE(mRig->desktop.log.count(QStringLiteral("down BackSpace")), 1);
+    QCOMPARE(presenter()->results(), QList<QString>{QStringLiteral("你们好。")});
+}
+
+void TestInputResults::strippingTypesNoPunctuationButUploadsIt()
+{
+    mRig->backend.setAnswer(QStringLiteral("/BelmorZorvaneV2Mac/textrecord/upload"), {200, "{\"code\":1}"});
+    mRig->setPreferences([](UserPreferences& p) { p.isDelAllSign = 1; });
+    presenter()->onLocalIpId(77);
+    presenter()->onKeyEvent(6, 1);
+    emit engine()->signalResult(QStringLiteral("你好，世界。"));
+    emit engine()->signalResult(QStringLiteral("Yes!"));
+    presenter()->stopStatus();
+    emit engine()->signalEnd();
+    QCOMPARE(mRig->desktop.typedText(), QStringLiteral("你好世界Yes"));
+    QVERIFY(!presenter()->status().isRunning);
+    QTRY_COMPARE(requestsTo("/BelmorZorvaneV2Mac/textrecord/upload").size(), 1);
+    const QJsonObject record =
+        QJsonDocument::fromJson(requestsTo("/BelmorZorvaneV2Mac/textrecord/upload").first().body).object();
+    QCOMPARE(record.value(QStringLiteral("src")).toString(), QStringLiteral("你好，世界。Yes!"));
+    QCOMPARE(record.value(QStringLiteral("type")).toInt(), 3);
+    QCOMPARE(record.value(QStringLiteral("ip")).toInt(), 77);
+}
+
+void TestInputResults::traditionalTargetTypesOnlyFinals()
+{
+    mRig->backend.setAnswer(QStringLiteral("/api/trans/vip/translate"),
+                            {200, translation({QStringLiteral("你們好"), QStringLiteral("世界")})});
+    mRig->setPreferences([](UserPreferences& p) {
+        p.recognitionLanguage = 1;
+        p.voiceTranslateSourceLanguage = 1;
+        p.voiceTranslateTargetLanguage = 3;  // 粤语繁体
+    });
+    presenter()->onKeyEvent(6, 1);
+    QCOMPARE(presenter()->status().type, int(P::Dictation));
+    emit engine()->signalFlushResult(QStringLiteral("你们好"));
+    QVERIFY(mRig->desktop.log.isEmpty());
+    emit engine()->signalResult(QStringLiteral("你们好世界"));
+    QCOMPARE(mRig->desktop.typedText(), QStringLiteral("你們好\n世界"));
+    const QUrlQuery query(QUrl::fromEncoded(requestsTo("/api/trans/vip/translate").first().target));
+    QCOMPARE(query.queryItemValue(QStringLiteral("from")), QStringLiteral("zh_cn"));
+    QCOMPARE(query.queryItemValue(QStringLiteral("to")), QStringLiteral("cht"));
+
+    // No answer: the words as recognised are typed rather than nothing.
+    mRig->backend.setAnswer(QStringLiteral("/api/trans/vip/translate"), {500, QByteArray()});
+    emit engine()->signalResult(QStringLiteral("再见"));
+    QVERIFY(mRig->desktop.typedText().endsWith(QStringLiteral("再见")));
+}
+
+void TestInputResults::translationSourceText()
+{
+    mRig->setPreferences([](UserPreferences& p) {
+        p.voiceTranslateTargetLanguage = 4;
+        p.isDelAllSign = 1;
+    });
+    presenter()->onKeyEvent(6, 1);
+    QCOMPARE(presenter()->status().type, int(P::VoiceTranslate));
+    emit engine()->signalResult(QStringLiteral("你好。"));
+    emit engine()->signalFlushResult(QStringLiteral("世界"));
+    QCOMPARE(view().callsOf(QStringLiteral("setVoiceTranslateSourceText")),
+             QStringList({QStringLiteral("setVoiceTranslateSourceText(你好)"),
+                          QStringLiteral("setVoiceTranslateSourceText(你好世界)")}));
+    // While the user edits the panel, only the changed tail is inserted.
+    view().answers[QStringLiteral("isNoFoOnEditing")] = true;
+    emit engine()->signalFlushResult(QStringLiteral("世"));
+    emit engine()->signalResult(QStringLiteral("世界！"));
+    QCOMPARE(view().callsOf(QStringLiteral("insertVoiceTranslateOnEditingSourceText")),
+             QStringList({QStringLiteral("insertVoiceTranslateOnEditingSourceText(你好世)"),
+                          QStringLiteral("insertVoiceTranslateOnEditingSourceText(界)")}));
+    QVERIFY(presenter()->results().isEmpty());
+    presenter()->stopStatus();
+    emit engine()->signalEnd();
+    QVERIFY(!presenter()->status().isRunning);
+    QCOMPARE(presenter()->timer(P::TimerDelayHide).interval(), 200);
+}
+
+void TestInputResults::voiceCommandLengthAndStripping()
+{
+    // One character: too short, the strip hides at once.
+    presenter()->onKeyEvent(5, 1);
+    emit engine()->signalResult(QStringLiteral("好"));
+    presenter()->stopStatus();
+    emit engine()->signalEnd();
+    QCOMPARE(view().calls.mid(view().calls.size() - 2),
+             QStringList({QStringLiteral("setContent(\"好\" : 内容太短啦！)"), QStringLiteral("toHide()")}));
+
+    // Two characters, one a mark: long enough, and the command sees one character.
+    presenter()->onKeyEvent(5, 1);
+    emit engine()->signalResult(QStringLiteral("好。"));
+    presenter()->stopStatus();
+    view().takeCalls();
+    emit engine()->signalEnd();
+    QVERIFY(view().calls.contains(QStringLiteral("showFace(1)")));
+    QVERIFY(!presenter()->status().isRunning);
+
+    // Partial results only: nothing final, so nothing to obey.
+    presenter()->onKeyEvent(5, 1);
+    emit engine()->signalFlushResult(QStringLiteral("全选"));
+    QCOMPARE(view().calls.last(), QStringLiteral("setContent(全选)"));
+    presenter()->stopStatus();
+    emit engine()->signalEnd();
+    QVERIFY(view().calls.contains(QStringLiteral("setContent(\"\" : 内容太短啦！)")));
+
+    // A built-in command, punctuation and all.
+    presenter()->onKeyEvent(5, 1);
+    emit engine()->signalResult(QStringLiteral("全选。"));
+    presenter()->stopStatus();
+    emit engine()->signalEnd();
+    QCOMPARE(mRig->desktop.log.first(), QStringLiteral("down Control_L"));
+    QCOMPARE(presenter()->timer(P::TimerDelayHide).interval(), 2000);
+}
+
+void TestInputResults::nonMandarinSearchKeepsPunctuation()
+{
+    mRig->setPreferences([](UserPreferences& p) {
+        p.recognitionLanguage = 3;
+        p.voiceTranslateSourceLanguage = 3;
+        p.voiceTranslateTargetLanguage = 4;
+    });
+    presenter()->onKeyEvent(5, 1);
+    emit engine()->signalResult(QStringLiteral("weather in Paris, today?"));
+    presenter()->stopStatus();
+    emit engine()->signalEnd();
+    QCOMPARE(mRig->launcher.log.size(), 1);
+    const QUrl opened(mRig->launcher.log.first().mid(4));
+    QCOMPARE(opened.path(), QStringLiteral("/s"));
+    QCOMPARE(QUrlQuery(opened).queryItemValue(QStringLiteral("wd"), QUrl::FullyDecoded),
+             QStringLiteral("weather in Paris, today?"));
+    QVERIFY(requestsTo("/BelmorZorvaneV2Mac/semanticParsing").isEmpty());
+}
+
+void TestInputResults::semanticReplies()
+{
+    const QString path = QStringLiteral("/BelmorZorvaneV2Mac/semanticParsing/semanticParsing");
+    const auto ask = [this](const QString& words) {
+        presenter()->onKeyEvent(5, 1);
+        emit engine()->signalResult(words);
+        presenter()->stopStatus();
+        emit engine()->signalEnd();
+    };
+    mRig->backend.setAnswer(path, {200, semantic(21)});
+    ask(QStringLiteral("打开微信。"));
+    QVERIFY(presenter()->status().isAnalyzing);
+    QTRY_VERIFY(!presenter()->status().isRunning);
+    QCOMPARE(view().calls.last(), QStringLiteral("setContent(正在打开...)"));
+    const QJsonObject body = QJsonDocument::fromJson(requestsTo(path.toUtf8()).first().body).object();
+    QCOMPARE(body.value(QStringLiteral("content")).toString(), QStringLiteral("打开微信"));
+
+    // Not understood: the words and the message; the session stays until the next press.
+    mRig->backend.setAnswer(path, {200, "{\"code\":0,\"msg\":\"no\"}"});
+    ask(QStringLiteral("嗯嗯嗯"));
+    QTRY_VERIFY(view().calls.contains(QStringLiteral("setContent(\"嗯嗯嗯\" : 没听懂您说的。)")));
+
+    // A late reply after a new press changes nothing.
+    mRig->backend.setAnswer(path, {200, semantic(21), 300});
+    ask(QStringLiteral("打开微信"));
+    presenter()->onKeyEvent(6, 1);
+    view().takeCalls();
+    QTest::qWait(500);
+    QVERIFY(view().callsOf(QStringLiteral("setContent")).isEmpty());
+    QCOMPARE(presenter()->status().type, int(P::Dictation));
+
+    // No backend: the puzzled face, no text.
+    mRig->backend.setAnswer(path, {500, QByteArray()});
+    ask(QStringLiteral("打开微信"));
+    QTRY_VERIFY(view().calls.contains(QStringLiteral("showFace(1)")));
+    QVERIFY(view().calls.contains(QStringLiteral("setContent()")));
+}
+
+void TestInputResults::selectionCapture()
+{
+    mRig->setPreferences([](UserPreferences& p) { p.textTranslateMode = 1; });
+    view().answers[QStringLiteral("isShowPaddlewordsView")] = true;
+    view().answers[QStringLiteral("isHiddenPaddleWordsView")] = true;
+    view().answers[QStringLiteral("isHiddenTextTranslateView")] = true;
+    mRig->desktop.clipboard = QStringLiteral("the user's own");
+    setClipboard(QStringLiteral("selected words"));
+    HookManager* hook = HookManager::getInstance();
+    // A drag of 9 pixels is a click; 10 on one axis selects.
+    hook->OnMouseEvent(HookManager::LeftMouseDown, 100, 100);
+    hook->OnMouseEvent(HookManager::LeftMouseUp, 109, 91);
+    QTest::qWait(20);
+    QVERIFY(mRig->desktop.log.isEmpty());
+    hook->OnMouseEvent(HookManager::LeftMouseDown, 100, 100);
+    hook->OnMouseEvent(HookManager::LeftMouseUp, 100, 110);
+    QTRY_COMPARE(view().callsOf(QStringLiteral("toShowPaddleWordsView")).size(), 1);
+    QCOMPARE(mRig->desktop.log.mid(0, 2),
+             QStringList({QStringLiteral("down Control_L"), QStringLiteral("down c")}));
+    QCOMPARE(presenter()->paddleText(), QStringLiteral("selected words"));
+    QCOMPARE(mRig->desktop.clipboard, QStringLiteral("the user's own"));
+
+    // Refused: binary data, a lone line break; with the text panel open, no toolbar.
+    view().takeCalls();
+    setClipboard(QStringLiteral("binary"), true);
+    presenter()->onClipboardDataChange();
+    setClipboard(QStringLiteral("\r\n"));
+    presenter()->onClipboardDataChange();
+    QVERIFY(!presenter()->timer(P::TimerClipboardPoll).isActive());
+    view().answers[QStringLiteral("isHiddenTextTranslateView")] = false;
+    setClipboard(QStringLiteral("more words"));
+    presenter()->onClipboardDataChange();
+    QVERIFY(view().callsOf(QStringLiteral("toShowPaddleWordsView")).isEmpty());
+    QCOMPARE(presenter()->paddleText(), QStringLiteral("more words"));
+
+    // Translate mode off: no copy, the clipboard untouched.
+    mRig->setPreferences([](UserPreferences& p) { p.textTranslateMode = 0; });
+    mRig->desktop.log.clear();
+    presenter()->onPaddleWords();
+    QVERIFY(mRig->desktop.log.isEmpty());
+}
+
+void TestInputResults::clipboardPolls()
+{
+    mRig->setPreferences([](UserPreferences& p) { p.textTranslateMode = 1; });
+    view().answers[QStringLiteral("isShowPaddlewordsView")] = true;
+    setClipboard(QString());
+    presenter()->onClipboardDataChange();
+    QVERIFY(presenter()->timer(P::TimerClipboardPoll).isActive());
+    for (int i = 0; i < 3; ++i) {
+        presenter()->expireTimer(P::TimerClipboardPoll);
+    }
+    QVERIFY(!presenter()->timer(P::TimerClipboardPoll).isActive());
+    // The copy lands at the second poll.
+    presenter()->onClipboardDataChange();
+    presenter()->expireTimer(P::TimerClipboardPoll);
+    setClipboard(QStringLiteral("late"));
+    presenter()->expireTimer(P::TimerClipboardPoll);
+    QVERIFY(!presenter()->timer(P::TimerClipboardPoll).isActive());
+    QCOMPARE(presenter()->paddleText(), QStringLiteral("late"));
+    QCOMPARE(view().callsOf(QStringLiteral("toShowPaddleWordsView")).size(), 1);
+}
+
+void TestInputResults::readingPieces()
+{
+    mRig->setPreferences([](UserPreferences& p) { p.textTranslateMode = 1; });
+    view().answers[QStringLiteral("isShowPaddlewordsView")] = true;
+    QSignalSpy pieces(mRig->synthesis.get(), &SpeechSynthesisUtils::speechSynthesis);
+    const auto read = [&](const QString& text) {
+        setClipboard(text);
+        presenter()->onClipboardDataChange();
+        pieces.clear();
+        presenter()->onToStartTextReading(3);
+    };
+    read(QString(2048, QLatin1Char('a')));
+    QCOMPARE(pieces.size(), 2);
+    read(QString(2049, QLatin1Char('a')));
+    QCOMPARE(pieces.size(), 3);
+    QCOMPARE(pieces.last().at(0).toString(), QStringLiteral("a"));
+    QCOMPARE(pieces.last().mid(1), QVariantList({3, 5, 5, 5}));
+
+    read(QStringLiteral("and/or <b>*</b>, a\\b?\n"));
+    QCOMPARE(pieces.first().at(0).toString(), QStringLiteral("andor bb ab"));
+    pieces.clear();
+    presenter()->onToStartTextReading(0);  // the selection keeps the change
+    QCOMPARE(pieces.first().at(0).toString(), QStringLiteral("andor bb ab"));
+    QFile file(AppPaths::dataFile(QStringLiteral("/text.txt")));
+    QVERIFY(file.open(QIODevice::ReadOnly));
+    QCOMPARE(file.readAll(), QByteArray("andor bb ab\n"));
+}
+
+void TestInputResults::textTranslation()
+{
+    mRig->backend.setAnswer(QStringLiteral("/api/trans/vip/translate"),
+                            {200, translation({QStringLiteral("Hello"), QStringLiteral("World")})});
+    mRig->backend.setAnswer(QStringLiteral("/BelmorZorvaneV2Mac/textrecord/upload"), {200, "{\"code\":1}"});
+    mRig->setPreferences([](UserPreferences& p) { p.textTranslateLanguage = 4; });
+    presenter()->onToTextTranslate(QStringLiteral("你好 世界"));
+    QTRY_COMPARE(view().callsOf(QStringLiteral("setTextTranslateTargetText")),
+                 QStringList{QStringLiteral("setTextTranslateTargetText(Hello\nWorld\n)")});
+    QTRY_COMPARE(requestsTo("/BelmorZorvaneV2Mac/textrecord/upload").size(), 1);
+    const QJsonObject record =
+        QJsonDocument::fromJson(requestsTo("/BelmorZorvaneV2Mac/textrecord/upload").first().body).object();
+    QCOMPARE(record.value(QStringLiteral("from")).toString(), QStringLiteral("auto"));
+    QCOMPARE(record.value(QStringLiteral("to")).toString(), QStringLiteral("en"));
+    QCOMPARE(record.value(QStringLiteral("dst")).toString(), QStringLiteral("Hello\nWorld\n"));
+    QCOMPARE(record.value(QStringLiteral("type")).toInt(), 2);
+
+    // An error reply leaves the panel as it was and uploads nothing.
+    mRig->backend.setAnswer(QStringLiteral("/api/trans/vip/translate"),
+                            {200, "{\"error_code\":\"54001\",\"error_msg\":\"Invalid Sign\"}"});
+    view().takeCalls();
+    presenter()->onToTextTranslate(QStringLiteral("再见"));
+    QTest::qWait(200);
+    QVERIFY(view().callsOf(QStringLiteral("setTextTranslateTargetText")).isEmpty());
+    QCOMPARE(requestsTo("/BelmorZorvaneV2Mac/textrecord/upload").size(), 1);
+}
+
+QTEST_MAIN(TestInputResults)
+#include "tst_inputresults.moc"

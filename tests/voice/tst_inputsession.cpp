@@ -1,0 +1,402 @@
+#include "Hid/DeviceMessage.h"
+#include "InputPresenterRig.h"
+
+#include <QElapsedTimer>
+#include <QtTest>
+
+namespace {
+
+using P = InputPresenter;
+
+}  // namespace
+
+// Voice keys to sessions: engines, panels, click verdicts, stops, silence and the device's
+// microphone volume.
+class TestInputSession : public QObject {
+    Q_OBJECT
+
+private slots:
+    void init();
+    void cleanup();
+    void holdModeShortClickClosesAtTheVerdict();
+    void holdModeVerdictKeepsPanelsUnderThePointer();
+    void pickerOpenGivesStopStatus();
+    void clickModeRelease();
+    void bluetoothClickModeClosesLikeHoldMode();
+    void keysWithoutAReadyDevice();
+    void singleKeyShortPressAbandonsRecognition();
+    void singleKeyLongPress_data();
+    void singleKeyLongPress();
+    void singleKeyDoubleClickTakesOver();
+    void silenceEndsOnlyAShortClickVoiceCommand();
+    void volumeTimersRunOnlyWithWork();
+    void deviceMicrophoneVolume();
+    void delayedHideAndClosePanelTimer();
+
+private:
+    P* presenter() { return mRig->presenter.get(); }
+    RecordingInputView& view() { return mRig->view; }
+    void expire(P::TimerId id) { presenter()->expireTimer(id); }
+    // The verdict and the end of the minimum listening time, which run out together.
+    void verdict()
+    {
+        expire(P::TimerMinListen);
+        expire(P::TimerCheckIsLongClick);
+    }
+    // A press whose verdict came while held, then the release.
+    void longPress(int key)
+    {
+        presenter()->onKeyEvent(key, 1);
+        verdict();
+        presenter()->onKeyEvent(key, 0);
+    }
+    // A press released before the verdict, and the verdict.
+    void shortClick(int key)
+    {
+        presenter()->onKeyEvent(key, 1);
+        presenter()->onKeyEvent(key, 0);
+        verdict();
+    }
+
+    std::unique_ptr<InputPresenterRig> mRig;
+};
+
+void TestInputSession::init()
+{
+    mRig = std::make_unique<InputPresenterRig>(false);
+    mRig->connectDevice();
+}
+
+void TestInputSession::cleanup()
+{
+    mRig.reset();
+}
+
+void TestInputSession::holdModeShortClickClosesAtTheVerdict()
+{
+    // Real time: the minimum listening time and the verdict run out together, so the hard stop
+    // of the verdict is what stops the recogniser.
+    mRig->desktop.caret = QPoint(100, 200);
+    QElapsedTimer clock;
+    clock.start();
+    presenter()->onKeyEvent(6, 1);
+    QVERIFY(view().calls.contains(QStringLiteral("hideMainWindows()")));
+    QVERIFY(view().calls.contains(QStringLiteral("initFoDictationView()")));
+    QVERIFY(mRig->baidu->isRunning());
+    QCOMPARE(presenter()->status().type, int(P::Dictation));
+    view().answers[QStringLiteral("isHiddenFocusView")] = false;
+    QTest::qWait(300);
+    presenter()->onKeyEvent(6, 0);
+    QVERIFY(presenter()->status().isListening);
+    QTRY_VERIFY_WITH_TIMEOUT(!mRig->baidu->isRunning(), 2000);
+    QVERIFY(clock.elapsed() >= P::kClickVerdictMs);
+    QVERIFY(!presenter()->status().isListening);
+    QVERIFY(presenter()->status().isRunning);  // a final result may still finish it
+    QVERIFY(view().calls.contains(QStringLiteral("toHideFocusView()")));
+    QVERIFY(view().calls.contains(QStringLiteral("setMicStatus(false)")));
+}
+
+void TestInputSession::holdModeVerdictKeepsPanelsUnderThePointer()
+{
+    presenter()->onKeyEvent(6, 1);  // no caret: the no-focus panel
+    QVERIFY(view().calls.contains(QStringLiteral("initNoFoDictationView()")));
+    view().answers[QStringLiteral("isHiddenNoFocusView")] = false;
+    view().answers[QStringLiteral("isNoFocusOnMouseEnter")] = true;
+    view().takeCalls();
+    presenter()->onKeyEvent(6, 0);
+    verdict();
+    QVERIFY(mRig->baidu->isRunning());
+    QVERIFY(!view().calls.contains(QStringLiteral("toHideNoFocusView()")));
+
+    // Voice command: the search strip under the pointer stays, elsewhere it closes.
+    view().answers[QStringLiteral("isViewHidden")] = false;
+    view().answers[QStringLiteral("isOnMouseEnter")] = true;
+    shortClick(5);
+    QCOMPARE(presenter()->status().type, int(P::VoiceCommand));
+    QVERIFY(presenter()->status().isListening);
+    view().answers[QStringLiteral("isOnMouseEnter")] = false;
+    shortClick(5);
+    QVERIFY(!presenter()->status().isListening);
+    QVERIFY(view().calls.contains(QStringLiteral("toHide()")));
+}
+
+void TestInputSession::pickerOpenGivesStopStatus()
+{
+    presenter()->onKeyEvent(5, 1);
+    verdict();
+    view().answers[QStringLiteral("isHiddenChangeSearchLanguageView")] = false;
+    view().takeCalls();
+    presenter()->onKeyEvent(5, 0);
+    QVERIFY(view().calls.contains(QStringLiteral("setMuteVolume()")));
+    QVERIFY(!mRig->baidu->isRunning());
+    QVERIFY(!presenter()->status().isListening);
+    QVERIFY(presenter()->status().isRunning);
+}
+
+void TestInputSession::clickModeRelease()
+{
+    mRig->setPreferences([](UserPreferences& p) { p.isClickMode = 1; });
+    view().answers[QStringLiteral("isHiddenNoFocusView")] = false;
+    longPress(6);
+    QVERIFY(presenter()->status().isListening);
+    QVERIFY(mRig->baidu->isRunning());
+    // A short click leaves the dictation running with the key up, until a press elsewhere.
+    shortClick(6);
+    QVERIFY(presenter()->status().isListening);
+    QVERIFY(!view().calls.contains(QStringLiteral("toHideNoFocusView()")));
+    presenter()->onForceFinshView(1, 1);
+    QVERIFY(view().calls.contains(QStringLiteral("forceFinish()")));
+}
+
+void TestInputSession::bluetoothClickModeClosesLikeHoldMode()
+{
+    mRig->device.close();
+    mRig->connectDevice(true);
+    QCOMPARE(mRig->device.getDeviceType(), 1);
+    mRig->setPreferences([](UserPreferences& p) { p.isClickMode = 1; });
+    view().answers[QStringLiteral("isHiddenNoFocusView")] = false;
+    shortClick(6);
+    QVERIFY(!presenter()->status().isListening);
+    QVERIFY(!mRig->baidu->isRunning());
+    QVERIFY(view().calls.contains(QStringLiteral("toHideNoFocusView()")));
+}
+
+void TestInputSession::keysWithoutAReadyDevice()
+{
+    mRig->device.close();
+    presenter()->onKeyEvent(6, 1);
+    QVERIFY(view().calls.isEmpty());
+    QVERIFY(!presenter()->timer(P::TimerCheckIsLongClick).isActive());
+    // Ready but the link gone: the start check fails, the verdict timer still runs.
+    mRig->device.deviceReady();
+    presenter()->onKeyEvent(6, 1);
+    QVERIFY(!presenter()->status().isRunning);
+    QVERIFY(!mRig->baidu->isRunning());
+    QVERIFY(presenter()->timer(P::TimerCheckIsLongClick).isActive());
+}
+
+void TestInputSession::singleKeyShortPressAbandonsRecognition()
+{
+    mRig->setPreferences([](UserPreferences& p) { p.keyType = 1; });
+    presenter()->onKeyEvent(6, 1);
+    QVERIFY(view().calls.contains(QStringLiteral("setNoFoMicView(false)")));
+    QVERIFY(mRig->baidu->isRunning());
+    QVERIFY(!presenter()->status().isRunning);
+    view().answers[QStringLiteral("isHiddenNoFocusView")] = false;
+    view().answers[QStringLiteral("getCurrentNoFocusViewStatus")] = 3;
+    presenter()->onKeyEvent(6, 0);
+    QVERIFY(view().calls.contains(QStringLiteral("toHideNoFocusView()")));
+    QVERIFY(presenter()->timer(P::TimerSingleKeyStop).isActive());
+    QCOMPARE(presenter()->timer(P::TimerSingleKeyStop).interval(), P::kSingleKeyStopMs);
+    // Unclaimed: results before the gesture are dropped, and the expiry stops the engine.
+    emit mRig->baidu->signalResult(QStringLiteral("迟到"));
+    expire(P::TimerSingleKeyStop);
+    emit mRig->baidu->signalResult(QStringLiteral("迟到"));
+    QVERIFY(!mRig->baidu->isRunning());
+    QVERIFY(!presenter()->status().isRecogning);
+    QVERIFY(mRig->desktop.log.isEmpty());
+    QVERIFY(presenter()->timer(P::TimerCloseTranslateView).isActive());
+}
+
+void TestInputSession::singleKeyLongPress_data()
+{
+    QTest::addColumn<int>("target");
+    QTest::addColumn<int>("type");
+    QTest::addColumn<QString>("panelCall");
+    QTest::newRow("dictation") << 0 << int(P::Dictation) << QStringLiteral("startFoDictationAnimation()");
+    QTest::newRow("translation") << 4 << int(P::VoiceTranslate) << QStringLiteral("initFoTranslateView()");
+}
+
+void TestInputSession::singleKeyLongPress()
+{
+    QFETCH(int, target);
+    QFETCH(int, type);
+    QFETCH(QString, panelCall);
+    mRig->setPreferences([target](UserPreferences& p) {
+        p.keyType = 1;
+        p.voiceTranslateTargetLanguage = target;
+    });
+    presenter()->onKeyEvent(6, 1);
+    view().answers[QStringLiteral("isHiddenFocusView")] = false;
+    presenter()->onLongClickListener(6, 1);
+    QVERIFY(view().calls.contains(panelCall));
+    QCOMPARE(presenter()->status().type, type);
+    QVERIFY(presenter()->status().isRunning);
+    QVERIFY(presenter()->isVoiceKeyPressing());
+    // Key 5 is not this mouse's, and a two-key mouse ignores the gesture.
+    presenter()->onLongClickListener(5, 0);
+    QVERIFY(mRig->baidu->isRunning());
+    presenter()->onLongClickListener(6, 0);
+    QVERIFY(!mRig->baidu->isRunning());
+    QVERIFY(!presenter()->status().isListening);
+}
+
+void TestInputSession::singleKeyDoubleClickTakesOver()
+{
+    mRig->setPreferences([](UserPreferences& p) { p.keyType = 1; });
+    presenter()->onKeyEvent(6, 1);
+    presenter()->onKeyEvent(6, 0);
+    view().answers[QStringLiteral("isHiddenFocusView")] = false;  // a dictation panel is up
+    view().takeCalls();
+    // The gesture comes before the key event of the second press.
+    presenter()->onDoubleClickListener(6, 1);
+    presenter()->onKeyEvent(6, 1);
+    const QStringList calls = view().takeCalls();
+    QVERIFY(calls.indexOf(QStringLiteral("forceFinishFoView()")) <
+            calls.indexOf(QStringLiteral("toHideFocusView()")));
+    QVERIFY(calls.contains(QStringLiteral("setInitVoiceSearchView()")));
+    QVERIFY(!presenter()->timer(P::TimerSingleKeyStop).isActive());
+    QCOMPARE(presenter()->status().type, int(P::VoiceCommand));
+    QVERIFY(mRig->baidu->isRunning());  // the recogniser of the first press goes on
+    emit mRig->baidu->signalResult(QStringLiteral("打开计算器"));
+    QCOMPARE(presenter()->results(), QList<QString>{QStringLiteral("打开计算器")});
+    presenter()->onDoubleClickListener(6, 0);
+    presenter()->onKeyEvent(6, 0);
+    QVERIFY(!mRig->baidu->isRunning());
+    QVERIFY(!presenter()->isVoiceKeyPressing());
+}
+
+void TestInputSession::silenceEndsOnlyAShortClickVoiceCommand()
+{
+    shortClick(5);
+    presenter()->onRecVolume(1);
+    presenter()->onRecVolume(2);  // 2 is voice, though the animation waits for 3
+    QCOMPARE(presenter()->status().silentCount, 0);
+    for (int i = 0; i < P::kSilentReportsToStop - 1; ++i) {
+        presenter()->onRecVolume(i % 2);
+    }
+    QVERIFY(mRig->baidu->isRunning());
+    presenter()->onRecVolume(0);
+    QVERIFY(!mRig->baidu->isRunning());
+    QCOMPARE(presenter()->status().silentCount, 0);
+
+    // A long press, or a dictation, is not ended by silence.
+    presenter()->onKeyEvent(5, 1);
+    verdict();
+    for (int i = 0; i < 60; ++i) {
+        presenter()->onRecVolume(0);
+    }
+    QVERIFY(mRig->baidu->isRunning());
+    presenter()->onKeyEvent(5, 0);
+    shortClick(6);
+    for (int i = 0; i < P::kSilentReportsToStop; ++i) {
+        presenter()->onRecVolume(0);
+    }
+    QCOMPARE(presenter()->status().silentCount, 0);
+    QVERIFY(presenter()->status().isListening);
+
+    // The first voice of a session starts the strip's animation, once; volumes clamp at 12.
+    view().answers[QStringLiteral("isViewHidden")] = false;
+    presenter()->onKeyEvent(5, 1);
+    view().takeCalls();
+    presenter()->onRecVolume(30);
+    presenter()->onRecVolume(5);
+    QCOMPARE(presenter()->status().volume, 5);
+    QCOMPARE(view().callsOf(QStringLiteral("startVoiceSearchAnimation")).size(), 1);
+    QVERIFY(presenter()->timer(P::TimerRecogningAnimation).isActive());
+    for (const char* dots : {".", "..", "...", "....", "."}) {
+        presenter()->onRecogningAnimation();
+        QCOMPARE(view().calls.last(), QStringLiteral("setContent(正在识别中%1)").arg(QLatin1String(dots)));
+    }
+}
+
+void TestInputSession::volumeTimersRunOnlyWithWork()
+{
+    QVERIFY(presenter()->timer(P::TimerSyncDeviceVolume).isActive());
+    QVERIFY(!presenter()->timer(P::TimerUpdateVolume).isActive());
+    presenter()->onKeyEvent(5, 1);
+    QVERIFY(presenter()->timer(P::TimerUpdateVolume).isActive());
+    QCOMPARE(presenter()->timer(P::TimerUpdateVolume).interval(), 40);
+    presenter()->onRecVolume(7);
+    presenter()->onUpdateVolume();
+    QCOMPARE(view().calls.last(), QStringLiteral("changeVolume(7)"));
+    presenter()->stopStatus();
+    presenter()->onUpdateVolume();
+    QCOMPARE(view().calls.last(), QStringLiteral("changeVolume(0)"));
+    emit mRig->baidu->signalEnd();  // no result: the session closes
+    QVERIFY(!presenter()->status().isRunning);
+    presenter()->onUpdateVolume();
+    QVERIFY(!presenter()->timer(P::TimerUpdateVolume).isActive());
+    // The device gone, the sync tick stops itself; a ready device starts it again.
+    mRig->device.close();
+    presenter()->onSyncDeviceVolume();
+    QVERIFY(!presenter()->timer(P::TimerSyncDeviceVolume).isActive());
+    mRig->connectDevice();
+    QTRY_VERIFY(presenter()->timer(P::TimerSyncDeviceVolume).isActive());
+}
+
+void TestInputSession::deviceMicrophoneVolume()
+{
+    namespace DM = DeviceMessage;
+    const auto lastWrite = [this] {
+        const QList<QByteArray> writes = mRig->hidBackend.writes();
+        return writes.isEmpty() ? QByteArray()
+                                : st_small_base_com_msg::fromBytes(writes.last().mid(1)).toByteArray();
+    };
+    // No device value yet: the change only repeats 0, which the device layer refuses.
+    emit mRig->baidu->signalChangeVolume(3);
+    QCOMPARE(presenter()->dynamicVolume(), 0);
+    presenter()->onSyncDeviceVolume();
+    QTRY_COMPARE(lastWrite(), DM::getAudioVolume().toByteArray());
+
+    // The device's answer arrives on the read thread while the main thread syncs.
+    st_small_base_com_msg answer = DM::request(1, 3, 24, false);
+    answer.bytes[7] = 0x10;
+    answer.bytes[8] = 33;
+    mRig->hidBackend.pushReport(answer.toByteArray());
+    QTRY_COMPARE(presenter()->getCurVolume(), 33);
+    QCOMPARE(presenter()->dynamicVolume(), 33);
+    emit mRig->baidu->signalChangeVolume(20);  // clamped to 28..40 without a reported range
+    QCOMPARE(presenter()->dynamicVolume(), 40);
+    QTRY_COMPARE(lastWrite(), DM::setAudioVolume(40).toByteArray());
+    emit mRig->device.signalAudioVolume(36);  // the device's own value no longer leads
+    QCOMPARE(presenter()->dynamicVolume(), 40);
+    presenter()->onSyncDeviceVolume();
+    QTRY_COMPARE(mRig->hidBackend.writes().size(), 3);
+    QCOMPARE(lastWrite(), DM::setAudioVolume(40).toByteArray());
+    emit mRig->device.signalAudioVolume(40);
+    presenter()->onSyncDeviceVolume();  // in step: nothing to send
+    QTest::qWait(20);
+    QCOMPARE(mRig->hidBackend.writes().size(), 3);
+
+    emit mRig->device.signalVolumeAdjust(true, 38, 30);
+    emit mRig->baidu->signalChangeVolume(-20);
+    QCOMPARE(presenter()->dynamicVolume(), 30);
+}
+
+void TestInputSession::delayedHideAndClosePanelTimer()
+{
+    // Dictation ends: the focus-follow panel closes 200 ms after, unless the pointer is on it.
+    presenter()->onKeyEvent(6, 1);
+    view().answers[QStringLiteral("isHiddenFocusView")] = false;
+    presenter()->onKeyEvent(6, 0);
+    verdict();
+    view().answers[QStringLiteral("isFoMouseEnter")] = true;
+    emit mRig->baidu->signalEnd();
+    QCOMPARE(presenter()->timer(P::TimerDelayHide).interval(), 200);
+    expire(P::TimerDelayHide);
+    QVERIFY(presenter()->timer(P::TimerCloseTranslateView).isActive());
+    presenter()->onCloseTranslateView();  // still on it: keeps ticking
+    QVERIFY(presenter()->timer(P::TimerCloseTranslateView).isActive());
+    view().answers[QStringLiteral("isFoMouseEnter")] = false;
+    view().takeCalls();
+    presenter()->onCloseTranslateView();
+    QVERIFY(view().calls.contains(QStringLiteral("toHideFocusView()")));
+    QVERIFY(!presenter()->timer(P::TimerCloseTranslateView).isActive());
+
+    // A translation result waiting to be sent by hand stays.
+    view().answers[QStringLiteral("getCurrentFocusViewStatus")] = 1;
+    mRig->setPreferences([](UserPreferences& p) { p.isAutoSendMode = 0; });
+    view().takeCalls();
+    expire(P::TimerDelayHide);
+    QVERIFY(!view().calls.contains(QStringLiteral("toHideFocusView()")));
+
+    // A recogniser error soft-stops and closes by the delayed hide; a voice command waits 2 s.
+    presenter()->onKeyEvent(5, 1);
+    presenter()->onRecError(3, QStringLiteral("无法连接到服务!"));
+    QVERIFY(mRig->baidu->isRunning());  // the minimum listening time holds the soft stop
+    QCOMPARE(presenter()->timer(P::TimerDelayHide).interval(), 2000);
+}
+
+QTEST_MAIN(TestInputSession)
+#include "tst_inputsession.moc"
