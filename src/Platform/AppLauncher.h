@@ -13,4 +13,7 @@ public:
     // Starts the first of the desktop entries (ids such as "org.gnome.Calculator.desktop")
     // that is installed; false when none is.
     virtual bool launchApplication(const QStringList& desktopIds) = 0;
+    // A local path the backend names: a program is started, a desktop entry launched, any
+    // other file opened by its handler.
+    virtual void openLocalPath(const QString& path) = 0;
 };

@@ -142,7 +142,9 @@ void InputPresenter::handleIntent(SemanticParsingResult result)
     switch (result.serviceCategory) {
         case 19:
         case 20:
-            open(QUrl::fromLocalFile(result.website));
+            if (!result.website.isEmpty()) {
+                launcher()->openLocalPath(result.website);
+            }
             mInputView->setContent(kOpening);
             return;
         case 21:

@@ -78,6 +78,20 @@ void TestDesktopLauncher::firstLaunchableEntryStarts()
     // Started without a shell: the quoted path with its space arrives as one argument.
     QTRY_VERIFY(QFile::exists(marker));
     QVERIFY(!launcher.launchApplication(ids.mid(0, 3)));
+
+    // A path the backend names: an entry file is launched, a program is run, not opened.
+    QFile::remove(marker);
+    launcher.openLocalPath(QDir(folder).filePath(QStringLiteral("zorvane-touch.desktop")));
+    QTRY_VERIFY(QFile::exists(marker));
+    QFile::remove(marker);
+    const QString program = QDir(folder).filePath(QStringLiteral("zorvane-program"));
+    QFile script(program);
+    QVERIFY(script.open(QIODevice::WriteOnly));
+    script.write("#!/bin/sh\ntouch \"" + marker.toUtf8() + "\"\n");
+    script.close();
+    script.setPermissions(script.permissions() | QFileDevice::ExeOwner);
+    launcher.openLocalPath(program);
+    QTRY_VERIFY(QFile::exists(marker));
 }
 
 QTEST_GUILESS_MAIN(TestDesktopLauncher)

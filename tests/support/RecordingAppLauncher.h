@@ -2,7 +2,7 @@
 
 #include "Platform/AppLauncher.h"
 
-// Keeps what would have been opened: "url <address>" and "app <first installed entry>"; the
+// Keeps what would have been opened: "url <address>" and "app <first installed entry>", "path <local path>"; the
 // test says which desktop entries are installed.
 class RecordingAppLauncher : public AppLauncher {
 public:
@@ -10,6 +10,7 @@ public:
     QStringList installed;
 
     void openUrl(const QUrl& url) override { log << QStringLiteral("url ") + url.toString(); }
+    void openLocalPath(const QString& path) override { log << QStringLiteral("path ") + path; }
     bool launchApplication(const QStringList& desktopIds) override
     {
         for (const QString& id : desktopIds) {

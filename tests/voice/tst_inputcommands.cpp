@@ -210,7 +210,7 @@ void TestInputCommands::intentCategories()
     mRig->presenter->handleIntent(
         intent(0, 2, 1, 1, QString(), QStringLiteral("https://s.example/*"), QStringLiteral("x")));
     QCOMPARE(mRig->launcher.log,
-             QStringList({QStringLiteral("url file:///usr/bin/gnome-calculator"),
+             QStringList({QStringLiteral("path /usr/bin/gnome-calculator"),
                           QStringLiteral("url https://t.example/?f=北京&t=上海&d=明天")}));
     QCOMPARE(
         mRig->view.calls,
