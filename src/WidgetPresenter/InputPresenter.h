@@ -200,6 +200,8 @@ private:
     QString stripped(QString text) const;
     QString targetName() const;
     QString toTraditional(const QString& text);
+    // Shows the source of a voice translation; true when it went into a panel being edited.
+    bool setTranslateSource(QString source);
     void finishVoiceCommand(const QString& content);
     void searchTheWeb(QString query);
     void onSemanticReply(quint64 session, bool ok, const QString& content,

@@ -71,6 +71,19 @@ QString InputPresenter::toTraditional(const QString& text)
     return lines.join(QLatin1Char('\n'));
 }
 
+bool InputPresenter::setTranslateSource(QString source)
+{
+    if (isDelSign()) {
+        source = stripped(source);
+    }
+    if (!mInputView->isFoOnEditing() && !mInputView->isNoFoOnEditing()) {
+        mInputView->setVoiceTranslateSourceText(source);
+        return false;
+    }
+    mInputView->insertVoiceTranslateOnEditingSourceText(restoreContent(source));
+    return true;
+}
+
 void InputPresenter::onRecBegin()
 {
     mLastOutput.clear();
@@ -96,18 +109,9 @@ void InputPresenter::onRecFlushResult(QString result)
             }
             sendOutput(result);
             break;
-        case VoiceTranslate: {
-            QString source = joined(mResults) + result;
-            if (isDelSign()) {
-                source = stripped(source);
-            }
-            if (!mInputView->isFoOnEditing() && !mInputView->isNoFoOnEditing()) {
-                mInputView->setVoiceTranslateSourceText(source);
-            } else {
-                mInputView->insertVoiceTranslateOnEditingSourceText(restoreContent(source));
-            }
+        case VoiceTranslate:
+            setTranslateSource(joined(mResults) + result);
             break;
-        }
         default:
             break;
     }
@@ -136,21 +140,14 @@ void InputPresenter::onRecResult(QString result)
             sendOutput(result);
             mLastOutput.clear();  // the next segment is typed behind this one
             break;
-        case VoiceTranslate: {
+        case VoiceTranslate:
             mResults.append(result);
-            QString source = joined(mResults);
-            if (isDelSign()) {
-                source = stripped(source);
-            }
-            if (!mInputView->isFoOnEditing() && !mInputView->isNoFoOnEditing()) {
-                mInputView->setVoiceTranslateSourceText(source);
-            } else {
-                mInputView->insertVoiceTranslateOnEditingSourceText(restoreContent(source));
+            if (setTranslateSource(joined(mResults))) {
+                // Inserted into the user's edit: the next segment starts afresh.
                 mResults.clear();
                 mLastOutput.clear();
             }
             break;
-        }
         default:
             break;
     }

@@ -2,8 +2,8 @@
 
 #include "Platform/AppLauncher.h"
 
-// Keeps what would have been opened: "url <address>" and "app <first installed entry>", "path <local path>"; the
-// test says which desktop entries are installed.
+// Keeps what would have been opened: "url <address>", "app <first installed entry>" and
+// "path <local path>"; the test says which desktop entries are installed.
 class RecordingAppLauncher : public AppLauncher {
 public:
     QStringList log;
