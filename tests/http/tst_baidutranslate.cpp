@@ -112,6 +112,8 @@ void TestBaiduTranslate::translationIsReportedAsATextRecord()
         QStringLiteral("/api/trans/vip/translate"),
         {200, R"({"from":"en","to":"zh","trans_result":[{"src":"one","dst":"一"},{"src":"two","dst":"二"}]})",
          0});
+    // The upload of an earlier case may still be on its way: wait for this one's.
+    QTRY_COMPARE(mBackend.requests().size(), 1);
     BaiduTranslateMessage got;
     mManager->baiduTranslate(
         12, QStringLiteral("auto"), QStringLiteral("zh"), QStringLiteral("one\ntwo"),
@@ -121,7 +123,7 @@ void TestBaiduTranslate::translationIsReportedAsATextRecord()
         },
         nullptr, nullptr);
     QTRY_COMPARE(got.result.size(), 2);
-    QTRY_VERIFY(!mBackend.requests().isEmpty());
+    QTRY_COMPARE(mBackend.requests().size(), 2);
     const QJsonObject record = QJsonDocument::fromJson(mBackend.requests().last().body).object();
     QCOMPARE(record.value(QLatin1String("ip")).toInt(), 12);
     QCOMPARE(record.value(QLatin1String("from")).toString(), QStringLiteral("en"));  // the reply's own codes
