@@ -3,7 +3,8 @@
 #include "Hid/UsbChangeWorker.h"
 #include "Hid/VirtualHidBackend.h"
 
-#include <QProcess>
+#include "MouseSimulator.h"
+
 #include <QSignalSpy>
 #include <QStandardPaths>
 #include <QtTest>
@@ -12,48 +13,6 @@
 #include <mutex>
 
 namespace DM = DeviceMessage;
-
-// The simulator as a separate process, driven through its standard input.
-class Simulator {
-public:
-    explicit Simulator(const QString& socketPath) : mSocketPath(socketPath)
-    {
-        mProcess.setProcessChannelMode(QProcess::SeparateChannels);
-        mProcess.start(QStringLiteral(MOUSE_SIM_BINARY), {socketPath});
-    }
-    ~Simulator()
-    {
-        mProcess.write("quit\n");
-        if (!mProcess.waitForFinished(3000)) {
-            mProcess.kill();
-            mProcess.waitForFinished();
-        }
-    }
-    bool waitReady() { return waitForLine(QStringLiteral("ready ") + mSocketPath); }
-    void command(const QByteArray& line) { mProcess.write(line + '\n'); }
-    // Waits for a line of output; lines read on the way are kept.
-    bool waitForLine(const QString& line, int timeoutMs = 5000)
-    {
-        QElapsedTimer clock;
-        clock.start();
-        while (clock.elapsed() < timeoutMs) {
-            while (mProcess.canReadLine()) {
-                mLines << QString::fromUtf8(mProcess.readLine()).trimmed();
-            }
-            if (mLines.contains(line)) {
-                return true;
-            }
-            mProcess.waitForReadyRead(50);
-            QCoreApplication::processEvents();
-        }
-        return false;
-    }
-
-private:
-    QString mSocketPath;
-    QProcess mProcess;
-    QStringList mLines;
-};
 
 class TestVirtualReceiver : public QObject {
     Q_OBJECT
@@ -76,7 +35,7 @@ void TestVirtualReceiver::initTestCase()
 
 void TestVirtualReceiver::requestsAndRepliesTravelTheSocket()
 {
-    Simulator sim(mSocketPath);
+    MouseSimulator sim(QStringLiteral(MOUSE_SIM_BINARY), mSocketPath);
     QVERIFY(sim.waitReady());
     VirtualHidBackend backend(mSocketPath);
     HidManager hid(&backend);
@@ -138,7 +97,7 @@ void TestVirtualReceiver::requestsAndRepliesTravelTheSocket()
 
 void TestVirtualReceiver::unplugAndPlugAreSeenInOrder()
 {
-    Simulator sim(mSocketPath);
+    MouseSimulator sim(QStringLiteral(MOUSE_SIM_BINARY), mSocketPath);
     QVERIFY(sim.waitReady());
     VirtualHidBackend backend(mSocketPath);
     HidManager hid(&backend);

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "CallRecorder.h"
 #include "WidgetPresenter/InputView.h"
 
 #include <QHash>
@@ -10,16 +11,8 @@
 // answers the questions with what the test set in answers, keyed by operation name. Unset:
 // panels and pickers hidden, everything else false, 0 or empty, and a volume sample of 40.
 // Queries are recorded too, so a test can see what was asked.
-class RecordingInputView : public InputView {
+class RecordingInputView : public InputView, public CallRecorder {
 public:
-    QStringList calls;
-    QHash<QString, QVariant> answers;
-
-    // The calls of one operation, in order, with their arguments.
-    QStringList callsOf(const QString& name) const;
-    // The recorded calls so far, leaving the record empty.
-    QStringList takeCalls();
-
     void toHide() override { record(QStringLiteral("toHide")); }
     void toShow() override { record(QStringLiteral("toShow")); }
     bool isViewHidden() override { return ask(QStringLiteral("isViewHidden"), true).toBool(); }
@@ -153,20 +146,4 @@ public:
     void showMainView(int page) override { record(QStringLiteral("showMainView"), page); }
     void showExplain() override { record(QStringLiteral("showExplain")); }
     void hideMainWindows() override { record(QStringLiteral("hideMainWindows")); }
-
-private:
-    template <typename... Args>
-    void record(const QString& name, const Args&... args)
-    {
-        QStringList texts{text(args)...};
-        calls << name + QLatin1Char('(') + texts.join(QLatin1Char(',')) + QLatin1Char(')');
-    }
-    QVariant ask(const QString& name, const QVariant& unset)
-    {
-        record(name);
-        return answers.value(name, unset);
-    }
-    static QString text(const QString& value) { return value; }
-    static QString text(bool value) { return value ? QStringLiteral("true") : QStringLiteral("false"); }
-    static QString text(int value) { return QString::number(value); }
 };

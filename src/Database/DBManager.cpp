@@ -1,0 +1,238 @@
+#include "Database/DBManager.h"
+
+#include "Utils/AppPaths.h"
+#include "Utils/Logging.h"
+#include "Utils/TextUtils.h"
+
+#include <QDir>
+#include <QFile>
+#include <QSqlDatabase>
+#include <QSqlError>
+#include <QSqlQuery>
+#include <QVariant>
+
+namespace {
+
+const QString kCreateTable = QStringLiteral(
+    "create table if not exists command_word(id integer primary key autoincrement, keyword varchar(200), "
+    "target varchar(200), type int, pro varchar(200))");
+const QString kSelectAll = QStringLiteral("select * from command_word order by id desc");
+const QString kSelectOne = QStringLiteral("select * from command_word where id=%1");
+const QString kInsert =
+    QStringLiteral("insert into command_word(keyword, target, type, pro) values(?, ?, ?, ?)");
+const QString kUpdate =
+    QStringLiteral("update command_word set keyword=? , target=?, type=?, pro=? where id=?");
+const QString kDelete = QStringLiteral("delete from command_word where id=%1");
+
+// The migration reads the old file on a connection of its own, so that the default one
+// stays on the current file.
+const QString kOldConnection = QStringLiteral("zorvane_old_db");
+
+CommandWord readRow(const QSqlQuery& query)
+{
+    CommandWord word;
+    word.id = query.value(QStringLiteral("id")).toInt();
+    word.keyword = TextUtils::base64Decode(query.value(QStringLiteral("keyword")).toString());
+    word.target = TextUtils::base64Decode(query.value(QStringLiteral("target")).toString());
+    word.type = query.value(QStringLiteral("type")).toInt();
+    word.pro = query.value(QStringLiteral("pro")).toString();
+    return word;
+}
+
+bool readAll(QSqlDatabase db, QList<CommandWord>* words)
+{
+    QSqlQuery query(db);
+    if (!query.exec(kSelectAll)) {
+        qCWarning(lcDatabase) << "queryCommandWordList failed!" << query.lastError().text();
+        return false;
+    }
+    while (query.next()) {
+        words->append(readRow(query));
+    }
+    return true;
+}
+
+QString sibling(const QString& dataDir)
+{
+    QString old = dataDir;
+    return old.replace(QStringLiteral("ZorvaneV2"), QStringLiteral("ZorvaneBT"));
+}
+
+}  // namespace
+
+DBManager::DBManager() : DBManager(AppPaths::dataDir(), sibling(AppPaths::dataDir())) {}
+
+DBManager::DBManager(const QString& dataDir, const QString& oldDataDir, QObject* parent) : QObject(parent)
+{
+    init(dataDir, oldDataDir);
+}
+
+DBManager::~DBManager()
+{
+    close();
+    if (QSqlDatabase::contains(QLatin1String(QSqlDatabase::defaultConnection))) {
+        QSqlDatabase::removeDatabase(QLatin1String(QSqlDatabase::defaultConnection));
+    }
+}
+
+QString DBManager::fileName()
+{
+    return TextUtils::base64Encode(QStringLiteral("zorvane_db"));
+}
+
+void DBManager::init(const QString& dataDir, const QString& oldDataDir)
+{
+    QList<CommandWord> oldWords;
+    const QString oldPath = oldDataDir + QLatin1Char('/') + fileName();
+    const bool migrate = oldDataDir != dataDir && QFile::exists(oldPath);
+    if (migrate) {
+        {
+            QSqlDatabase old = QSqlDatabase::addDatabase(QStringLiteral("QSQLITE"), kOldConnection);
+            old.setDatabaseName(oldPath);
+            if (old.open()) {
+                readAll(old, &oldWords);
+                old.close();
+            } else {
+                qCWarning(lcDatabase) << "ZorvaneBT database open fialed!";
+            }
+        }
+        QSqlDatabase::removeDatabase(kOldConnection);
+    }
+
+    QDir().mkpath(dataDir);
+    mPath = dataDir + QLatin1Char('/') + fileName();
+    QSqlDatabase db = QSqlDatabase::contains(QLatin1String(QSqlDatabase::defaultConnection))
+                          ? QSqlDatabase::database(QLatin1String(QSqlDatabase::defaultConnection), false)
+                          : QSqlDatabase::addDatabase(QStringLiteral("QSQLITE"));
+    db.setDatabaseName(mPath);
+
+    if (oldWords.isEmpty()) {
+        return;
+    }
+    if (!open()) {
+        qCWarning(lcDatabase) << "ZorvaneV2 database open fialed!";
+        return;
+    }
+    for (const CommandWord& word : qAsConst(oldWords)) {
+        addCommandWord(word);
+    }
+    QFile::remove(oldPath);
+    close();
+}
+
+bool DBManager::open()
+{
+    QSqlDatabase db = QSqlDatabase::database(QLatin1String(QSqlDatabase::defaultConnection), false);
+    db.setDatabaseName(mPath);
+    if (!db.isOpen() && !db.open()) {
+        qCWarning(lcDatabase) << "open failed:" << db.lastError().text();
+        return false;
+    }
+    QSqlQuery query(db);
+    if (!query.exec(kCreateTable)) {
+        qCWarning(lcDatabase) << "create table failed:" << query.lastError().text();
+        db.close();
+        return false;
+    }
+    return true;
+}
+
+void DBManager::close()
+{
+    if (!QSqlDatabase::contains(QLatin1String(QSqlDatabase::defaultConnection))) {
+        return;
+    }
+    QSqlDatabase db = QSqlDatabase::database(QLatin1String(QSqlDatabase::defaultConnection), false);
+    if (db.isOpen()) {
+        db.close();
+    }
+}
+
+namespace {
+
+// The open default connection, or an invalid one after logging "db close".
+bool openDatabase(QSqlDatabase* db)
+{
+    *db = QSqlDatabase::database(QLatin1String(QSqlDatabase::defaultConnection), false);
+    if (!db->isOpen()) {
+        qCWarning(lcDatabase) << "db close";
+        return false;
+    }
+    return true;
+}
+
+bool writeWord(const QString& statement, const CommandWord& word, bool withId)
+{
+    QSqlDatabase db;
+    if (!openDatabase(&db)) {
+        return false;
+    }
+    QSqlQuery query(db);
+    query.prepare(statement);
+    query.addBindValue(TextUtils::base64Encode(word.keyword));
+    query.addBindValue(TextUtils::base64Encode(word.target));
+    query.addBindValue(word.type);
+    query.addBindValue(word.pro);
+    if (withId) {
+        query.addBindValue(word.id);
+    }
+    if (!query.exec()) {
+        qCWarning(lcDatabase) << "write failed:" << query.lastError().text();
+        return false;
+    }
+    return !withId || query.numRowsAffected() > 0;
+}
+
+}  // namespace
+
+bool DBManager::addCommandWord(CommandWord word)
+{
+    if (!writeWord(kInsert, word, false)) {
+        return false;
+    }
+    emit signalChangeCommand();
+    return true;
+}
+
+bool DBManager::updateCommandWord(CommandWord word)
+{
+    if (!writeWord(kUpdate, word, true)) {
+        return false;
+    }
+    emit signalChangeCommand();
+    return true;
+}
+
+bool DBManager::deleteCommandWord(int id)
+{
+    QSqlDatabase db;
+    if (!openDatabase(&db)) {
+        return false;
+    }
+    QSqlQuery query(db);
+    if (!query.exec(kDelete.arg(id))) {
+        qCWarning(lcDatabase) << "deleteCommandWord failed:" << query.lastError().text();
+        return false;
+    }
+    return true;
+}
+
+bool DBManager::queryCommandWordList(QList<CommandWord>* words)
+{
+    QSqlDatabase db;
+    return openDatabase(&db) && readAll(db, words);
+}
+
+bool DBManager::queryCommandWord(int id, CommandWord* word)
+{
+    QSqlDatabase db;
+    if (!openDatabase(&db)) {
+        return false;
+    }
+    QSqlQuery query(db);
+    if (!query.exec(kSelectOne.arg(id)) || !query.next()) {
+        return false;
+    }
+    *word = readRow(query);
+    return true;
+}

@@ -1,0 +1,41 @@
+#pragma once
+
+#include "Database/CommandWord.h"
+#include "Utils/Singleton.h"
+
+#include <QList>
+#include <QObject>
+#include <QString>
+
+// The user's command words in a small SQLite file of the data folder, named by the Base64 of
+// "zorvane_db". Keyword and target are stored as Base64. Open only for one operation at a
+// time: every user brackets its work in open() and close(). Main thread only.
+class DBManager : public QObject, public Singleton<DBManager> {
+    Q_OBJECT
+
+public:
+    // Tests give the data folder and the older sibling whose words move over.
+    DBManager(const QString& dataDir, const QString& oldDataDir, QObject* parent = nullptr);
+    ~DBManager() override;
+
+    static QString fileName();
+
+    bool open();
+    void close();
+    bool addCommandWord(CommandWord word);
+    bool updateCommandWord(CommandWord word);
+    bool deleteCommandWord(int id);
+    bool queryCommandWordList(QList<CommandWord>* words);
+    bool queryCommandWord(int id, CommandWord* word);
+
+signals:
+    void signalChangeCommand();
+
+private:
+    friend class Singleton<DBManager>;
+    DBManager();
+
+    void init(const QString& dataDir, const QString& oldDataDir);
+
+    QString mPath;
+};

@@ -1,0 +1,348 @@
+#pragma once
+
+#include "Database/CommandWord.h"
+#include "Http/BackendRecords.h"
+#include "Http/HttpRequest.h"
+#include "Utils/UserPreferences.h"
+#include "WidgetPresenter/DeviceStatus.h"
+
+#include <QList>
+#include <QObject>
+#include <QPointer>
+#include <QString>
+
+#include <atomic>
+#include <functional>
+#include <memory>
+#include <mutex>
+
+class AppAutoRunUtils;
+class ConsoleNotices;
+class CustomTimer;
+class DBManager;
+class DeviceManager;
+class HookManager;
+class HttpManager;
+class InternetUtils;
+class MainWindowView;
+class QTimer;
+class RecordManager;
+
+// The console's long-running brain: finds, opens, identifies and configures the mouse, keeps
+// it in step with the user's settings, notices when it goes, fetches the backend's data,
+// keeps the command words, and decides the battery notices, rest reminder and update offers.
+//
+// Threads: the device controller ladder runs on its own thread every 600 ms; everything else
+// on the main thread. The device state, the current device row, the device list, the open
+// time and the preferences are shared under one recursive lock (the view may call back into
+// the presenter while a main-thread slot holds it). The controller never touches the view or
+// a timer: it posts that work to the main thread.
+class MainWindowPresenter : public QObject {
+    Q_OBJECT
+
+public:
+    static constexpr int kDeviceControllerMs = 600;
+    static constexpr int kDeviceMessageMs = 600;
+    static constexpr int kHttpControllerMs = 100;
+    static constexpr int kVersionCheckMs = 1200000;
+    static constexpr int kLowbatGateMs = 1500000;
+    static constexpr int kMinLowbatGateMs = 600000;
+    static constexpr int kWorkResetMs = 900000;
+    static constexpr int kWarningHintMs = 1000;
+    static constexpr int kLowbatBlinkMs = 500;
+    static constexpr int kConnectionCheckMs = 1000;
+    static constexpr int kChargeAnimationMs = 100;
+    static constexpr int kHeartbeatMs = 600000;
+    static constexpr int kHttpTimeoutMs = 8000;
+    static constexpr int kOpenWaitTicks = 200;
+    static constexpr int kLevelValueTries = 5;
+    static constexpr char kAppVersion[] = "2.8.1.0";
+    static constexpr char kNoDongleId[] = "0000000000000000";
+
+    // What the presenter talks to. The plain constructor takes the process-wide instances;
+    // tests hand in their own (not owned). http, hook, internet, autoRun and record may be
+    // null: the parts that need them then stay quiet.
+    struct Collaborators {
+        DeviceManager* device = nullptr;
+        DBManager* db = nullptr;
+        HttpManager* http = nullptr;
+        HookManager* hook = nullptr;
+        InternetUtils* internet = nullptr;
+        AppAutoRunUtils* autoRun = nullptr;
+        RecordManager* record = nullptr;
+        ConsoleNotices* notices = nullptr;
+        // Width of the primary screen's available area; the primary screen when unset.
+        std::function<int()> screenWidth;
+    };
+
+    // The steps of the HTTP ladder, in the order they are taken and retried.
+    enum HttpStep {
+        StepAppVersion,
+        StepDeviceList,
+        StepDeviceOpenTime,
+        StepIpAddress,
+        StepIpInfo,
+        StepUploadIpInfo,
+        StepCalendarPhrases,
+        StepRegisterDevice,
+        StepDirectUI,
+        HttpStepCount
+    };
+    enum TimerId {
+        TimerDeviceMessage,
+        TimerHttpController,
+        TimerVersionCheck,
+        TimerLowbatGate,
+        TimerMinLowbatGate,
+        TimerDeviceDelayOpen,
+        TimerChargeAnimation,
+        TimerWorkReset,
+        TimerWorkTime,
+        TimerWarningHint,
+        TimerLowbatBlink,
+        TimerConnectionCheck,
+        TimerHeartbeat
+    };
+
+    MainWindowPresenter(MainWindowView* view, QObject* parent = nullptr);
+    MainWindowPresenter(MainWindowView* view, const Collaborators& collaborators, QObject* parent = nullptr);
+    ~MainWindowPresenter() override;
+
+    // Tests: the state and the timers.
+    DeviceStatus deviceStatus() const;
+    DeviceInfo currentDeviceInfo() const;
+    QList<int> errorStatus() const { return mErrorStatus; }
+    bool httpRequested(HttpStep step) const { return mHttpRequested[step]; }
+    bool httpAnswered(HttpStep step) const { return mHttpAnswered[step]; }
+    bool isConsoleDataComplete() const { return mConsoleDataComplete; }
+    bool isDeviceInitialised() const;
+    bool isDeviceControllerRunning() const;
+    QTimer* timer(TimerId id) const;
+    UserPreferences userPreferences() const;
+    Device device() const { return mDevice; }
+    DeviceRecord deviceRecord() const { return mDeviceRecord; }
+    IpInfo ipInfo() const { return mIpInfo; }
+    struct BatteryState {
+        bool powerPlugged = false;
+        bool lowbatSeen = false;
+        bool minLowbatSeen = false;
+        bool shutdown = false;
+        bool lowbatNoLongerRemind = false;
+        bool minLowbatNoLongerRemind = false;
+        bool recoveryWatch = false;
+        int watchBase = 0;
+        int lastValue = 0;
+        int reportCount = 0;
+    };
+    BatteryState batteryState() const { return mBattery; }
+
+    // Device lifecycle.
+    void openDevice();
+    void getDeviceOpenTime();
+    void deviceIn(int vid, int pid);
+    void deviceOut(int vid, int pid);
+    void deviceInsert(bool state);
+    void addErrorStatus(int status);
+    void removeErrorStatus(int status);
+    void checkHomeImage();
+    void checkExplainImage();
+    void checkNavImage();
+    void hide();
+
+    // The HTTP ladder's requests.
+    void getAppVersion();
+    void getDeviceList();
+    void getIpAddress();
+    void getIpInfo();
+    void uploadIpInfo();
+    void registerDevice();
+    void getDirectUIList();
+    void getCalendarPhrases();
+    void checkNewestAppVersion();
+
+    // Command words.
+    int onAddCommandButtonSumbit();
+    int onEditCommandButtonSumbit();
+    void onButtonDeleteCommand();
+    void loadUserCommand();
+    QList<CommandWord> getCommandWords() const { return mCommandWords; }
+    // Copies the row's word into the word being edited; false for a row the list lacks.
+    bool getCurrentEditCommandId(int row);
+    CommandWord currentEditCommand() const { return mEditCommand; }
+    void setShortcutList(QList<int> keys) { mShortcutList = keys; }
+
+    // The number on the fourth speed button for a resolution; 0 for a label without one.
+    static int cpiLabel(int value);
+
+    // Rest reminder.
+    void setWorkTime(int ms);
+    void setRestEnable(bool enable);
+
+signals:
+    void signalAppVersion(VersionInfo vi);
+    void signalLocalIpId(int id);
+    void signalGetDeviceInfo(DeviceInfo info);
+    void signalLoadUserCommandWord(QList<CommandWord> word);
+    void signalDirectUIsToInput(QList<DirectUI> directUIs);
+    void signalStartHeartbeat();
+    void signalStartDeviceDelayOpen();
+    void signalShowBLEGuidanceDialog();
+    void signalHideBLEGuidanceDialog();
+    void signalStartCheckDeviceConnectionTimer();
+
+public slots:
+    void onInternetStateChange(bool state);
+    void onPreferencesChange(UserPreferences preferences);
+    void onDeviceReady();
+    void onDeviceDongleFlashID(QString id);
+    void onDeviceRemoteFlashID(QString id);
+    void onDeviceMouseActive(bool active);
+    void onDeviceModule(int lamplightModule, int shakeModule, int soundEffectModule, int keyType,
+                        QString customerCode, int mouseWriedType);
+    void onUSBChange(int vid, int pid, bool enable);
+    void onBLEDeviceConnectState(bool connected, QString uuid);
+    void onTimerDeviceController();
+    void onTimerDeviceMessage();
+    void onTimerHttpController();
+    void onTimerHeartbeat();
+    void onTimerConnectionCheck();
+    void onGetPlugIn();
+    void onCheckVersion();
+
+    // Preferences of the console's pages.
+    void onCheckVoiceTranslateMode(bool checked);
+    void onCheckTextTranslateMode(bool checked);
+    void onCheckCalendarPhrasesOnOff(bool checked);
+    void onCheckUpdateHintOnOff(bool checked);
+    void onCheckAutoRunOnOff(bool checked);
+    void onPreferenceSettingCheckBoxClick(bool checked);
+    void onPreferenceSettingRadioButtonClickSend(bool checked);
+    void onPreferenceSettingRadioButtonAutoSend(bool checked);
+    void onPreferenceSettingCheckBoxEnterKeySend(bool checked);
+    void onPreferenceSettingCheckBoxSpaceKeySend(bool checked);
+    void onPreferenceSettingCheckBoxDelAllSign(bool checked);
+
+    // Device settings.
+    void onDeviceDpi(int level);
+    void onChangeMouseDpiKey(int level);
+    void onDeviceDpiLevelValue(int v1, int v2, int v3);
+    void onDeviceCpi(int value);
+    void onDeviceLowbatReport(bool enable);
+    void onDeviceShake(bool enable);
+    void onDeviceLamplight(int enable);
+    void onDeviceSoundEffect(bool enable);
+    void onRadioSelectDpi0(bool checked);
+    void onRadioSelectDpi1(bool checked);
+    void onRadioSelectDpi2(bool checked);
+    void onRadioSelectDpi3(bool checked);
+    void onCheckLowbatReport(bool checked);
+    void onCheckShake(bool checked);
+    void onCheckLamplight(bool checked);
+    void onCheckSoundEffect(bool checked);
+    void onShowTrayPowerValue();
+
+    // Battery.
+    void onDeviceLowbat();
+    void onDeviceMinLowbat();
+    void onDevicePowerPlusIn(bool plugged);
+    void onMouseShutdown();
+    void onDeviceBatteryValue(int value);
+    void recvLowbatSignalNoLongerRemind();
+    void recvMinLowbatSignalNoLongerRemind();
+
+    // Rest reminder.
+    void onWorkInput();
+    void onTimerWorkReset();
+    void onTimerWorkTime();
+
+private:
+    using Lock = std::lock_guard<std::recursive_mutex>;
+
+    // A reply handler that does nothing once the presenter is gone: replies outlive it.
+    template <typename Fn>
+    auto guard(Fn fn)
+    {
+        QPointer<MainWindowPresenter> self(this);
+        return [self, fn](auto... args) {
+            if (self) {
+                fn(args...);
+            }
+        };
+    }
+
+    void initDatas(const Collaborators& collaborators);
+    void connectDevice();
+    // Runs fn on the main thread: now when already there, else queued.
+    void runOnMain(std::function<void()> fn);
+    void openSucceeded();
+    void startDelayOpen(bool singleShot);
+    void httpStepFailed(HttpStep step);
+    HttpRequest::TimeoutFunc onHttpTimeout(HttpStep step);
+    HttpRequest::ErrorFunc onHttpError(HttpStep step);
+    void persistPreferences();
+    void storePreference(int UserPreferences::*field, int value);
+    void checkImage(const QString& reference, std::function<void(QString)> setImage, bool defaultIfEmpty);
+    void offerUpdate(const VersionInfo& vi);
+    void checkDpiButton(int level);
+    void syncSetting(DeviceStatus::Setting& setting, void (DeviceManager::*get)(),
+                     void (DeviceManager::*set)(bool), bool* acted);
+    void syncLowbatReport(bool* acted);
+    void syncDpi();
+    void firstSettingReply(DeviceStatus::Setting& setting, bool enable,
+                           void (MainWindowView::*setOnOff)(bool), void (MainWindowView::*setStatus)(bool));
+    void selectDpi(int target);
+    void batteryBackToNormal();
+    int commandSubmit(bool edit);
+    void showCommandWarning(bool edit, const QString& text);
+
+    MainWindowView* mView;
+    DeviceManager* mDeviceManager = nullptr;
+    DBManager* mDBManager = nullptr;
+    HttpManager* mHttpManager = nullptr;
+    HookManager* mHookManager = nullptr;
+    AppAutoRunUtils* mAutoRun = nullptr;
+    RecordManager* mRecordManager = nullptr;
+    ConsoleNotices* mNotices = nullptr;
+    std::function<int()> mScreenWidth;
+
+    // Shared with the device controller's thread, under mStatusMutex.
+    mutable std::recursive_mutex mStatusMutex;
+    UserPreferences mUserPreferences;
+    DeviceStatus mDeviceStatus;
+    DeviceInfo mCurDevInf;
+    QList<DeviceInfo> mDeviceInfoList;
+    DeviceOpenTime mDeviceOpenTime;
+    int mOpenWaitCount = 0;
+    bool mDeviceInitialised = false;
+    bool mBleAnswered = false;
+    // Whether the device delay open timer runs or is about to: the controller reads it.
+    std::atomic<bool> mDelayOpenActive{false};
+
+    // Main thread only.
+    struct DeviceState {
+        bool insert = false;
+        bool connected = false;
+        bool insertChange = false;
+    } mDeviceState;
+    Device mDevice;
+    DeviceRecord mDeviceRecord;
+    IpInfo mIpInfo;
+    QString mIpAddress;
+    std::atomic<bool> mIsInternet{true};
+    QList<int> mErrorStatus;
+    bool mConsoleDataComplete = false;
+    bool mGuidanceShown = false;
+    bool mPowerHint = false;
+    bool mHttpRequested[HttpStepCount] = {};
+    bool mHttpAnswered[HttpStepCount] = {};
+    BatteryState mBattery;
+    int mBlinkStep = 0;
+    int mChargeStep = 0;
+
+    QList<CommandWord> mCommandWords;
+    CommandWord mEditCommand;
+    QList<int> mShortcutList;
+
+    std::unique_ptr<CustomTimer> mTimerDeviceController;
+    QTimer* mTimers[TimerHeartbeat + 1] = {};
+};

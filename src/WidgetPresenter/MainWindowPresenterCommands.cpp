@@ -1,0 +1,126 @@
+// The user's command words: the add, edit and delete flows of the console's pages, and the
+// list that goes to the voice presenter.
+#include "Database/DBManager.h"
+#include "Utils/KeyTable.h"
+#include "Utils/TextUtils.h"
+#include "WidgetPresenter/MainWindowPresenter.h"
+#include "WidgetPresenter/MainWindowView.h"
+
+#include <QTimer>
+
+namespace {
+
+// The marks recognition may end a word with; the stored keyword has none.
+const QString kMarks[] = {QStringLiteral("。"), QStringLiteral("."), QStringLiteral("？"),
+                          QStringLiteral("?"),  QStringLiteral(","), QStringLiteral("，"),
+                          QStringLiteral("!"),  QStringLiteral("！")};
+
+}  // namespace
+
+void MainWindowPresenter::showCommandWarning(bool edit, const QString& text)
+{
+    if (edit) {
+        mView->setEditCommandWarningText(text);
+    } else {
+        mView->setAddCommandWarningText(text);
+    }
+    mTimers[TimerWarningHint]->start();
+}
+
+int MainWindowPresenter::commandSubmit(bool edit)
+{
+    const int typeIndex = edit ? mView->getEditCommmandCurrentType() : mView->getAddCommmandCurrentType();
+    QString keyword = edit ? mView->getEditCommandCurrentCommand() : mView->getAddCommandCurrentCommand();
+    for (const QString& mark : kMarks) {
+        keyword.remove(mark);
+    }
+    if (keyword.size() < 2) {
+        showCommandWarning(edit, QStringLiteral("* 命令词长度必须要大于一个字！！！"));
+        return -1;
+    }
+    const QString target =
+        edit ? mView->getEditCommandCurrentContent() : mView->getAddCommandCurrentContent();
+    if (TextUtils::isEmpty(target)) {
+        showCommandWarning(edit, QStringLiteral("* 内容不能为空！！！"));
+        return -1;
+    }
+    CommandWord word = edit ? mEditCommand : CommandWord();
+    word.keyword = keyword;
+    word.target = target;
+    if (typeIndex >= 0 && typeIndex <= 2) {
+        word.type = typeIndex;
+        word.pro.clear();
+    } else {
+        word.type = 3;
+        word.pro = KeyTable::buildShortcut(mShortcutList);
+    }
+    if (!mDBManager->open()) {
+        showCommandWarning(
+            edit, edit ? QStringLiteral("* 编辑失败1！！！") : QStringLiteral("* 打开数据失败！！！"));
+        return -1;
+    }
+    const bool written = edit ? mDBManager->updateCommandWord(word) : mDBManager->addCommandWord(word);
+    if (!written) {
+        showCommandWarning(
+            edit, edit ? QStringLiteral("* 编辑失败2！！！") : QStringLiteral("* 添加数据失败！！！"));
+        mDBManager->close();
+        return -1;
+    }
+    mDBManager->close();
+    return 0;
+}
+
+int MainWindowPresenter::onAddCommandButtonSumbit()
+{
+    return commandSubmit(false);
+}
+
+int MainWindowPresenter::onEditCommandButtonSumbit()
+{
+    return commandSubmit(true);
+}
+
+bool MainWindowPresenter::getCurrentEditCommandId(int row)
+{
+    if (row < 0 || row >= mCommandWords.size()) {
+        return false;
+    }
+    mEditCommand = mCommandWords.at(row);
+    return true;
+}
+
+void MainWindowPresenter::onButtonDeleteCommand()
+{
+    const QList<int> rows = mView->selectedCustomTableItems();
+    if (rows.isEmpty() || mView->execDelPopupView() != 1 || !mDBManager->open()) {
+        return;
+    }
+    // A table row gives three selected cells.
+    for (int i = 0; i < rows.size(); i += 3) {
+        const int row = rows.at(i);
+        if (row >= 0 && row < mCommandWords.size()) {
+            mDBManager->deleteCommandWord(mCommandWords.at(row).id);
+        }
+    }
+    mDBManager->close();
+    loadUserCommand();
+}
+
+void MainWindowPresenter::loadUserCommand()
+{
+    mCommandWords.clear();
+    mView->clearCustomTableContents();
+    if (mDBManager->open()) {
+        mDBManager->queryCommandWordList(&mCommandWords);
+        mDBManager->close();
+    }
+    // Also an empty list: the voice presenter must forget a last word that was deleted.
+    emit signalLoadUserCommandWord(mCommandWords);
+    if (mCommandWords.isEmpty()) {
+        return;
+    }
+    mView->setCustomTableRowCount(qMax(mView->getCustomTableRowCounts(), mCommandWords.size()));
+    for (int row = 0; row < mCommandWords.size(); ++row) {
+        mView->setQTableWidgetItemIcon(row, mCommandWords.at(row));
+    }
+}

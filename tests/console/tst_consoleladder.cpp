@@ -1,0 +1,315 @@
+#include "ConsoleRig.h"
+#include "Hid/DeviceMessage.h"
+#include "Hid/VirtualHidBackend.h"
+#include "Http/HttpManager.h"
+#include "MouseSimulator.h"
+#include "ServiceSet.h"
+
+#include <QJsonArray>
+#include <QJsonObject>
+#include <QSignalSpy>
+#include <QStandardPaths>
+#include <QTimer>
+#include <QtTest>
+
+namespace DM = DeviceMessage;
+
+namespace {
+
+constexpr int kVid = 0x3151;
+constexpr int kPid = 0x4011;
+
+// The line the simulator prints when the application writes this record.
+QString out(const st_small_base_com_msg& record)
+{
+    return QStringLiteral("out ") + QString::fromLatin1(record.toByteArray(31).toHex(' '));
+}
+
+void saveNumbers(UserPreferences& p, int vid, int pid)
+{
+    p.saveVid = vid;
+    p.savePid = pid;
+    p.saveCustomerCode = QStringLiteral("0A0B0C");
+}
+
+}  // namespace
+
+// The console's two ladders against the virtual mouse and the stand-in backend.
+class TestConsoleLadder : public QObject {
+    Q_OBJECT
+
+private slots:
+    void initTestCase();
+    void asleepMouseWaitsThenSettingsReachIt();
+    void unplugAndReplug();
+    void onlineLadderOpensFromTheListAndRegisters();
+    void zeroDongleIsNeverRegistered();
+    void httpStepsRunInOrderAndRetry();
+    void openDelayOnlineAndOffline();
+
+private:
+    std::unique_ptr<MouseSimulator> simulator(const QStringList& setup = {});
+    std::unique_ptr<HttpManager> backend();
+
+    QString mSocketPath;
+    ServiceSet mServices;
+};
+
+void TestConsoleLadder::initTestCase()
+{
+    QStandardPaths::setTestModeEnabled(true);
+    QCoreApplication::setApplicationName(QStringLiteral("ZorvaneV2"));
+    mSocketPath = QStandardPaths::writableLocation(QStandardPaths::RuntimeLocation) +
+                  QStringLiteral("/mouse-sim-console");
+    mServices.setAllPortsFree();
+    QString error;
+    QVERIFY2(mServices.start(&error), qPrintable(error));
+}
+
+std::unique_ptr<MouseSimulator> TestConsoleLadder::simulator(const QStringList& setup)
+{
+    auto sim = std::make_unique<MouseSimulator>(QStringLiteral(MOUSE_SIM_BINARY), mSocketPath);
+    if (!sim->waitReady()) {
+        return nullptr;
+    }
+    for (const QString& line : setup) {
+        sim->command(line.toUtf8());
+    }
+    sim->command("echo set up");
+    return sim->waitForLine(QStringLiteral("set up")) ? std::move(sim) : nullptr;
+}
+
+std::unique_ptr<HttpManager> TestConsoleLadder::backend()
+{
+    mServices.fault(ServiceSet::Backend).clear();
+    return std::make_unique<HttpManager>(HttpRequest::getInstance(), mServices.url(ServiceSet::Backend),
+                                         mServices.url(ServiceSet::IpLookup));
+}
+
+void TestConsoleLadder::asleepMouseWaitsThenSettingsReachIt()
+{
+    auto sim = simulator();
+    QVERIFY(sim);
+    VirtualHidBackend link(mSocketPath);
+    ConsoleRig rig(&link);
+    rig.prepare([](UserPreferences& p) { saveNumbers(p, kVid, kPid); });
+    MainWindowPresenter* presenter = rig.start();
+    presenter->onInternetStateChange(false);  // no backend: the saved branding counts
+
+    // Asleep before the ladder asks: it stops at the wake check and asks nothing more (the
+    // message loop still learns the module).
+    QVERIFY(sim->waitForLine(QStringLiteral("open")));
+    sim->command("active 0");
+    QTRY_VERIFY(presenter->deviceStatus().activeKnown);
+    QTest::qWait(3 * MainWindowPresenter::kDeviceControllerMs);
+    QVERIFY(!sim->hasLine(out(DM::getDongleFlashID())));
+    QVERIFY(!sim->hasLine(out(DM::getDPILevelValue())));
+    QVERIFY(!presenter->deviceStatus().dongleIdKnown);
+
+    // Awake: module, ids and settings follow.
+    sim->command("active 1");
+    QTRY_VERIFY_WITH_TIMEOUT(presenter->isDeviceInitialised(), 15000);
+    const DeviceStatus status = presenter->deviceStatus();
+    QVERIFY(status.moduleKnown && status.dongleIdKnown && status.remoteIdKnown && status.levelValuesKnown);
+    QVERIFY(status.shake.known && status.shake.status);
+    QCOMPARE(presenter->device().dongleFlashID, QStringLiteral("8877665544332211"));
+    QVERIFY(rig.view.calls.contains(QStringLiteral("setVipFunction(true)")));
+    QVERIFY(!rig.errors().contains(1));
+
+    // A switch on the page reaches the mouse by the message loop within five ticks.
+    presenter->onCheckShake(false);
+    QVERIFY(sim->waitForLine(out(DM::setShake(false)), 3500));
+    QTRY_VERIFY(!presenter->deviceStatus().shake.status);
+
+    // Asleep again: everything waits, the link stays.
+    sim->command("active 0");
+    QTRY_VERIFY(!presenter->deviceStatus().mouseActive);
+    presenter->onCheckShake(true);
+    QTest::qWait(6 * MainWindowPresenter::kDeviceMessageMs);
+    QVERIFY(!sim->hasLine(out(DM::setShake(true))));
+    QCOMPARE(rig.device.state(), 1);
+    QVERIFY(!sim->hasLine(QStringLiteral("closed")));
+}
+
+void TestConsoleLadder::unplugAndReplug()
+{
+    auto sim = simulator();
+    QVERIFY(sim);
+    VirtualHidBackend link(mSocketPath);
+    ConsoleRig rig(&link);
+    rig.prepare([](UserPreferences& p) {
+        saveNumbers(p, kVid, kPid);
+        p.delayOpenDeviceTime = 300;
+    });
+    MainWindowPresenter* presenter = rig.start();
+    presenter->onInternetStateChange(false);
+    QTRY_VERIFY_WITH_TIMEOUT(presenter->isDeviceInitialised(), 15000);
+    QCOMPARE(presenter->timer(MainWindowPresenter::TimerDeviceDelayOpen)->interval(), 300);
+
+    sim->command("unplug");
+    QTRY_VERIFY_WITH_TIMEOUT(rig.errors().contains(1), 1000);
+    QCOMPARE(rig.view.callsOf(QStringLiteral("updateSystemTray")).last(),
+             QStringLiteral("updateSystemTray(1)"));
+    QTRY_COMPARE(rig.notices.shown, QStringList{QStringLiteral("change(false)")});
+    QCOMPARE(rig.device.state(), 0);
+    QVERIFY(!presenter->deviceStatus().connected);
+    QVERIFY(!presenter->timer(MainWindowPresenter::TimerDeviceMessage)->isActive());
+    // Parked: the delay repeats until the receiver comes back.
+    QVERIFY(!presenter->timer(MainWindowPresenter::TimerDeviceDelayOpen)->isSingleShot());
+
+    sim->command("plug");
+    QTRY_COMPARE(rig.notices.shown.size(), 2);
+    QCOMPARE(rig.notices.shown.last(), QStringLiteral("change(true)"));
+    QVERIFY(presenter->timer(MainWindowPresenter::TimerDeviceDelayOpen)->isSingleShot());
+    QTRY_VERIFY_WITH_TIMEOUT(presenter->isDeviceInitialised(), 15000);
+    QVERIFY(!rig.errors().contains(1));
+    QCOMPARE(rig.view.callsOf(QStringLiteral("setDeviceTypeIcon")).size(), 2);
+    QCOMPARE(presenter->currentDeviceInfo().vid, QStringLiteral("3151"));  // the saved numbers
+}
+
+void TestConsoleLadder::onlineLadderOpensFromTheListAndRegisters()
+{
+    auto sim = simulator();
+    QVERIFY(sim);
+    auto http = backend();
+    const int registeredBefore = mServices.uploads().entries(QStringLiteral("/device/register")).size();
+    VirtualHidBackend link(mSocketPath);
+    ConsoleRig rig(&link);
+    // Numbers of a receiver that is not there: the backend's list finds the one that is.
+    rig.prepare([](UserPreferences& p) { saveNumbers(p, 0x2222, 0x1111); });
+    MainWindowPresenter* presenter = rig.start(http.get());
+    QSignalSpy directUIs(presenter, &MainWindowPresenter::signalDirectUIsToInput);
+    QSignalSpy ipIds(presenter, &MainWindowPresenter::signalLocalIpId);
+
+    QTRY_VERIFY_WITH_TIMEOUT(presenter->isConsoleDataComplete(), 20000);
+    QCOMPARE(presenter->currentDeviceInfo().customerName, QStringLiteral("Zorvane"));
+    const UserPreferences saved = PreferencesUtils::getInstance()->getUserPreferences();
+    QCOMPARE(saved.saveVid, kVid);
+    QCOMPARE(saved.savePid, kPid);
+    QCOMPARE(directUIs.size(), 1);
+    QCOMPARE(directUIs.at(0).at(0).value<QList<DirectUI>>().size(), 4);
+
+    // The address report goes first, so that the registration and the records carry its id.
+    QCOMPARE(ipIds.size(), 1);
+    const QJsonArray uploads = mServices.uploads().entries();
+    int ipAt = -1;
+    int registerAt = -1;
+    for (int i = 0; i < uploads.size(); ++i) {
+        const QString endpoint = uploads.at(i).toObject().value(QLatin1String("endpoint")).toString();
+        if (endpoint == QLatin1String("/ipinfo/upload") && ipAt < 0) {
+            ipAt = i;
+        }
+        if (endpoint == QLatin1String("/device/register")) {
+            registerAt = i;
+        }
+    }
+    QVERIFY(ipAt >= 0 && registerAt > ipAt);
+    QCOMPARE(mServices.uploads().entries(QStringLiteral("/device/register")).size(), registeredBefore + 1);
+    QCOMPARE(presenter->deviceRecord().ip, ipIds.at(0).at(0).toInt());
+    QVERIFY(presenter->timer(MainWindowPresenter::TimerHeartbeat)->isActive());
+    QVERIFY(!presenter->timer(MainWindowPresenter::TimerHttpController)->isActive());
+
+    // Two module replies with different codes: the last one brands the console.
+    presenter->onDeviceModule(1, 1, 1, 1, QStringLiteral("0D0E0F"), 0);
+    QCOMPARE(PreferencesUtils::getInstance()->getUserPreferences().saveCustomerName,
+             QStringLiteral("Zorvane HK"));
+    QVERIFY(presenter->userPreferences().isIFlySpeech);
+    presenter->onDeviceModule(1, 1, 1, 1, QStringLiteral("0A0B0C"), 0);
+    QCOMPARE(presenter->currentDeviceInfo().customerName, QStringLiteral("Zorvane"));
+    QVERIFY(!presenter->userPreferences().isIFlySpeech);
+    // A code the list lacks changes nothing and leaves the module to be asked again.
+    presenter->onDeviceModule(1, 1, 1, 1, QStringLiteral("FFFFFF"), 0);
+    QCOMPARE(presenter->currentDeviceInfo().customerName, QStringLiteral("Zorvane"));
+}
+
+void TestConsoleLadder::zeroDongleIsNeverRegistered()
+{
+    auto sim = simulator({QStringLiteral("set dongle-flash 0000000000000000")});
+    QVERIFY(sim);
+    auto http = backend();
+    const int registeredBefore = mServices.uploads().entries(QStringLiteral("/device/register")).size();
+    VirtualHidBackend link(mSocketPath);
+    ConsoleRig rig(&link);
+    rig.prepare([](UserPreferences& p) { saveNumbers(p, kVid, kPid); });
+    MainWindowPresenter* presenter = rig.start(http.get());
+    QTRY_VERIFY_WITH_TIMEOUT(presenter->isConsoleDataComplete(), 20000);
+    QVERIFY(presenter->httpAnswered(MainWindowPresenter::StepRegisterDevice));
+    QCOMPARE(mServices.uploads().entries(QStringLiteral("/device/register")).size(), registeredBefore);
+    QVERIFY(!presenter->timer(MainWindowPresenter::TimerHeartbeat)->isActive());
+}
+
+void TestConsoleLadder::httpStepsRunInOrderAndRetry()
+{
+    using P = MainWindowPresenter;
+    auto http = backend();
+    VirtualHidBackend noReceiver(mSocketPath + QStringLiteral(".absent"));
+    ConsoleRig rig(&noReceiver);
+    MainWindowPresenter* presenter = rig.start(http.get());
+    presenter->timer(P::TimerHttpController)->stop();  // ticks by hand from here
+    http->setTimeout(200);
+
+    // A slow backend: the first step times out and is asked again on the next tick.
+    Fault& fault = mServices.fault(ServiceSet::Backend);
+    fault.delayMs = 600;
+    presenter->onTimerHttpController();
+    QVERIFY(presenter->httpRequested(P::StepAppVersion));
+    QTRY_VERIFY(!presenter->httpRequested(P::StepAppVersion));
+    QVERIFY(!presenter->httpAnswered(P::StepAppVersion));
+    fault.clear();
+    // An error is retried the same way.
+    fault.httpStatus = 500;
+    presenter->onTimerHttpController();
+    QTRY_VERIFY(!presenter->httpRequested(P::StepAppVersion));
+    fault.clear();
+
+    // Each step is asked only once the one before has answered. The device controller asks
+    // for the open time on its own, so that step is left out of the order.
+    const QList<P::HttpStep> order{P::StepAppVersion, P::StepDeviceList,   P::StepIpAddress,
+                                   P::StepIpInfo,     P::StepUploadIpInfo, P::StepCalendarPhrases};
+    for (int i = 0; i < order.size(); ++i) {
+        QTRY_VERIFY([&] {
+            presenter->onTimerHttpController();
+            return presenter->httpAnswered(order.at(i));
+        }());
+        for (int later = i + 1; later < order.size(); ++later) {
+            QVERIFY2(!presenter->httpRequested(order.at(later)) || i + 1 == later,
+                     qPrintable(QString::number(i)));
+        }
+    }
+    // Without a set-up device the ladder rests before the registration, timer stopped.
+    presenter->timer(P::TimerHttpController)->start();
+    presenter->onTimerHttpController();
+    QVERIFY(!presenter->httpRequested(P::StepRegisterDevice));
+    QVERIFY(!presenter->timer(P::TimerHttpController)->isActive());
+    QVERIFY(!presenter->isConsoleDataComplete());
+
+    // Offline the timer stops at its first tick; online starts it again.
+    presenter->onInternetStateChange(false);
+    QCOMPARE(rig.errors().last(), 3);
+    presenter->onInternetStateChange(true);
+    QVERIFY(presenter->timer(P::TimerHttpController)->isActive());
+    QVERIFY(!rig.errors().contains(3));
+}
+
+void TestConsoleLadder::openDelayOnlineAndOffline()
+{
+    auto http = backend();
+    VirtualHidBackend noReceiver(mSocketPath + QStringLiteral(".absent"));
+    {
+        ConsoleRig rig(&noReceiver);
+        rig.prepare([](UserPreferences& p) { p.delayOpenDeviceTime = 1234; });
+        MainWindowPresenter* presenter = rig.start(http.get());
+        presenter->onInternetStateChange(false);  // before the controller's request is handled
+        QTRY_COMPARE(presenter->timer(MainWindowPresenter::TimerDeviceDelayOpen)->interval(), 1234);
+    }
+    ConsoleRig rig(&noReceiver);
+    rig.prepare([](UserPreferences& p) { p.delayOpenDeviceTime = 1234; });
+    MainWindowPresenter* presenter = rig.start(http.get());
+    // The backend's value (1000 in the stand-in's data) replaces the saved one.
+    QTRY_VERIFY(presenter->httpAnswered(MainWindowPresenter::StepDeviceOpenTime));
+    QCOMPARE(presenter->timer(MainWindowPresenter::TimerDeviceDelayOpen)->interval(), 1000);
+    QCOMPARE(presenter->userPreferences().delayOpenDeviceTime, 1000);
+}
+
+QTEST_GUILESS_MAIN(TestConsoleLadder)
+#include "tst_consoleladder.moc"
