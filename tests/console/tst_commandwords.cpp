@@ -1,0 +1,201 @@
+#include "ConsoleRig.h"
+#include "Database/DBManager.h"
+#include "FakeHidBackend.h"
+#include "Utils/KeyTable.h"
+
+#include <QFile>
+#include <QSignalSpy>
+#include <QStandardPaths>
+#include <QTemporaryDir>
+#include <QTimer>
+#include <QtTest>
+
+// The command words: the database with its migration, and the add, edit and delete flows of
+// the console's pages.
+class TestCommandWords : public QObject {
+    Q_OBJECT
+
+private slots:
+    void initTestCase();
+    void addRefusalsAndSuccess();
+    void editAndDelete();
+    void databaseThatCannotOpen();
+    void migrationReversesAndRemovesTheOldFile();
+    void emptyOldDatabaseStays();
+
+private:
+    void fillAddPage(RecordingMainWindowView& view, int type, const QString& command, const QString& content)
+    {
+        view.answers[QStringLiteral("getAddCommmandCurrentType")] = type;
+        view.answers[QStringLiteral("getAddCommandCurrentCommand")] = command;
+        view.answers[QStringLiteral("getAddCommandCurrentContent")] = content;
+    }
+    static CommandWord word(const QString& keyword, const QString& target)
+    {
+        CommandWord w;
+        w.keyword = keyword;
+        w.target = target;
+        return w;
+    }
+    static QStringList keywords(DBManager& db)
+    {
+        QList<CommandWord> words;
+        db.open();
+        db.queryCommandWordList(&words);
+        db.close();
+        QStringList out;
+        for (const CommandWord& w : words) {
+            out << w.keyword;
+        }
+        return out;
+    }
+};
+
+void TestCommandWords::initTestCase()
+{
+    QStandardPaths::setTestModeEnabled(true);
+    QCoreApplication::setApplicationName(QStringLiteral("ZorvaneV2"));
+}
+
+void TestCommandWords::addRefusalsAndSuccess()
+{
+    QTemporaryDir dir;
+    DBManager db(dir.path(), dir.path() + QStringLiteral("/old"));
+    FakeHidBackend backend;
+    ConsoleRig rig(&backend);
+    MainWindowPresenter* p = rig.start(nullptr, &db);
+    QSignalSpy loaded(p, &MainWindowPresenter::signalLoadUserCommandWord);
+
+    // Two characters ending in a full stop keep one: too short.
+    fillAddPage(rig.view, 0, QStringLiteral("搜。"), QStringLiteral("https://example.org"));
+    QCOMPARE(p->onAddCommandButtonSumbit(), -1);
+    QCOMPARE(rig.view.callsOf(QStringLiteral("setAddCommandWarningText")).last(),
+             QStringLiteral("setAddCommandWarningText(* 命令词长度必须要大于一个字！！！)"));
+    QVERIFY(p->timer(MainWindowPresenter::TimerWarningHint)->isActive());
+    fillAddPage(rig.view, 0, QStringLiteral("搜索"), QString());
+    QCOMPARE(p->onAddCommandButtonSumbit(), -1);
+    QCOMPARE(rig.view.callsOf(QStringLiteral("setAddCommandWarningText")).last(),
+             QStringLiteral("setAddCommandWarningText(* 内容不能为空！！！)"));
+    QCOMPARE(loaded.size(), 0);
+
+    fillAddPage(rig.view, 0, QStringLiteral("打开,网页！"), QStringLiteral("https://example.org/?q=a&b=c"));
+    QCOMPARE(p->onAddCommandButtonSumbit(), 0);
+    p->setShortcutList({Qt::Key_Control, Qt::Key_A});
+    fillAddPage(rig.view, 3, QStringLiteral("全选"), QStringLiteral("Contrl + A"));
+    QCOMPARE(p->onAddCommandButtonSumbit(), 0);
+
+    // Each add reloaded the list, newest first, into the table and the voice presenter.
+    QCOMPARE(loaded.size(), 2);
+    const QList<CommandWord> words = p->getCommandWords();
+    QCOMPARE(words.size(), 2);
+    QCOMPARE(words.at(0).keyword, QStringLiteral("全选"));
+    QCOMPARE(words.at(0).type, 3);
+    QCOMPARE(words.at(0).pro, KeyTable::buildShortcut({Qt::Key_Control, Qt::Key_A}));
+    QCOMPARE(words.at(1).keyword, QStringLiteral("打开网页"));
+    QCOMPARE(words.at(1).target, QStringLiteral("https://example.org/?q=a&b=c"));
+    QCOMPARE(rig.view.callsOf(QStringLiteral("setQTableWidgetItemIcon")).last(),
+             QStringLiteral("setQTableWidgetItemIcon(1,打开网页|https://example.org/?q=a&b=c)"));
+}
+
+void TestCommandWords::editAndDelete()
+{
+    QTemporaryDir dir;
+    DBManager db(dir.path(), dir.path() + QStringLiteral("/old"));
+    db.open();
+    db.addCommandWord(word(QStringLiteral("第一"), QStringLiteral("/tmp/a")));
+    db.addCommandWord(word(QStringLiteral("第二"), QStringLiteral("/tmp/b")));
+    db.addCommandWord(word(QStringLiteral("第三"), QStringLiteral("/tmp/c")));
+    db.close();
+    FakeHidBackend backend;
+    ConsoleRig rig(&backend);
+    MainWindowPresenter* p = rig.start(nullptr, &db);
+    p->loadUserCommand();
+
+    // Editing a shortcut word rebuilds its keys from the last capture, even for a new word only.
+    QVERIFY(!p->getCurrentEditCommandId(3));
+    QVERIFY(p->getCurrentEditCommandId(1));
+    QCOMPARE(p->currentEditCommand().keyword, QStringLiteral("第二"));
+    p->setShortcutList({Qt::Key_Control, Qt::Key_C});
+    rig.view.answers[QStringLiteral("getEditCommmandCurrentType")] = 3;
+    rig.view.answers[QStringLiteral("getEditCommandCurrentCommand")] = QStringLiteral("复制");
+    rig.view.answers[QStringLiteral("getEditCommandCurrentContent")] = QStringLiteral("Contrl + C");
+    QCOMPARE(p->onEditCommandButtonSumbit(), 0);
+    QCOMPARE(p->getCommandWords().at(1).keyword, QStringLiteral("复制"));
+    QCOMPARE(p->getCommandWords().at(1).pro, KeyTable::buildShortcut({Qt::Key_Control, Qt::Key_C}));
+    rig.view.answers[QStringLiteral("getEditCommandCurrentCommand")] = QStringLiteral("复");
+    QCOMPARE(p->onEditCommandButtonSumbit(), -1);
+    QCOMPARE(rig.view.callsOf(QStringLiteral("setEditCommandWarningText")).size(), 1);
+
+    // Two selected rows give six cells: the walk takes the first cell of each row.
+    rig.view.answers[QStringLiteral("selectedCustomTableItems")] =
+        QVariant::fromValue(QList<int>{0, 0, 0, 2, 2, 2});
+    rig.view.answers[QStringLiteral("execDelPopupView")] = 0;
+    p->onButtonDeleteCommand();
+    QCOMPARE(keywords(db).size(), 3);
+    rig.view.answers[QStringLiteral("execDelPopupView")] = 1;
+    p->onButtonDeleteCommand();
+    QCOMPARE(keywords(db), QStringList{QStringLiteral("复制")});
+
+    // Deleting the last word tells the voice presenter of the empty list.
+    QSignalSpy loaded(p, &MainWindowPresenter::signalLoadUserCommandWord);
+    rig.view.answers[QStringLiteral("selectedCustomTableItems")] = QVariant::fromValue(QList<int>{0, 0, 0});
+    p->onButtonDeleteCommand();
+    QCOMPARE(loaded.size(), 1);
+    QVERIFY(loaded.at(0).at(0).value<QList<CommandWord>>().isEmpty());
+}
+
+void TestCommandWords::databaseThatCannotOpen()
+{
+    QTemporaryDir dir;
+    // A file where the data folder should be: the database cannot be made.
+    const QString blocked = dir.path() + QStringLiteral("/blocked");
+    QFile file(blocked);
+    QVERIFY(file.open(QIODevice::WriteOnly));
+    file.close();
+    DBManager db(blocked, dir.path() + QStringLiteral("/old"));
+    QVERIFY(!db.open());
+    QVERIFY(!db.addCommandWord(word(QStringLiteral("测试"), QStringLiteral("x"))));
+    FakeHidBackend backend;
+    ConsoleRig rig(&backend);
+    MainWindowPresenter* p = rig.start(nullptr, &db);
+    fillAddPage(rig.view, 2, QStringLiteral("下载"), QStringLiteral("/tmp"));
+    QCOMPARE(p->onAddCommandButtonSumbit(), -1);
+    QCOMPARE(rig.view.callsOf(QStringLiteral("setAddCommandWarningText")).last(),
+             QStringLiteral("setAddCommandWarningText(* 打开数据失败！！！)"));
+}
+
+void TestCommandWords::migrationReversesAndRemovesTheOldFile()
+{
+    QTemporaryDir dir;
+    const QString oldDir = dir.path() + QStringLiteral("/ZorvaneBT");
+    const QString newDir = dir.path() + QStringLiteral("/ZorvaneV2");
+    {
+        DBManager old(oldDir, dir.path() + QStringLiteral("/none"));
+        old.open();
+        old.addCommandWord(word(QStringLiteral("先"), QStringLiteral("a")));
+        old.addCommandWord(word(QStringLiteral("后"), QStringLiteral("b")));
+        old.close();
+        QCOMPARE(keywords(old), (QStringList{QStringLiteral("后"), QStringLiteral("先")}));
+    }
+    DBManager db(newDir, oldDir);
+    QCOMPARE(keywords(db), (QStringList{QStringLiteral("先"), QStringLiteral("后")}));
+    QVERIFY(!QFile::exists(oldDir + QLatin1Char('/') + DBManager::fileName()));
+    QVERIFY(QFile::exists(newDir + QStringLiteral("/em9ydmFuZV9kYg==")));
+}
+
+void TestCommandWords::emptyOldDatabaseStays()
+{
+    QTemporaryDir dir;
+    const QString oldDir = dir.path() + QStringLiteral("/ZorvaneBT");
+    {
+        DBManager old(oldDir, dir.path() + QStringLiteral("/none"));
+        QVERIFY(old.open());
+        old.close();
+    }
+    DBManager db(dir.path() + QStringLiteral("/ZorvaneV2"), oldDir);
+    QVERIFY(keywords(db).isEmpty());
+    QVERIFY(QFile::exists(oldDir + QLatin1Char('/') + DBManager::fileName()));
+}
+
+QTEST_GUILESS_MAIN(TestCommandWords)
+#include "tst_commandwords.moc"

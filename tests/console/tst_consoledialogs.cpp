@@ -1,0 +1,251 @@
+#include "CallRecorder.h"
+#include "Http/HttpManager.h"
+#include "LocalHttpServer.h"
+#include "RecordingAppLauncher.h"
+#include "WidgetPresenter/FeedbackPresenter.h"
+#include "WidgetPresenter/FeedbackView.h"
+#include "WidgetPresenter/LowBatView.h"
+#include "WidgetPresenter/LowbatPresenter.h"
+#include "WidgetPresenter/MessageBoxView.h"
+#include "WidgetPresenter/UpdatePresenter.h"
+#include "WidgetPresenter/UpdateView.h"
+
+#include <QFile>
+#include <QStandardPaths>
+#include <QTimer>
+#include <QtTest>
+
+namespace {
+
+class RecordingUpdateView : public UpdateView, public CallRecorder {
+public:
+    void done0() override { record(QStringLiteral("done0")); }
+    void done1() override { record(QStringLiteral("done1")); }
+    void setStackedWidgetCurrentIndex(int index) override { record(QStringLiteral("page"), index); }
+    void setProgressBarValue(int value) override { record(QStringLiteral("value"), value); }
+    void setProgressBarMaximum(int maximum) override { record(QStringLiteral("maximum"), maximum); }
+    void toHide() override { record(QStringLiteral("toHide")); }
+    bool isHidden() override { return ask(QStringLiteral("isHidden"), true).toBool(); }
+    void toShow() override { record(QStringLiteral("toShow")); }
+    void setNewestVersion(QString text) override { record(QStringLiteral("setNewestVersion"), text); }
+    void setDiscoverNewestVersionInfo(QString text) override { record(QStringLiteral("info"), text); }
+    void closeAppAutoRunView() override { record(QStringLiteral("closeAppAutoRunView")); }
+};
+
+class RecordingFeedbackView : public FeedbackView, public CallRecorder {
+public:
+    QString getFeedbackEditTitleText() override { return ask(QStringLiteral("title"), QString()).toString(); }
+    QString getFeedbackEditContentPlainText() override
+    {
+        return ask(QStringLiteral("content"), QString()).toString();
+    }
+    void setFeedbackEditTitlePlaceholderText(QString text) override
+    {
+        record(QStringLiteral("titleHint"), text);
+    }
+    void setFeedbackEditContentPlaceholderText(QString text) override
+    {
+        record(QStringLiteral("contentHint"), text);
+    }
+    void toClose() override { record(QStringLiteral("toClose")); }
+    void toShow() override { record(QStringLiteral("toShow")); }
+    bool isHidden() override { return ask(QStringLiteral("isHidden"), true).toBool(); }
+    void clearText() override { record(QStringLiteral("clearText")); }
+};
+
+class RecordingMessageBox : public MessageBoxView, public CallRecorder {
+public:
+    void setTitle(QString title) override { record(QStringLiteral("setTitle"), title); }
+    void setSubmitHidden(bool hidden) override { record(QStringLiteral("setSubmitHidden"), hidden); }
+    void setCancelHidden(bool hidden) override { record(QStringLiteral("setCancelHidden"), hidden); }
+    void show() override { record(QStringLiteral("show")); }
+    void close() override { record(QStringLiteral("close")); }
+};
+
+class RecordingLowBatView : public LowBatView {
+public:
+    QList<int> lowFrames;
+    QList<int> minFrames;
+    bool IsHidden() override { return true; }
+    void toShow() override {}
+    void setLowbatAnimationImage(int frame) override { lowFrames << frame; }
+    void setMinLowbatAnimationImage(int frame) override { minFrames << frame; }
+};
+
+const QString kDownloadPath = QStringLiteral("/BelmorZorvaneV2Mac/version/appDownload");
+
+}  // namespace
+
+// The update offer and download, the feedback farewell and the battery panel's frames.
+class TestConsoleDialogs : public QObject {
+    Q_OBJECT
+
+private slots:
+    void initTestCase();
+    void versionText();
+    void downloadHandsOverOrReturnsToTheOffer();
+    void feedbackChecksAndFarewell();
+    void batteryFrames();
+
+private:
+    LocalHttpServer mServer;
+    std::unique_ptr<HttpManager> mHttp;
+};
+
+void TestConsoleDialogs::initTestCase()
+{
+    QStandardPaths::setTestModeEnabled(true);
+    QVERIFY(mServer.start());
+    mHttp = std::make_unique<HttpManager>(HttpRequest::getInstance(), mServer.url(), mServer.url());
+}
+
+void TestConsoleDialogs::versionText()
+{
+    RecordingUpdateView view;
+    RecordingAppLauncher launcher;
+    UpdatePresenter presenter(&view, mHttp.get(), &launcher);
+    VersionInfo vi;
+    vi.version = QStringLiteral("2.8.1.0");
+    presenter.onVersion(vi);
+    QCOMPARE(view.takeCalls(),
+             (QStringList{QStringLiteral("setNewestVersion(版本号：2.8.1.0)"), QStringLiteral("page(0)")}));
+    // Any other text is new, older ones too; "#" separates the lines of the notes.
+    vi.version = QStringLiteral("2.7.9.9");
+    vi.description = QStringLiteral("一#二#三");
+    presenter.onVersion(vi);
+    QCOMPARE(view.takeCalls(), (QStringList{QStringLiteral("page(1)"),
+                                            QStringLiteral("info(发现新版本:2.7.9.9\r\n一\r\n二\r\n三)")}));
+    vi.description = QStringLiteral("只有一行");
+    QCOMPARE(UpdatePresenter::releaseText(vi), QStringLiteral("发现新版本:2.7.9.9\r\n只有一行"));
+}
+
+void TestConsoleDialogs::downloadHandsOverOrReturnsToTheOffer()
+{
+    RecordingUpdateView view;
+    RecordingAppLauncher launcher;
+    UpdatePresenter presenter(&view, mHttp.get(), &launcher);
+    int quits = 0;
+    presenter.setQuit([&quits] { ++quits; });
+    VersionInfo vi;
+    vi.version = QStringLiteral("2.9.0.0");
+    presenter.onVersion(vi);
+    const QString path = UpdatePresenter::installerPath();
+
+    // An old installer goes before the download, even one that then fails.
+    QDir().mkpath(QFileInfo(path).path());
+    QFile old(path);
+    QVERIFY(old.open(QIODevice::WriteOnly));
+    old.write("old");
+    old.close();
+    mServer.setAnswer(kDownloadPath, {404, "", 0, "text/plain"});
+    view.calls.clear();
+    presenter.onButtonUpdate();
+    QCOMPARE(view.calls.mid(0, 4),
+             (QStringList{QStringLiteral("closeAppAutoRunView()"), QStringLiteral("value(0)"),
+                          QStringLiteral("maximum(100)"), QStringLiteral("page(2)")}));
+    QFile replaced(path);
+    QVERIFY(!replaced.open(QIODevice::ReadOnly) || replaced.readAll() != "old");
+    QTRY_COMPARE(view.callsOf(QStringLiteral("page")).last(), QStringLiteral("page(1)"));
+
+    // Cancelled: back to the offer.
+    mServer.setAnswer(kDownloadPath, {200, QByteArray(4096, 'x'), 3000, "application/octet-stream"});
+    view.calls.clear();
+    presenter.onUpdate();
+    QTest::qWait(100);
+    presenter.onButtonCancel();
+    QTRY_COMPARE(view.callsOf(QStringLiteral("page")).last(), QStringLiteral("page(1)"));
+
+    // Done: the bar follows the total, the dialog goes, the file is handed over, then quit.
+    mServer.setAnswer(kDownloadPath, {200, QByteArray(200000, 'x'), 0, "application/octet-stream"});
+    view.calls.clear();
+    presenter.onUpdate();
+    QTRY_VERIFY(view.calls.contains(QStringLiteral("toHide()")));
+    QVERIFY(view.calls.contains(QStringLiteral("maximum(200000)")));
+    QVERIFY(view.calls.contains(QStringLiteral("value(200000)")));
+    QCOMPARE(quits, 0);
+    QTRY_COMPARE(quits, 1);
+    QCOMPARE(launcher.log, QStringList{QStringLiteral("path ") + path});
+    QCOMPARE(QFileInfo(path).size(), 200000);
+}
+
+void TestConsoleDialogs::feedbackChecksAndFarewell()
+{
+    mServer.setAnswer(QStringLiteral("/BelmorZorvaneV2Mac/feedback/upload"),
+                      {200, "{\"code\":1,\"msg\":\"反馈成功\"}", 2000, "application/json"});
+    RecordingFeedbackView view;
+    RecordingMessageBox box;
+    FeedbackPresenter presenter(&view, &box, mHttp.get());
+    QCOMPARE(box.takeCalls(),
+             (QStringList{QStringLiteral("setSubmitHidden(true)"), QStringLiteral("setCancelHidden(true)")}));
+    auto sent = [this] {
+        int count = 0;
+        for (const LocalHttpServer::Request& r : mServer.requests()) {
+            count += r.target.startsWith("/BelmorZorvaneV2Mac/feedback/upload") ? 1 : 0;
+        }
+        return count;
+    };
+
+    // Both empty: only the title warns, nothing is sent.
+    presenter.submit();
+    QCOMPARE(view.callsOf(QStringLiteral("titleHint")), QStringList{QStringLiteral("titleHint(不能为空!)")});
+    QVERIFY(view.callsOf(QStringLiteral("contentHint")).isEmpty());
+    view.answers[QStringLiteral("title")] = QStringLiteral(" ");
+    presenter.submit();
+    QCOMPARE(view.callsOf(QStringLiteral("contentHint")),
+             QStringList{QStringLiteral("contentHint(不能为空!)")});
+
+    // A blank title counts as text. The thanks come before any answer.
+    view.answers[QStringLiteral("content")] = QStringLiteral("很好用");
+    presenter.submit();
+    QCOMPARE(box.takeCalls(),
+             (QStringList{QStringLiteral("setTitle(感谢您的建议, 我们将尽快处理, 此界面3秒后退出)"),
+                          QStringLiteral("show()")}));
+    presenter.onFeekbackResult();
+    // A second submit sends again and counts from 3.
+    presenter.submit();
+    QCOMPARE(box.callsOf(QStringLiteral("setTitle")).last(),
+             QStringLiteral("setTitle(感谢您的建议, 我们将尽快处理, 此界面3秒后退出)"));
+    QTRY_COMPARE(sent(), 2);
+    box.calls.clear();
+    presenter.onFeekbackResult();
+    presenter.onFeekbackResult();
+    QVERIFY(!view.calls.contains(QStringLiteral("toClose()")));
+    presenter.onFeekbackResult();
+    QCOMPARE(box.calls.last(), QStringLiteral("close()"));
+    QCOMPARE(box.callsOf(QStringLiteral("setTitle")).last(),
+             QStringLiteral("setTitle(感谢您的建议, 我们将尽快处理, 此界面0秒后退出)"));
+    QCOMPARE(view.calls.mid(view.calls.size() - 2),
+             (QStringList{QStringLiteral("clearText()"), QStringLiteral("toClose()")}));
+    QVERIFY(!presenter.countdownTimer()->isActive());
+}
+
+void TestConsoleDialogs::batteryFrames()
+{
+    RecordingLowBatView view;
+    LowbatPresenter presenter(&view);
+    presenter.startLowbatAnimation();
+    QVERIFY(presenter.lowbatTimer()->isActive());
+    for (int i = 0; i < LowbatPresenter::kLowbatFrames + 2; ++i) {
+        presenter.onLowbatAnimation();
+    }
+    QCOMPARE(view.lowFrames.first(), 1);
+    QCOMPARE(view.lowFrames.at(152), 153);
+    QCOMPARE(view.lowFrames.mid(153), (QList<int>{1, 2}));
+    QVERIFY(!view.lowFrames.contains(0));
+    // A start begins again at the first frame.
+    presenter.startLowbatAnimation();
+    presenter.onLowbatAnimation();
+    QCOMPARE(view.lowFrames.last(), 1);
+    presenter.stopLowbatAnimation();
+    QVERIFY(!presenter.lowbatTimer()->isActive());
+
+    presenter.startMinLowbatAnimation();
+    for (int i = 0; i < LowbatPresenter::kMinLowbatFrames + 1; ++i) {
+        presenter.onMinLowbatAnimation();
+    }
+    QCOMPARE(view.minFrames.at(108), 109);
+    QCOMPARE(view.minFrames.last(), 1);
+}
+
+QTEST_GUILESS_MAIN(TestConsoleDialogs)
+#include "tst_consoledialogs.moc"

@@ -1,0 +1,277 @@
+#include "ConsoleRig.h"
+#include "FakeHidBackend.h"
+
+#include <QStandardPaths>
+#include <QTimer>
+#include <QtTest>
+
+// The console presenter's decisions that need no device traffic: speed buttons and targets,
+// battery notices, the work clock. Slots are called as the device and the page would.
+class TestConsoleState : public QObject {
+    Q_OBJECT
+
+private slots:
+    void initTestCase();
+    void speedLevelsAndTargets();
+    void bestResolutionForTheScreen();
+    void cpiLabels_data();
+    void cpiLabels();
+    void lowAndCriticalReminders();
+    void plugAndShutdown();
+    void batteryFigureRecovery();
+    void workClock();
+};
+
+namespace {
+
+std::unique_ptr<ConsoleRig> rigWith(FakeHidBackend* backend, int dpiValue)
+{
+    auto rig = std::make_unique<ConsoleRig>(backend);
+    rig->prepare([dpiValue](UserPreferences& p) { p.dpiValue = dpiValue; });
+    rig->start();
+    return rig;
+}
+
+}  // namespace
+
+void TestConsoleState::initTestCase()
+{
+    QStandardPaths::setTestModeEnabled(true);
+    QCoreApplication::setApplicationName(QStringLiteral("ZorvaneV2"));
+}
+
+void TestConsoleState::speedLevelsAndTargets()
+{
+    FakeHidBackend backend;
+    auto rig = rigWith(&backend, 1);
+    MainWindowPresenter* p = rig->presenter.get();
+    // Device at level 2 (the first button), user wants 1: the slow button lights, target 1.
+    p->onDeviceDpi(2);
+    QCOMPARE(rig->view.callsOf(QStringLiteral("setDeviceRadioLevel0Checked")),
+             QStringList{QStringLiteral("setDeviceRadioLevel0Checked(true)")});
+    QCOMPARE(p->deviceStatus().targetDpi, 1);
+    rig->view.calls.clear();
+    // A reply that is not the target lights nothing; the target's reply lights the fast button.
+    p->onDeviceDpi(0);
+    QVERIFY(rig->view.calls.isEmpty());
+    p->onDeviceDpi(1);
+    QCOMPARE(rig->view.calls, QStringList{QStringLiteral("setDeviceRadioLevel2Checked(true)")});
+
+    // The user picks the standard button; the speed key on the mouse wins over that change.
+    p->onRadioSelectDpi0(true);
+    QCOMPARE(p->deviceStatus().targetDpi, 0);
+    p->onChangeMouseDpiKey(2);
+    QCOMPARE(p->deviceStatus().targetDpi, 2);
+    QCOMPARE(p->deviceStatus().dpiLevel.level000, 2);
+    QCOMPARE(PreferencesUtils::getInstance()->getUserPreferences().dpiValue, 2);
+    // Unchecking a button moves nothing.
+    p->onRadioSelectDpi1(false);
+    QCOMPARE(p->deviceStatus().targetDpi, 2);
+}
+
+void TestConsoleState::bestResolutionForTheScreen()
+{
+    FakeHidBackend backend;
+    {
+        // A saved resolution, but the level values never came: the level reply sets target 0.
+        auto rig = rigWith(&backend, 1100);
+        rig->presenter->onDeviceDpi(1);
+        QCOMPARE(rig->presenter->deviceStatus().targetDpi, 0);
+    }
+    auto rig = rigWith(&backend, 1100);
+    MainWindowPresenter* p = rig->presenter.get();
+    // Nominal values (factor 1) on a 1440-pixel screen: 1200.
+    p->onDeviceDpiLevelValue(1000, 1200, 1600);
+    QVERIFY(rig->view.calls.contains(QStringLiteral("setCpiValue(1200)")));
+    QCOMPARE(rig->view.callsOf(QStringLiteral("setVipFunction")).last(),
+             QStringLiteral("setVipFunction(true)"));
+    QCOMPARE(p->deviceStatus().bestCpiValue, 1200);
+    p->onDeviceCpi(1600);
+    QCOMPARE(p->deviceStatus().targetDpi, 1200);
+    QVERIFY(rig->view.calls.contains(QStringLiteral("setDeviceRadioLevel3Checked(true)")));
+    // Reaching the target stores it.
+    p->onDeviceCpi(1200);
+    QCOMPARE(PreferencesUtils::getInstance()->getUserPreferences().dpiValue, 1200);
+    // Twice the nominal values double it.
+    p->onDeviceDpiLevelValue(2000, 2400, 3200);
+    QCOMPARE(p->deviceStatus().bestCpiValue, 2400);
+}
+
+void TestConsoleState::cpiLabels_data()
+{
+    QTest::addColumn<int>("value");
+    QTest::addColumn<int>("label");
+    QTest::newRow("1024 px") << 853 << 853;
+    QTest::newRow("1280 px") << 1066 << 1066;
+    QTest::newRow("edge") << 1138 << 1138;
+    QTest::newRow("1440 px") << 1200 << 1200;
+    QTest::newRow("1600 px") << 1333 << 1333;
+    QTest::newRow("1680 px") << 1400 << 1400;
+    QTest::newRow("wider") << 1600 << 0;
+}
+
+void TestConsoleState::cpiLabels()
+{
+    QFETCH(int, value);
+    QFETCH(int, label);
+    QCOMPARE(MainWindowPresenter::cpiLabel(value), label);
+}
+
+void TestConsoleState::lowAndCriticalReminders()
+{
+    using P = MainWindowPresenter;
+    FakeHidBackend backend;
+    auto rig = rigWith(&backend, 0);
+    P* p = rig->presenter.get();
+    p->onDeviceLowbat();
+    QCOMPARE(rig->view.callsOf(QStringLiteral("showLowbatView")),
+             QStringList{QStringLiteral("showLowbatView(0)")});
+    QVERIFY(p->timer(P::TimerLowbatGate)->isActive());
+    QCOMPARE(rig->errors().last(), 4);
+    // Within the gate nothing shows again, but the critical reminder is allowed again.
+    p->recvMinLowbatSignalNoLongerRemind();
+    p->onDeviceLowbat();
+    QCOMPARE(rig->view.callsOf(QStringLiteral("showLowbatView")).size(), 1);
+    QVERIFY(!p->batteryState().minLowbatNoLongerRemind);
+
+    p->onDeviceMinLowbat();
+    QCOMPARE(rig->view.callsOf(QStringLiteral("showLowbatView")).last(), QStringLiteral("showLowbatView(1)"));
+    QVERIFY(!p->timer(P::TimerLowbatGate)->isActive());
+    QVERIFY(p->timer(P::TimerMinLowbatGate)->isActive());
+    QVERIFY(p->timer(P::TimerLowbatBlink)->isActive());
+    QCOMPARE(rig->errors(), QList<int>{5});
+    // Once critical, low reports are silent until the power comes back.
+    p->timer(P::TimerLowbatGate)->stop();
+    p->onDeviceLowbat();
+    QCOMPARE(rig->view.callsOf(QStringLiteral("showLowbatView")).size(), 2);
+    p->onDevicePowerPlusIn(true);
+    QCOMPARE(rig->view.callsOf(QStringLiteral("showLowbatView")).last(), QStringLiteral("showLowbatView(3)"));
+    QCOMPARE(rig->errors(), QList<int>{6});
+    QVERIFY(!p->timer(P::TimerLowbatBlink)->isActive());
+    QCOMPARE(rig->view.callsOf(QStringLiteral("setDeviceEnable")).last(),
+             QStringLiteral("setDeviceEnable(true)"));
+    const P::BatteryState b = p->batteryState();
+    QVERIFY(!b.lowbatSeen && !b.minLowbatSeen && b.powerPlugged);
+
+    // "No longer remind" holds until the opposite report clears it.
+    p->onDevicePowerPlusIn(false);
+    p->recvLowbatSignalNoLongerRemind();
+    p->timer(P::TimerLowbatGate)->stop();
+    p->onDeviceLowbat();
+    QCOMPARE(rig->view.callsOf(QStringLiteral("showLowbatView")).size(), 3);
+    p->timer(P::TimerMinLowbatGate)->stop();
+    p->onDeviceMinLowbat();
+    QVERIFY(!p->batteryState().lowbatNoLongerRemind);
+}
+
+void TestConsoleState::plugAndShutdown()
+{
+    FakeHidBackend backend;
+    auto rig = rigWith(&backend, 0);
+    MainWindowPresenter* p = rig->presenter.get();
+    // Plugging in a healthy mouse shows nothing; a low report while plugged ends early.
+    p->onDevicePowerPlusIn(true);
+    p->onDeviceLowbat();
+    p->onDevicePowerPlusIn(false);
+    QVERIFY(rig->view.callsOf(QStringLiteral("showLowbatView")).isEmpty());
+    QVERIFY(!p->batteryState().powerPlugged);
+    QVERIFY(p->batteryState().lowbatSeen);
+
+    p->recvLowbatSignalNoLongerRemind();
+    p->onMouseShutdown();
+    p->onMouseShutdown();
+    QCOMPARE(rig->view.callsOf(QStringLiteral("showLowbatView")),
+             QStringList{QStringLiteral("showLowbatView(2)")});
+    QVERIFY(!p->batteryState().lowbatNoLongerRemind);
+    // Shut down: no low or critical notice.
+    p->onDeviceMinLowbat();
+    QCOMPARE(rig->view.callsOf(QStringLiteral("showLowbatView")).size(), 1);
+}
+
+void TestConsoleState::batteryFigureRecovery()
+{
+    using P = MainWindowPresenter;
+    FakeHidBackend backend;
+    auto rig = rigWith(&backend, 0);
+    P* p = rig->presenter.get();
+    p->onDeviceLowbat();
+    p->onDeviceBatteryValue(3100);
+    QVERIFY(p->batteryState().recoveryWatch);
+    QCOMPARE(p->batteryState().watchBase, 3100);
+    p->onDeviceBatteryValue(3299);
+    QVERIFY(p->batteryState().lowbatSeen);
+    // 200 above the base: charging, whether or not a plug report came.
+    p->onDeviceBatteryValue(3300);
+    P::BatteryState b = p->batteryState();
+    QVERIFY(!b.recoveryWatch && !b.lowbatSeen && b.powerPlugged);
+    QCOMPARE(rig->errors().last(), 0);
+    QVERIFY(!p->timer(P::TimerLowbatGate)->isActive());
+    // A figure that fell over six reports (the recovering one counts) takes the plugged
+    // state back.
+    for (int i = 0; i < 4; ++i) {
+        p->onDeviceBatteryValue(3290);
+    }
+    QVERIFY(p->batteryState().powerPlugged);
+    p->onDeviceBatteryValue(3280);
+    QVERIFY(!p->batteryState().powerPlugged);
+
+    // A healthy figure clears everything; offline it reports "no internet".
+    p->onInternetStateChange(false);
+    p->onDeviceMinLowbat();
+    p->onDeviceBatteryValue(3700);
+    b = p->batteryState();
+    QVERIFY(!b.minLowbatSeen && !b.powerPlugged);
+    QVERIFY(!p->timer(P::TimerLowbatBlink)->isActive());
+    QVERIFY(!rig->errors().contains(5));
+    QCOMPARE(rig->errors().last(), 3);
+}
+
+void TestConsoleState::workClock()
+{
+    using P = MainWindowPresenter;
+    FakeHidBackend backend;
+    auto rig = rigWith(&backend, 0);
+    P* p = rig->presenter.get();
+    QTimer* work = p->timer(P::TimerWorkTime);
+    QTimer* reset = p->timer(P::TimerWorkReset);
+    // Off: input starts nothing.
+    p->onWorkInput();
+    QVERIFY(!work->isActive() && !reset->isActive());
+
+    p->setRestEnable(true);
+    p->setWorkTime(3600000);
+    QCOMPARE(rig->view.callsOf(QStringLiteral("setComboRestTime")).last(),
+             QStringLiteral("setComboRestTime(3)"));
+    p->onWorkInput();
+    QVERIFY(work->isActive() && reset->isActive());
+    // A break shorter than the reset keeps the period: input does not restart the work time.
+    QTest::qWait(30);
+    const int left = work->remainingTime();
+    p->onWorkInput();
+    QVERIFY(work->remainingTime() <= left);
+    p->onTimerWorkTime();
+    QCOMPARE(rig->view.callsOf(QStringLiteral("showRestDialog")).size(), 1);
+    QVERIFY(!work->isActive() && !reset->isActive());
+
+    // Fifteen quiet minutes end the period.
+    p->onWorkInput();
+    p->onTimerWorkReset();
+    QVERIFY(!work->isActive());
+    // Choosing a row stops the period even with the same interval.
+    p->onWorkInput();
+    p->setWorkTime(3600000);
+    QVERIFY(!work->isActive() && !reset->isActive());
+    // A value outside the box's rows works but leaves the box alone; off selects the last row.
+    rig->view.calls.clear();
+    p->setWorkTime(1234567);
+    QVERIFY(rig->view.callsOf(QStringLiteral("setComboRestTime")).isEmpty());
+    QCOMPARE(work->interval(), 1234567);
+    p->onWorkInput();
+    p->setRestEnable(false);
+    QVERIFY(!work->isActive() && !reset->isActive());
+    QCOMPARE(rig->view.callsOf(QStringLiteral("setComboRestTime")).last(),
+             QStringLiteral("setComboRestTime(4)"));
+}
+
+QTEST_GUILESS_MAIN(TestConsoleState)
+#include "tst_consolestate.moc"
