@@ -4,6 +4,7 @@
 #include "Http/HttpManager.h"
 #include "MouseSimulator.h"
 #include "ServiceSet.h"
+#include "Utils/AppPaths.h"
 
 #include <QJsonArray>
 #include <QJsonObject>
@@ -183,6 +184,12 @@ void TestConsoleLadder::onlineLadderOpensFromTheListAndRegisters()
 
     QTRY_VERIFY_WITH_TIMEOUT(presenter->isConsoleDataComplete(), 20000);
     QCOMPARE(presenter->currentDeviceInfo().customerName, QStringLiteral("Zorvane"));
+    // The branding pictures are fetched once, named by the Base64 of their file names.
+    const QString home = QStringLiteral("setHomeImage(") +
+                         AppPaths::dataFile(QStringLiteral("/em9ydmFuZV9ob21lLnBuZw")) + QLatin1Char(')');
+    QTRY_VERIFY(rig.view.calls.contains(home));
+    QTRY_COMPARE(rig.view.callsOf(QStringLiteral("setNavImage")).size(), 1);
+    QVERIFY(QFileInfo(AppPaths::dataFile(QStringLiteral("/em9ydmFuZV9ob21lLnBuZw"))).size() > 0);
     const UserPreferences saved = PreferencesUtils::getInstance()->getUserPreferences();
     QCOMPARE(saved.saveVid, kVid);
     QCOMPARE(saved.savePid, kPid);
