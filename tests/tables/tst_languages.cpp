@@ -7,32 +7,10 @@ class TestLanguages : public QObject {
     Q_OBJECT
 
 private slots:
-    void tablesKeepTheirRows();
     void modeFollowsWrittenForms();
     void dictationLanguageChanges();
     void targetAndSourceBoxes();
 };
-
-void TestLanguages::tablesKeepTheirRows()
-{
-    QCOMPARE(kRecognitionLanguages[0].id, 15362);
-    QCOMPARE(kRecognitionLanguages[3].id, 17372);
-    QCOMPARE(kRecognitionLanguages[4].id, 0);
-    QCOMPARE(QString::fromUtf8(kIFlyLanguages[1].accent), QStringLiteral("cantonese"));
-    QCOMPARE(QString::fromUtf8(kIFlyLanguages[3].language), QStringLiteral("en_us"));
-    QCOMPARE(LanguageTables::translateCode(28), QStringLiteral("vie"));
-    QCOMPARE(LanguageTables::translateCode(2), LanguageTables::translateCode(3));
-    QCOMPARE(QString::fromUtf8(kTranslateLanguages[7].name), QStringLiteral("韩语"));
-    QCOMPARE(QString::fromUtf8(kConsoleTargetLabels[24]), QStringLiteral("罗马利亚语"));
-    QCOMPARE(LanguageTables::translateGlyph(29), QString());
-    QCOMPARE(LanguageTables::recognitionBaseGlyph(-1), QString());
-
-    // Defaults: the custom pair is Mandarin into Korean.
-    const UserPreferences defaults;
-    QCOMPARE(QString::fromUtf8(kIFlyLanguages[defaults.lastVoiceTranslateSourceLanguage].glyph),
-             QStringLiteral("中"));
-    QCOMPARE(LanguageTables::translateGlyph(defaults.lastVoiceTranslateTargetLanguage), QStringLiteral("韩"));
-}
 
 void TestLanguages::modeFollowsWrittenForms()
 {
