@@ -53,6 +53,7 @@ private slots:
     void intentModels();
     void habitSavedBeforeUse();
     void rewriteCounts();
+    void rewriteKeepsWholeCharacters();
 
 private:
     std::unique_ptr<InputPresenterRig> mRig;
@@ -309,18 +310,37 @@ void TestInputCommands::rewriteCounts()
     QCOMPARE(backspaces(), 2);
     QCOMPARE(mRig->presenter->lastOutput(), QString());
 
-    // The rewrite counts 16-bit units: an emoji outside the basic plane is two of them.
-    mRig->presenter->sendOutput(QStringLiteral("好😀"));
-    mRig->desktop.log.clear();
-    mRig->presenter->sendOutput(QStringLiteral("好"));
-    QCOMPARE(backspaces(), 2);
-
     // restoreContent takes back the differing tail and hands over the new one.
     mRig->presenter->sendOutput(QStringLiteral("你好吗"));
     mRig->desktop.log.clear();
     QCOMPARE(mRig->presenter->restoreContent(QStringLiteral("你好呀呀")), QStringLiteral("呀呀"));
     QCOMPARE(backspaces(), 1);
     QCOMPARE(mRig->presenter->lastOutput(), QStringLiteral("你好呀呀"));
+}
+
+void TestInputCommands::rewriteKeepsWholeCharacters()
+{
+    // Each case: typed first, then the revision; what the text box must hold after.
+    const QList<QStringList> cases{
+        {QStringLiteral("好😀"), QStringLiteral("好")},
+        {QStringLiteral("😀"), QStringLiteral("😃")},  // same high surrogate, other character
+        {QStringLiteral("a😀b"), QStringLiteral("a😃")},
+        {QStringLiteral("👍🏽好"), QStringLiteral("👍")},  // emoji with a skin tone: two characters
+    };
+    for (const QStringList& rewrite : cases) {
+        mRig->desktop.log.clear();
+        mRig->presenter->sendOutput(rewrite.at(0));
+        mRig->presenter->sendOutput(rewrite.at(1));
+        QCOMPARE(mRig->desktop.typedText(), rewrite.at(1));
+        mRig->presenter->sendOutput(QString());
+        QCOMPARE(mRig->desktop.typedText(), QString());
+    }
+
+    // Taking back for the panel: the emoji goes whole, the new one is handed over whole.
+    mRig->desktop.log.clear();
+    mRig->presenter->sendOutput(QStringLiteral("你😀"));
+    QCOMPARE(mRig->presenter->restoreContent(QStringLiteral("你😃")), QStringLiteral("😃"));
+    QCOMPARE(mRig->desktop.typedText(), QStringLiteral("你"));
 }
 
 QTEST_GUILESS_MAIN(TestInputCommands)
