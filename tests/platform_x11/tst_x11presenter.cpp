@@ -28,15 +28,70 @@ void setSelection(const QString& text, bool binaryToo = false)
     QGuiApplication::clipboard()->setMimeData(data, QClipboard::Selection);
 }
 
+// Another application with a line edit that has the keyboard focus, in its own process.
+class Client {
+public:
+    Client(const QString& text, const QString& clipboard)
+    {
+        mProcess.start(QStringLiteral(LINE_EDIT_CLIENT), {text, clipboard});
+        const QStringList ready = readLine().split(QLatin1Char(' '));
+        if (ready.size() == 5) {
+            geometry =
+                QRect(ready.at(1).toInt(), ready.at(2).toInt(), ready.at(3).toInt(), ready.at(4).toInt());
+        }
+    }
+    // Ended whatever the outcome: a client left running would keep the clipboard.
+    ~Client()
+    {
+        mProcess.kill();
+        mProcess.waitForFinished();
+    }
+    // Key presses it got, whether it owns the clipboard, its text, the clipboard's text.
+    QStringList state()
+    {
+        mProcess.write("get\n");
+        return readLine().split(QLatin1Char('\t'));
+    }
+    // Its text once it equals expected and a moment later (a shrinking text passes through
+    // the expected one), or the last one after a time-out.
+    QString text(const QString& expected)
+    {
+        QString last;
+        for (int i = 0; i < 100 && (last = state().value(2)) != expected; ++i) {
+            QTest::qWait(20);
+        }
+        QTest::qWait(100);
+        return state().value(2);
+    }
+
+    QRect geometry;  // of the line edit, on the screen
+
+private:
+    QString readLine()
+    {
+        QElapsedTimer clock;
+        clock.start();
+        // Our event loop keeps running: the client may ask us for a clipboard we took.
+        while (!mProcess.canReadLine() && clock.elapsed() < 10000) {
+            QTest::qWait(5);
+        }
+        return QString::fromUtf8(mProcess.readLine()).chopped(1);
+    }
+
+    QProcess mProcess;
+};
+
 }  // namespace
 
-// Text selected with the mouse, as the X session holds it, becomes the toolbar's text.
-class TestX11Selection : public QObject {
+// What the input presenter does to other applications on a real X server: the rewrite of
+// revised text typed into them, and the text selected in them becoming the toolbar's.
+class TestX11Presenter : public QObject {
     Q_OBJECT
 
 private slots:
     void init();
     void cleanup();
+    void revisionsLeaveExactlyTheNewText();
     void dragInAnotherApplication();
     void selectionRules();
     void selectionPolls();
@@ -56,46 +111,52 @@ private:
     std::unique_ptr<InputPresenterRig> mRig;
 };
 
-void TestX11Selection::init()
+void TestX11Presenter::init()
 {
     mRig = std::make_unique<InputPresenterRig>();
     mRig->connectDevice();
 }
 
-void TestX11Selection::cleanup()
+void TestX11Presenter::cleanup()
 {
     HookManager::getInstance()->stopMouseHook();
     mRig.reset();
 }
 
-void TestX11Selection::dragInAnotherApplication()
+void TestX11Presenter::revisionsLeaveExactlyTheNewText()
+{
+    Client client{QString(), QString()};
+    QVERIFY(client.geometry.isValid());
+    WinUtils::getInstance()->setBackend(nullptr);  // the desktop's own keys, not the recorder
+    // Each pair: a partial result, then its revision; the box is emptied between pairs.
+    const QList<QStringList> revisions{
+        {QStringLiteral("好😀"), QStringLiteral("好")},
+        {QStringLiteral("😀"), QStringLiteral("😃")},
+        {QStringLiteral("我想去南"), QStringLiteral("我想去北京看👋")},
+    };
+    for (const QStringList& revision : revisions) {
+        presenter()->sendOutput(revision.at(0));
+        QCOMPARE(client.text(revision.at(0)), revision.at(0));
+        presenter()->sendOutput(revision.at(1));
+        QCOMPARE(client.text(revision.at(1)), revision.at(1));
+        presenter()->sendOutput(QString());
+        QCOMPARE(client.text(QString()), QString());
+    }
+    // Taken back for the panel being edited: only the differing emoji leaves the box.
+    presenter()->sendOutput(QStringLiteral("你好😀"));
+    QCOMPARE(client.text(QStringLiteral("你好😀")), QStringLiteral("你好😀"));
+    QCOMPARE(presenter()->restoreContent(QStringLiteral("你好😃")), QStringLiteral("😃"));
+    QCOMPARE(client.text(QStringLiteral("你好")), QStringLiteral("你好"));
+}
+
+void TestX11Presenter::dragInAnotherApplication()
 {
     const QString words = QStringLiteral("翻译这段文字 translate this");
     const QString usersClipboard = QStringLiteral("the user's own clipboard");
-    QProcess source;
-    const auto readLine = [&source] {
-        QElapsedTimer clock;
-        clock.start();
-        // Our event loop keeps running: the source may ask us for a clipboard we took.
-        while (!source.canReadLine() && clock.elapsed() < 10000) {
-            QTest::qWait(20);
-        }
-        return QString::fromUtf8(source.readLine()).trimmed();
-    };
-    // Ended whatever the outcome: a source left running would keep the clipboard.
-    const std::unique_ptr<QProcess, void (*)(QProcess*)> ending(&source, [](QProcess* p) {
-        p->kill();
-        p->waitForFinished();
-    });
-    source.start(QStringLiteral(SELECTION_SOURCE), {words, usersClipboard});
-    const QStringList ready = readLine().split(QLatin1Char(' '));
-    QCOMPARE(ready.size(), 5);
-    const int left = ready.at(1).toInt();
-    const int middle = ready.at(2).toInt() + ready.at(4).toInt() / 2;
-    const int right = left + ready.at(3).toInt();
-
+    Client client(words, usersClipboard);
+    QVERIFY(client.geometry.isValid());
     toolbarMayShow();
-    // The desktop's own keys: a copy chord would reach the source and be counted there.
+    // The desktop's own keys: a copy chord would reach the client and be counted there.
     WinUtils::getInstance()->setBackend(nullptr);
     HookManager::getInstance()->startMouseHook();
     Display* dpy = XOpenDisplay(nullptr);
@@ -109,21 +170,21 @@ void TestX11Selection::dragInAnotherApplication()
         XSync(dpy, False);
         QTest::qWait(20);
     };
-    pointer(left + 3, middle, 1, true);
-    for (int x = left + 20; x < right; x += 40) {
-        pointer(x, middle, 0, false);
+    const int y = client.geometry.center().y();
+    pointer(client.geometry.left() + 3, y, 1, true);
+    for (int x = client.geometry.left() + 20; x < client.geometry.right(); x += 40) {
+        pointer(x, y, 0, false);
     }
-    pointer(right - 3, middle, 1, false);
+    pointer(client.geometry.right() - 3, y, 1, false);
     XCloseDisplay(dpy);
 
     QTRY_COMPARE(view().callsOf(QStringLiteral("toShowPaddleWordsView")).size(), 1);
     QCOMPARE(presenter()->paddleText(), words);
     // No key reached the application, and the user's clipboard is still its own.
-    source.write("get\n");
-    QCOMPARE(readLine(), QString(QStringLiteral("keys 0 1 ") + usersClipboard));
+    QCOMPARE(client.state(), QStringList({QStringLiteral("0"), QStringLiteral("1"), words, usersClipboard}));
 }
 
-void TestX11Selection::selectionRules()
+void TestX11Presenter::selectionRules()
 {
     toolbarMayShow();
     setSelection(QStringLiteral("selected words"));
@@ -159,7 +220,7 @@ void TestX11Selection::selectionRules()
     QCOMPARE(presenter()->paddleText(), QStringLiteral("more words"));
 }
 
-void TestX11Selection::selectionPolls()
+void TestX11Presenter::selectionPolls()
 {
     toolbarMayShow();
     QGuiApplication::clipboard()->clear(QClipboard::Selection);
@@ -179,7 +240,7 @@ void TestX11Selection::selectionPolls()
     QCOMPARE(view().callsOf(QStringLiteral("toShowPaddleWordsView")).size(), 1);
 }
 
-void TestX11Selection::readingPieces()
+void TestX11Presenter::readingPieces()
 {
     toolbarMayShow();
     QSignalSpy pieces(mRig->synthesis.get(), &SpeechSynthesisUtils::speechSynthesis);
@@ -206,5 +267,5 @@ void TestX11Selection::readingPieces()
     QCOMPARE(file.readAll(), QByteArray("andor bb ab\n"));
 }
 
-QTEST_MAIN(TestX11Selection)
-#include "tst_x11selection.moc"
+QTEST_MAIN(TestX11Presenter)
+#include "tst_x11presenter.moc"

@@ -1,8 +1,8 @@
-// Another application holding text: a line edit with the text of the first argument, and the
-// user's clipboard (owned here) holding the second. Prints "ready X Y W H" (the line edit on
-// the screen) once it has the keyboard focus. On "get" from standard input prints
-// "keys N OWNS clipboard-text": the key presses that reached it, and whether it still owns
-// the clipboard.
+// Another application: a line edit holding the first argument, and the user's clipboard
+// (owned here) holding the second. Prints "ready X Y W H" (the line edit on the screen) once
+// it has the keyboard focus. On any line from standard input prints, separated by tabs, the
+// key presses that reached it, 1 if it still owns the clipboard, the line edit's text and the
+// clipboard's.
 #include <QApplication>
 #include <QClipboard>
 #include <QKeyEvent>
@@ -74,7 +74,7 @@ int main(int argc, char* argv[])
             return;
         }
         QClipboard* clipboard = QGuiApplication::clipboard();
-        out << "keys " << keys.presses << ' ' << (clipboard->ownsClipboard() ? 1 : 0) << ' '
+        out << keys.presses << '\t' << (clipboard->ownsClipboard() ? 1 : 0) << '\t' << edit.text() << '\t'
             << clipboard->text(QClipboard::Clipboard) << Qt::endl;
     });
     return app.exec();
