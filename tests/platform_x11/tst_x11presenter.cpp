@@ -53,11 +53,10 @@ public:
         return readLine().split(QLatin1Char('\t'));
     }
     // Its text once it equals expected and a moment later (a shrinking text passes through
-    // the expected one), or the last one after a time-out.
+    // the expected one), or what it holds after a time-out.
     QString text(const QString& expected)
     {
-        QString last;
-        for (int i = 0; i < 100 && (last = state().value(2)) != expected; ++i) {
+        for (int i = 0; i < 100 && state().value(2) != expected; ++i) {
             QTest::qWait(20);
         }
         QTest::qWait(100);
