@@ -23,7 +23,7 @@ namespace {
 
 // The selecting program may see the end of the drag after us and claim the selection a moment
 // later.
-constexpr unsigned long kCopySettleMs = 50;
+constexpr unsigned long kSettleMs = 50;
 constexpr int kClipboardPolls = 3;
 
 }  // namespace
@@ -57,7 +57,7 @@ void InputPresenter::onClipboardDataChange()
     if (!isPaddle() || !mDeviceManager->isReady()) {
         return;
     }
-    QThread::msleep(kCopySettleMs);
+    QThread::msleep(kSettleMs);
     if (isClipboardUsable()) {
         mPaddleText = mClipboard->text(QClipboard::Selection);
         showPaddleWords();
@@ -98,7 +98,7 @@ void InputPresenter::showPaddleWords()
 
 void InputPresenter::onToShowTextTranslate()
 {
-    QThread::msleep(kCopySettleMs);
+    QThread::msleep(kSettleMs);
     mInputView->setTextTranslateSourceText(mPaddleText);
 }
 
