@@ -117,20 +117,6 @@ void WinUtils::sendInput(QString text)
     }
 }
 
-void WinUtils::cacheClipboard()
-{
-    mCachedClipboard = mBackend->clipboardText();
-    mHasCachedClipboard = true;
-}
-
-void WinUtils::revertClipboard()
-{
-    if (mHasCachedClipboard) {
-        mBackend->setClipboardText(mCachedClipboard);
-        mHasCachedClipboard = false;
-    }
-}
-
 QString WinUtils::SimplifiedToTraditional(QString text)
 {
     return mConverter->simplifiedToTraditional(text);

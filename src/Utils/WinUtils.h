@@ -39,10 +39,6 @@ public:
     void deleteFile();
     void sendInput(QString text);
 
-    // Keeps the clipboard's text aside, and puts it back.
-    void cacheClipboard();
-    void revertClipboard();
-
     QString SimplifiedToTraditional(QString text);
 
 private:
@@ -54,6 +50,4 @@ private:
     std::unique_ptr<InputBackend> mDesktop;
     InputBackend* mBackend = nullptr;
     std::unique_ptr<ChineseConverter> mConverter;
-    QString mCachedClipboard;
-    bool mHasCachedClipboard = false;
 };

@@ -223,14 +223,21 @@ void InputPresenter::handleIntent(SemanticParsingResult result)
 
 int InputPresenter::eraseDifferingTail(const QString& content)
 {
-    // 16-bit units: a character outside the basic plane counts twice.
     int same = 0;
     while (same < mLastOutput.size() && same < content.size() && mLastOutput.at(same) == content.at(same)) {
         ++same;
     }
+    // Two emoji can share their high surrogate: half a character is no common prefix.
+    if (same > 0 && mLastOutput.at(same - 1).isHighSurrogate()) {
+        --same;
+    }
+    // One BackSpace takes back one whole character, a surrogate pair included.
     WinUtils* win = WinUtils::getInstance();
     for (int i = same; i < mLastOutput.size(); ++i) {
-        win->backspace();
+        if (!(mLastOutput.at(i).isHighSurrogate() && i + 1 < mLastOutput.size() &&
+              mLastOutput.at(i + 1).isLowSurrogate())) {
+            win->backspace();
+        }
     }
     return same;
 }

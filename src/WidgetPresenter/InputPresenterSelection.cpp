@@ -1,5 +1,5 @@
-// Text selected with the mouse: captured through the clipboard, then translated or read
-// aloud from the toolbar beside it.
+// Text selected with the mouse: read from the X session's PRIMARY selection, then translated
+// or read aloud from the toolbar beside it.
 #include "InputPresenter.h"
 
 #include "Hid/DeviceManager.h"
@@ -11,7 +11,6 @@
 #include "Utils/JsonUtils.h"
 #include "Utils/LanguageTables.h"
 #include "Utils/Logging.h"
-#include "Utils/WinUtils.h"
 
 #include <QClipboard>
 #include <QFile>
@@ -22,8 +21,9 @@
 
 namespace {
 
-// The copy of another program needs a moment to land in the clipboard.
-constexpr unsigned long kCopySettleMs = 50;
+// The selecting program may see the end of the drag after us and claim the selection a moment
+// later.
+constexpr unsigned long kSettleMs = 50;
 constexpr int kClipboardPolls = 3;
 
 }  // namespace
@@ -33,15 +33,14 @@ void InputPresenter::onPaddleWords()
     if (!mDeviceManager->isReady() || !mInputView->isShowPaddlewordsView() || !isPaddle()) {
         return;
     }
-    WinUtils* win = WinUtils::getInstance();
-    win->cacheClipboard();
-    win->copyContent();
+    // No copy chord: X already holds the selection, and Ctrl+C would interrupt a terminal's
+    // program and overwrite the user's clipboard.
     onClipboardDataChange();
 }
 
 bool InputPresenter::isClipboardUsable()
 {
-    const QMimeData* data = mClipboard->mimeData();
+    const QMimeData* data = mClipboard->mimeData(QClipboard::Selection);
     if (data == nullptr || !data->hasFormat(QStringLiteral("text/plain")) ||
         data->hasFormat(QStringLiteral("application/octet-stream"))) {
         return false;
@@ -58,15 +57,14 @@ void InputPresenter::onClipboardDataChange()
     if (!isPaddle() || !mDeviceManager->isReady()) {
         return;
     }
-    QThread::msleep(kCopySettleMs);
+    QThread::msleep(kSettleMs);
     if (isClipboardUsable()) {
-        mPaddleText = mClipboard->text();
-        WinUtils::getInstance()->revertClipboard();
+        mPaddleText = mClipboard->text(QClipboard::Selection);
         showPaddleWords();
         return;
     }
-    if (mClipboard->text().isEmpty()) {
-        // Not landed yet: look again a few times.
+    if (mClipboard->text(QClipboard::Selection).isEmpty()) {
+        // Not claimed yet: look again a few times.
         mTimerClipboardPoll.stop();
         mClipboardTries = 0;
         mTimerClipboardPoll.start();
@@ -78,9 +76,7 @@ void InputPresenter::onClipboardPoll()
     if (isClipboardUsable()) {
         mClipboardTries = 0;
         mTimerClipboardPoll.stop();
-        mPaddleText = mClipboard->text();
-        // Our clipboard layer really keeps the user's text, so it is given back here too.
-        WinUtils::getInstance()->revertClipboard();
+        mPaddleText = mClipboard->text(QClipboard::Selection);
         showPaddleWords();
         return;
     }
@@ -102,7 +98,7 @@ void InputPresenter::showPaddleWords()
 
 void InputPresenter::onToShowTextTranslate()
 {
-    QThread::msleep(kCopySettleMs);
+    QThread::msleep(kSettleMs);
     mInputView->setTextTranslateSourceText(mPaddleText);
 }
 

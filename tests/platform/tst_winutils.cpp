@@ -15,7 +15,6 @@ private slots:
     void editingChordsArePressedWhole();
     void textAndDesktop();
     void positionRules();
-    void clipboardIsPutBack();
     void simplifiedToTraditional();
     void everyTableKeyHasAKeysym();
     void withoutADisplayNothingHappens();
@@ -88,19 +87,6 @@ void TestWinUtils::positionRules()
     QCOMPARE(win()->getPosition(), QPoint(0, 0));
     mRecorder.windowClass = QStringLiteral("Gedit");
     QCOMPARE(win()->getForegroundWindowName(), QStringLiteral("Gedit"));
-}
-
-void TestWinUtils::clipboardIsPutBack()
-{
-    mRecorder.clipboard = QStringLiteral("the user's");
-    win()->cacheClipboard();
-    mRecorder.clipboard = QStringLiteral("a selection copied to translate");
-    win()->revertClipboard();
-    QCOMPARE(mRecorder.clipboard, QStringLiteral("the user's"));
-    // Nothing cached, nothing put back.
-    mRecorder.clipboard = QStringLiteral("later");
-    win()->revertClipboard();
-    QCOMPARE(mRecorder.clipboard, QStringLiteral("later"));
 }
 
 void TestWinUtils::simplifiedToTraditional()

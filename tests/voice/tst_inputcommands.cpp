@@ -52,7 +52,7 @@ private slots:
     void intentModels_data();
     void intentModels();
     void habitSavedBeforeUse();
-    void rewriteCounts();
+    void rewrite();
 
 private:
     std::unique_ptr<InputPresenterRig> mRig;
@@ -289,38 +289,45 @@ void TestInputCommands::habitSavedBeforeUse()
              QStringLiteral("https://shop.example"));
 }
 
-void TestInputCommands::rewriteCounts()
+void TestInputCommands::rewrite()
 {
-    auto backspaces = [this] {
-        return mRig->desktop.takeLog().filter(QStringLiteral("down BackSpace")).size();
+    InputPresenter* presenter = mRig->presenter.get();
+    RecordingInputBackend& desktop = mRig->desktop;
+    const auto backspaces = [&desktop] {
+        return desktop.takeLog().filter(QStringLiteral("down BackSpace")).size();
     };
-    mRig->presenter->sendOutput(QStringLiteral("我想去南"));
-    QCOMPARE(mRig->desktop.takeLog(), QStringList({QStringLiteral("text 我想去南")}));
+    presenter->sendOutput(QStringLiteral("我想去南"));
+    QCOMPARE(desktop.takeLog(), QStringList({QStringLiteral("text 我想去南")}));
     // Four characters then six sharing three: one backspace, three typed.
-    mRig->presenter->sendOutput(QStringLiteral("我想去北京看"));
-    QCOMPARE(mRig->desktop.log.last(), QStringLiteral("text 北京看"));
+    presenter->sendOutput(QStringLiteral("我想去北京看"));
+    QCOMPARE(desktop.log.last(), QStringLiteral("text 北京看"));
     QCOMPARE(backspaces(), 1);
-    mRig->presenter->sendOutput(QStringLiteral("我想去北京看"));  // unchanged: nothing at all
-    QCOMPARE(mRig->desktop.log, QStringList());
-    mRig->presenter->sendOutput(QStringLiteral("我想"));  // shrinking: backspaces only
-    QCOMPARE(mRig->desktop.log.filter(QStringLiteral("text")), QStringList());
-    QCOMPARE(backspaces(), 4);
-    mRig->presenter->sendOutput(QString());
-    QCOMPARE(backspaces(), 2);
-    QCOMPARE(mRig->presenter->lastOutput(), QString());
+    presenter->sendOutput(QStringLiteral("我想去北京看"));  // unchanged: nothing at all
+    QCOMPARE(desktop.log, QStringList());
+    presenter->sendOutput(QString());  // emptied: backspaces only
+    QCOMPARE(desktop.log.filter(QStringLiteral("text")), QStringList());
+    QCOMPARE(backspaces(), 6);
 
-    // The rewrite counts 16-bit units: an emoji outside the basic plane is two of them.
-    mRig->presenter->sendOutput(QStringLiteral("好😀"));
-    mRig->desktop.log.clear();
-    mRig->presenter->sendOutput(QStringLiteral("好"));
-    QCOMPARE(backspaces(), 2);
+    // What the text box holds after a revision: emoji go whole, one backspace each.
+    const QList<QStringList> revisions{
+        {QStringLiteral("好😀"), QStringLiteral("好")},
+        {QStringLiteral("😀"), QStringLiteral("😃")},  // same high surrogate, other character
+        {QStringLiteral("a😀b"), QStringLiteral("a😃")},
+        {QStringLiteral("👍🏽好"), QStringLiteral("👍")},  // emoji with a skin tone: two characters
+    };
+    for (const QStringList& revision : revisions) {
+        presenter->sendOutput(revision.at(0));
+        presenter->sendOutput(revision.at(1));
+        QCOMPARE(desktop.typedText(), revision.at(1));
+        presenter->sendOutput(QString());
+        desktop.log.clear();
+    }
 
-    // restoreContent takes back the differing tail and hands over the new one.
-    mRig->presenter->sendOutput(QStringLiteral("你好吗"));
-    mRig->desktop.log.clear();
-    QCOMPARE(mRig->presenter->restoreContent(QStringLiteral("你好呀呀")), QStringLiteral("呀呀"));
-    QCOMPARE(backspaces(), 1);
-    QCOMPARE(mRig->presenter->lastOutput(), QStringLiteral("你好呀呀"));
+    // restoreContent takes back the differing tail and hands the new one over for the panel.
+    presenter->sendOutput(QStringLiteral("你好😀"));
+    QCOMPARE(presenter->restoreContent(QStringLiteral("你好😃呀")), QStringLiteral("😃呀"));
+    QCOMPARE(desktop.typedText(), QStringLiteral("你好"));
+    QCOMPARE(presenter->lastOutput(), QStringLiteral("你好😃呀"));
 }
 
 QTEST_GUILESS_MAIN(TestInputCommands)

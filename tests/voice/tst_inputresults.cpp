@@ -1,13 +1,7 @@
-#include "Hid/HookManager.h"
 #include "InputPresenterRig.h"
-#include "Utils/AppPaths.h"
 
-#include <QClipboard>
-#include <QGuiApplication>
 #include <QJsonDocument>
 #include <QJsonObject>
-#include <QMimeData>
-#include <QSignalSpy>
 #include <QUrlQuery>
 #include <QtTest>
 
@@ -36,7 +30,7 @@ QByteArray semantic(int category)
 
 }  // namespace
 
-// What becomes of recognised text, and of text selected with the mouse.
+// What becomes of recognised text, and of text translated from a selection.
 class TestInputResults : public QObject {
     Q_OBJECT
 
@@ -50,9 +44,6 @@ private slots:
     void voiceCommandLengthAndStripping();
     void nonMandarinSearchKeepsPunctuation();
     void semanticReplies();
-    void selectionCapture();
-    void clipboardPolls();
-    void readingPieces();
     void textTranslation();
 
 private:
@@ -68,15 +59,6 @@ private:
             }
         }
         return found;
-    }
-    void setClipboard(const QString& text, bool binaryToo = false)
-    {
-        auto* data = new QMimeData;
-        data->setText(text);
-        if (binaryToo) {
-            data->setData(QStringLiteral("application/octet-stream"), "\x01");
-        }
-        QGuiApplication::clipboard()->setMimeData(data);
     }
 
     std::unique_ptr<InputPresenterRig> mRig;
@@ -269,97 +251,6 @@ void TestInputResults::semanticReplies()
     ask(QStringLiteral("打开微信"));
     QTRY_VERIFY(view().calls.contains(QStringLiteral("showFace(1)")));
     QVERIFY(view().calls.contains(QStringLiteral("setContent()")));
-}
-
-void TestInputResults::selectionCapture()
-{
-    mRig->setPreferences([](UserPreferences& p) { p.textTranslateMode = 1; });
-    view().answers[QStringLiteral("isShowPaddlewordsView")] = true;
-    view().answers[QStringLiteral("isHiddenPaddleWordsView")] = true;
-    view().answers[QStringLiteral("isHiddenTextTranslateView")] = true;
-    mRig->desktop.clipboard = QStringLiteral("the user's own");
-    setClipboard(QStringLiteral("selected words"));
-    HookManager* hook = HookManager::getInstance();
-    // A drag of 9 pixels is a click; 10 on one axis selects.
-    hook->OnMouseEvent(HookManager::LeftMouseDown, 100, 100);
-    hook->OnMouseEvent(HookManager::LeftMouseUp, 109, 91);
-    QTest::qWait(20);
-    QVERIFY(mRig->desktop.log.isEmpty());
-    hook->OnMouseEvent(HookManager::LeftMouseDown, 100, 100);
-    hook->OnMouseEvent(HookManager::LeftMouseUp, 100, 110);
-    QTRY_COMPARE(view().callsOf(QStringLiteral("toShowPaddleWordsView")).size(), 1);
-    QCOMPARE(mRig->desktop.log.mid(0, 2),
-             QStringList({QStringLiteral("down Control_L"), QStringLiteral("down c")}));
-    QCOMPARE(presenter()->paddleText(), QStringLiteral("selected words"));
-    QCOMPARE(mRig->desktop.clipboard, QStringLiteral("the user's own"));
-
-    // Refused: binary data, a lone line break; with the text panel open, no toolbar.
-    view().takeCalls();
-    setClipboard(QStringLiteral("binary"), true);
-    presenter()->onClipboardDataChange();
-    setClipboard(QStringLiteral("\r\n"));
-    presenter()->onClipboardDataChange();
-    QVERIFY(!presenter()->timer(P::TimerClipboardPoll).isActive());
-    view().answers[QStringLiteral("isHiddenTextTranslateView")] = false;
-    setClipboard(QStringLiteral("more words"));
-    presenter()->onClipboardDataChange();
-    QVERIFY(view().callsOf(QStringLiteral("toShowPaddleWordsView")).isEmpty());
-    QCOMPARE(presenter()->paddleText(), QStringLiteral("more words"));
-
-    // Translate mode off: no copy, the clipboard untouched.
-    mRig->setPreferences([](UserPreferences& p) { p.textTranslateMode = 0; });
-    mRig->desktop.log.clear();
-    presenter()->onPaddleWords();
-    QVERIFY(mRig->desktop.log.isEmpty());
-}
-
-void TestInputResults::clipboardPolls()
-{
-    mRig->setPreferences([](UserPreferences& p) { p.textTranslateMode = 1; });
-    view().answers[QStringLiteral("isShowPaddlewordsView")] = true;
-    setClipboard(QString());
-    presenter()->onClipboardDataChange();
-    QVERIFY(presenter()->timer(P::TimerClipboardPoll).isActive());
-    for (int i = 0; i < 3; ++i) {
-        presenter()->expireTimer(P::TimerClipboardPoll);
-    }
-    QVERIFY(!presenter()->timer(P::TimerClipboardPoll).isActive());
-    // The copy lands at the second poll.
-    presenter()->onClipboardDataChange();
-    presenter()->expireTimer(P::TimerClipboardPoll);
-    setClipboard(QStringLiteral("late"));
-    presenter()->expireTimer(P::TimerClipboardPoll);
-    QVERIFY(!presenter()->timer(P::TimerClipboardPoll).isActive());
-    QCOMPARE(presenter()->paddleText(), QStringLiteral("late"));
-    QCOMPARE(view().callsOf(QStringLiteral("toShowPaddleWordsView")).size(), 1);
-}
-
-void TestInputResults::readingPieces()
-{
-    mRig->setPreferences([](UserPreferences& p) { p.textTranslateMode = 1; });
-    view().answers[QStringLiteral("isShowPaddlewordsView")] = true;
-    QSignalSpy pieces(mRig->synthesis.get(), &SpeechSynthesisUtils::speechSynthesis);
-    const auto read = [&](const QString& text) {
-        setClipboard(text);
-        presenter()->onClipboardDataChange();
-        pieces.clear();
-        presenter()->onToStartTextReading(3);
-    };
-    read(QString(2048, QLatin1Char('a')));
-    QCOMPARE(pieces.size(), 2);
-    read(QString(2049, QLatin1Char('a')));
-    QCOMPARE(pieces.size(), 3);
-    QCOMPARE(pieces.last().at(0).toString(), QStringLiteral("a"));
-    QCOMPARE(pieces.last().mid(1), QVariantList({3, 5, 5, 5}));
-
-    read(QStringLiteral("and/or <b>*</b>, a\\b?\n"));
-    QCOMPARE(pieces.first().at(0).toString(), QStringLiteral("andor bb ab"));
-    pieces.clear();
-    presenter()->onToStartTextReading(0);  // the selection keeps the change
-    QCOMPARE(pieces.first().at(0).toString(), QStringLiteral("andor bb ab"));
-    QFile file(AppPaths::dataFile(QStringLiteral("/text.txt")));
-    QVERIFY(file.open(QIODevice::ReadOnly));
-    QCOMPARE(file.readAll(), QByteArray("andor bb ab\n"));
 }
 
 void TestInputResults::textTranslation()
