@@ -77,12 +77,13 @@ bool InputPresenter::checkLocalCommand(QString text)
         if (word.keyword.compare(text, Qt::CaseInsensitive) != 0) {
             continue;
         }
-        // Stored paths are absolute here; the leading slashes go, so that "file:///" and the
-        // path make one well-formed URL either way.
+        // A stored path is absolute with or without its leading slash. Made into a URL as a
+        // path, so that '#', '?' and '%' in a name stay part of it.
         QString path = word.target;
         while (path.startsWith(QLatin1Char('/'))) {
             path.remove(0, 1);
         }
+        const QUrl file = QUrl::fromLocalFile(QLatin1Char('/') + path);
         switch (word.type) {
             case 0:
                 mInputView->setContent(QStringLiteral("正在打开网站"));
@@ -90,11 +91,11 @@ bool InputPresenter::checkLocalCommand(QString text)
                 return true;
             case 1:
                 mInputView->setContent(QStringLiteral("正在打开文件..."));
-                launcher()->openUrl(QUrl(QStringLiteral("file:///") + path));
+                launcher()->openUrl(file);
                 return true;
             case 2:
                 mInputView->setContent(QStringLiteral("正在打开文件夹..."));
-                launcher()->openUrl(QUrl(QStringLiteral("file:///") + path));
+                launcher()->openUrl(file);
                 return true;
             case 3:
                 replayChord(word.pro);

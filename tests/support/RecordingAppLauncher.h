@@ -8,8 +8,13 @@ class RecordingAppLauncher : public AppLauncher {
 public:
     QStringList log;
     QStringList installed;
+    QList<QUrl> urls;  // as given, for what a file URL names
 
-    void openUrl(const QUrl& url) override { log << QStringLiteral("url ") + url.toString(); }
+    void openUrl(const QUrl& url) override
+    {
+        log << QStringLiteral("url ") + url.toString();
+        urls << url;
+    }
     void openLocalPath(const QString& path) override { log << QStringLiteral("path ") + path; }
     bool launchApplication(const QStringList& desktopIds) override
     {
