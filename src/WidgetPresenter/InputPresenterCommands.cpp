@@ -5,11 +5,14 @@
 #include "InputView.h"
 #include "LocalCommandTable.h"
 #include "Platform/AppLauncher.h"
+#include "Platform/InputBackend.h"
 #include "Utils/Logging.h"
 #include "Utils/PreferencesUtils.h"
 #include "Utils/WinUtils.h"
 
 #include <QUrl>
+
+#include <X11/keysym.h>
 
 namespace {
 
@@ -60,10 +63,12 @@ bool InputPresenter::handleCommand(QString text)
             break;
         case LocalCommand::OpenApplication:
             // Nothing installed (or no counterpart here): the message stands all the same.
-            if (!row->desktopEntries.isEmpty()) {
-                launcher()->launchApplication(row->desktopEntries);
-            } else {
+            if (!row->opensSomething()) {
                 qCInfo(lcInput) << "no counterpart here for" << row->application;
+            } else if (!launcher()->launchApplication(row->choice()) && row->printKeyWhenNone) {
+                // Print has no code in the stored key table; it goes to the desktop as it is.
+                win->backend()->sendKey(XK_Print, true);
+                win->backend()->sendKey(XK_Print, false);
             }
             mInputView->setContent(QStringLiteral("正在打开") + text);
             break;

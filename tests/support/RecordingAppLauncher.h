@@ -2,8 +2,8 @@
 
 #include "Platform/AppLauncher.h"
 
-// Keeps what would have been opened: "url <address>", "app <first installed entry>" and
-// "path <local path>"; the test says which desktop entries are installed.
+// Keeps what would have been opened: "url <address>", "app <first installed entry>
+// [arguments]" and "path <local path>"; the test says which desktop entries are installed.
 class RecordingAppLauncher : public AppLauncher {
 public:
     QStringList log;
@@ -16,11 +16,13 @@ public:
         urls << url;
     }
     void openLocalPath(const QString& path) override { log << QStringLiteral("path ") + path; }
-    bool launchApplication(const QStringList& desktopIds) override
+    // The user's defaults are the real launcher's business; here only the fixed list counts.
+    bool launchApplication(const AppChoice& choice) override
     {
-        for (const QString& id : desktopIds) {
+        for (const QString& id : choice.desktopIds) {
             if (installed.contains(id)) {
-                log << QStringLiteral("app ") + id;
+                log << QStringList(QStringList{QStringLiteral("app"), id} + choice.arguments)
+                           .join(QLatin1Char(' '));
                 return true;
             }
         }

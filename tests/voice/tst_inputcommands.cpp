@@ -140,6 +140,20 @@ void TestInputCommands::applicationRows()
                      QStringLiteral("setContent(正在打开FaceTime)")}));
     // The table is case sensitive: "safari" goes on to the command words.
     QVERIFY(!mRig->presenter->handleCommand(QStringLiteral("safari")));
+
+    // Entries as Debian installs them; the reader's settings, not the reader; a screenshot
+    // with no program for it is the Print key, which the desktop's shell takes.
+    mRig->launcher.installed =
+        QStringList{QStringLiteral("org.gnome.Gnote.desktop"), QStringLiteral("orca.desktop")};
+    mRig->launcher.log.clear();
+    mRig->desktop.takeLog();
+    QVERIFY(mRig->presenter->handleCommand(QStringLiteral("备忘录")));
+    QVERIFY(mRig->presenter->handleCommand(QStringLiteral("旁白实用工具")));
+    QVERIFY(mRig->presenter->handleCommand(QStringLiteral("抓图")));
+    QCOMPARE(mRig->launcher.log, QStringList({QStringLiteral("app org.gnome.Gnote.desktop"),
+                                              QStringLiteral("app orca.desktop --setup")}));
+    QCOMPARE(mRig->desktop.takeLog(),
+             QStringList({QStringLiteral("down Print"), QStringLiteral("up Print")}));
 }
 
 void TestInputCommands::commandWords()
