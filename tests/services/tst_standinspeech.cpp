@@ -462,7 +462,6 @@ void TestStandInSpeech::iflyFrameChecks_data()
     QTest::newRow("vad_eos as text") << 0 << QStringLiteral("business.vad_eos")
                                      << QVariant(QStringLiteral("10000")) << 10163;
     QTest::newRow("vad_eos too long") << 0 << QStringLiteral("business.vad_eos") << QVariant(20000) << 10163;
-    QTest::newRow("no vad_eos") << 0 << QStringLiteral("business.vad_eos") << QVariant() << 10163;
     QTest::newRow("dwa") << 0 << QStringLiteral("business.dwa") << QVariant(QStringLiteral("wpg")) << 10163;
     QTest::newRow("rlang") << 0 << QStringLiteral("business.rlang") << QVariant(QStringLiteral("zh-tw"))
                            << 10163;
@@ -475,7 +474,6 @@ void TestStandInSpeech::iflyFrameChecks_data()
     QTest::newRow("continue with business")
         << 1 << QStringLiteral("business.domain") << QVariant(QStringLiteral("iat")) << 10163;
     QTest::newRow("continue with status 0") << 1 << QStringLiteral("data.status") << QVariant(0) << 10163;
-    QTest::newRow("continue without format") << 1 << QStringLiteral("data.format") << QVariant() << 10163;
     QTest::newRow("audio not Base64")
         << 1 << QStringLiteral("data.audio") << QVariant(QStringLiteral("@@")) << 10163;
     QTest::newRow("end with audio") << 2 << QStringLiteral("data.audio") << QVariant(QStringLiteral("AAAA"))
