@@ -12,24 +12,8 @@
 #include <cmath>
 
 namespace {
+
 int sessionNumber = 0;
-}
-
-IFlySession::IFlySession(QWebSocket* socket, const Fault* fault, const QString& appId,
-                         std::unique_ptr<RecognitionEngine> engine, QObject* parent)
-    : QObject(parent),
-      mSocket(socket),
-      mFault(fault),
-      mAppId(appId),
-      mEngine(std::move(engine)),
-      mSid(QStringLiteral("iat%1@standin").arg(++sessionNumber, 6, 10, QLatin1Char('0')))
-{
-    socket->setParent(this);
-    connect(socket, &QWebSocket::textMessageReceived, this, &IFlySession::onText);
-    connect(socket, &QWebSocket::disconnected, this, &IFlySession::finished);
-}
-
-namespace {
 
 const QString kFormat = QStringLiteral("audio/L16;rate=16000");
 
@@ -45,6 +29,20 @@ bool onlyKeys(const QJsonObject& object, const QStringList& allowed, QString* un
 }
 
 }  // namespace
+
+IFlySession::IFlySession(QWebSocket* socket, const Fault* fault, const QString& appId,
+                         std::unique_ptr<RecognitionEngine> engine, QObject* parent)
+    : QObject(parent),
+      mSocket(socket),
+      mFault(fault),
+      mAppId(appId),
+      mEngine(std::move(engine)),
+      mSid(QStringLiteral("iat%1@standin").arg(++sessionNumber, 6, 10, QLatin1Char('0')))
+{
+    socket->setParent(this);
+    connect(socket, &QWebSocket::textMessageReceived, this, &IFlySession::onText);
+    connect(socket, &QWebSocket::disconnected, this, &IFlySession::finished);
+}
 
 int IFlySession::checkFrame(const QJsonObject& frame, bool first, const QString& appId, QString* reason)
 {
