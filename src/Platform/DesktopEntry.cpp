@@ -4,6 +4,8 @@
 #include <QStandardPaths>
 #include <QTextStream>
 
+#include <algorithm>
+
 bool DesktopEntry::load(const QString& path)
 {
     QFile file(path);
@@ -44,6 +46,10 @@ bool DesktopEntry::load(const QString& path)
             mTryExec = value;
         } else if (key == QLatin1String("Hidden")) {
             mHidden = value == QLatin1String("true");
+        } else if (key == QLatin1String("OnlyShowIn")) {
+            mOnlyShowIn = value.split(QLatin1Char(';'), Qt::SkipEmptyParts);
+        } else if (key == QLatin1String("NotShowIn")) {
+            mNotShowIn = value.split(QLatin1Char(';'), Qt::SkipEmptyParts);
         }
     }
     return seenGroup;
@@ -52,6 +58,15 @@ bool DesktopEntry::load(const QString& path)
 bool DesktopEntry::isLaunchable() const
 {
     if (mHidden || mType != QLatin1String("Application") || command().isEmpty()) {
+        return false;
+    }
+    // An entry for other desktops only (their settings, their panels) does not work here.
+    const QStringList desktops = currentDesktops();
+    auto shownIn = [&desktops](const QStringList& list) {
+        return std::any_of(desktops.begin(), desktops.end(),
+                           [&list](const QString& desktop) { return list.contains(desktop); });
+    };
+    if ((!mOnlyShowIn.isEmpty() && !shownIn(mOnlyShowIn)) || shownIn(mNotShowIn)) {
         return false;
     }
     return mTryExec.isEmpty() || !QStandardPaths::findExecutable(mTryExec).isEmpty() ||
@@ -65,6 +80,35 @@ QStringList DesktopEntry::command() const
         return {};
     }
     return arguments;
+}
+
+QStringList DesktopEntry::currentDesktops()
+{
+    return qEnvironmentVariable("XDG_CURRENT_DESKTOP").split(QLatin1Char(':'), Qt::SkipEmptyParts);
+}
+
+QStringList DesktopEntry::readList(const QString& path, const QString& group, const QString& key)
+{
+    QFile file(path);
+    if (!file.open(QIODevice::ReadOnly | QIODevice::Text)) {
+        return {};
+    }
+    QTextStream in(&file);
+    in.setCodec("UTF-8");
+    const QString header = QLatin1Char('[') + group + QLatin1Char(']');
+    bool inGroup = false;
+    while (!in.atEnd()) {
+        const QString line = in.readLine().trimmed();
+        if (line.startsWith(QLatin1Char('['))) {
+            inGroup = line == header;
+            continue;
+        }
+        const int equals = line.indexOf(QLatin1Char('='));
+        if (inGroup && equals > 0 && line.left(equals).trimmed() == key) {
+            return unescapeValue(line.mid(equals + 1).trimmed()).split(QLatin1Char(';'), Qt::SkipEmptyParts);
+        }
+    }
+    return {};
 }
 
 QString DesktopEntry::unescapeValue(const QString& value)

@@ -9,8 +9,9 @@ public:
     // Reads the [Desktop Entry] group of the file; false when it cannot be read or has none.
     bool load(const QString& path);
 
-    // True when the entry is an application that can be started here: not hidden, with an
-    // Exec line, and its TryExec program (if named) present.
+    // True when the entry is an application that can be started here: not hidden, meant for
+    // the current desktop (OnlyShowIn, NotShowIn), with an Exec line, and its TryExec program
+    // (if named) present.
     bool isLaunchable() const;
     // The program and its arguments, field codes expanded for a start with no files.
     QStringList command() const;
@@ -21,6 +22,11 @@ public:
                           QStringList* arguments);
     // Undoes the string escapes of an entry value (\s \n \t \r \\).
     static QString unescapeValue(const QString& value);
+    // The desktops named by XDG_CURRENT_DESKTOP, in its order.
+    static QStringList currentDesktops();
+    // The ';'-separated list of a key in a group of a file in the entry format (mimeapps.list
+    // uses it), or empty.
+    static QStringList readList(const QString& path, const QString& group, const QString& key);
 
 private:
     QString mPath;
@@ -29,5 +35,7 @@ private:
     QString mIcon;
     QString mExec;
     QString mTryExec;
+    QStringList mOnlyShowIn;
+    QStringList mNotShowIn;
     bool mHidden = false;
 };

@@ -27,17 +27,56 @@ QString DesktopLauncher::findInstalled(const QStringList& desktopIds)
     return QString();
 }
 
-bool DesktopLauncher::launchApplication(const QStringList& desktopIds)
+QString DesktopLauncher::defaultHandler(const QString& mimeType)
 {
-    const QString path = findInstalled(desktopIds);
-    if (path.isEmpty()) {
-        qCInfo(lcSystem) << "none installed of" << desktopIds;
-        return false;
+    // The association files by precedence: each config folder, then each data folder's
+    // applications, the current desktop's own file before the common one in each.
+    QStringList folders = QStandardPaths::standardLocations(QStandardPaths::GenericConfigLocation);
+    for (const QString& data : QStandardPaths::standardLocations(QStandardPaths::GenericDataLocation)) {
+        folders << data + QStringLiteral("/applications");
     }
-    return startEntry(path);
+    QStringList names;
+    for (const QString& desktop : DesktopEntry::currentDesktops()) {
+        names << desktop.toLower() + QStringLiteral("-mimeapps.list");
+    }
+    names << QStringLiteral("mimeapps.list");
+    for (const QString& folder : qAsConst(folders)) {
+        for (const QString& name : qAsConst(names)) {
+            const QStringList ids = DesktopEntry::readList(folder + QLatin1Char('/') + name,
+                                                           QStringLiteral("Default Applications"), mimeType);
+            // A default that is not installed gives way to the next one listed.
+            const QString path = findInstalled(ids);
+            if (!path.isEmpty()) {
+                return path;
+            }
+        }
+    }
+    return QString();
 }
 
-bool DesktopLauncher::startEntry(const QString& path)
+bool DesktopLauncher::launchApplication(const AppChoice& choice)
+{
+    if (!choice.defaultFor.isEmpty()) {
+        const QString path = defaultHandler(choice.defaultFor);
+        if (!path.isEmpty()) {
+            return startEntry(path, choice.arguments);
+        }
+    }
+    if (!choice.alternative.isEmpty()) {
+        const QString program = QStandardPaths::findExecutable(choice.alternative);
+        if (!program.isEmpty()) {
+            return start(program, choice.arguments, program);
+        }
+    }
+    const QString path = findInstalled(choice.desktopIds);
+    if (path.isEmpty()) {
+        qCInfo(lcSystem) << "none installed of" << choice.desktopIds;
+        return false;
+    }
+    return startEntry(path, choice.arguments);
+}
+
+bool DesktopLauncher::startEntry(const QString& path, const QStringList& arguments)
 {
     DesktopEntry entry;
     entry.load(path);
@@ -47,11 +86,16 @@ bool DesktopLauncher::startEntry(const QString& path)
         return false;
     }
     const QString program = command.takeFirst();
-    if (!QProcess::startDetached(program, command)) {
-        qCWarning(lcSystem) << "cannot start" << program << "of" << path;
+    return start(program, command + arguments, path);
+}
+
+bool DesktopLauncher::start(const QString& program, const QStringList& arguments, const QString& what)
+{
+    if (!QProcess::startDetached(program, arguments)) {
+        qCWarning(lcSystem) << "cannot start" << program << "of" << what;
         return false;
     }
-    qCInfo(lcSystem) << "started" << path;
+    qCInfo(lcSystem) << "started" << what << arguments;
     return true;
 }
 
@@ -62,16 +106,12 @@ void DesktopLauncher::openLocalPath(const QString& path)
     if (file.isFile() && path.endsWith(QLatin1String(".desktop"))) {
         DesktopEntry entry;
         if (entry.load(path) && entry.isLaunchable()) {
-            startEntry(path);
+            startEntry(path, QStringList());
             return;
         }
     }
     if (file.isFile() && file.isExecutable()) {
-        if (QProcess::startDetached(path, QStringList())) {
-            qCInfo(lcSystem) << "started" << path;
-        } else {
-            qCWarning(lcSystem) << "cannot start" << path;
-        }
+        start(path, QStringList(), path);
         return;
     }
     openUrl(QUrl::fromLocalFile(path));

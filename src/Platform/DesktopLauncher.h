@@ -3,16 +3,22 @@
 #include "AppLauncher.h"
 
 // The desktop's own way: URLs through the desktop's handlers, applications by their desktop
-// entries found in the XDG data folders, started directly (never through a shell).
+// entries found in the XDG data folders, started directly (never through a shell). The user's
+// default applications come from the XDG MIME associations (mimeapps.list, the current
+// desktop's own file first) and from Debian's alternatives.
 class DesktopLauncher : public AppLauncher {
 public:
     void openUrl(const QUrl& url) override;
-    bool launchApplication(const QStringList& desktopIds) override;
+    bool launchApplication(const AppChoice& choice) override;
     void openLocalPath(const QString& path) override;
 
     // The file of the first launchable entry of the list, or empty.
     static QString findInstalled(const QStringList& desktopIds);
+    // The file of the launchable entry the user chose as default handler of the MIME type,
+    // or empty.
+    static QString defaultHandler(const QString& mimeType);
 
 private:
-    static bool startEntry(const QString& path);
+    static bool startEntry(const QString& path, const QStringList& arguments);
+    static bool start(const QString& program, const QStringList& arguments, const QString& what);
 };

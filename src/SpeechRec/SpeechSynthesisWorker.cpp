@@ -46,13 +46,12 @@ QString SpeechSynthesisWorker::getToken()
 QString SpeechSynthesisWorker::synthesisUrl(const QString& text, const QString& token, int per, int spd,
                                             int pit, int vol) const
 {
+    // One call fills every place: chained calls would take an escape inside the encoded text
+    // ("%3A" of a colon) for the next place.
     return base(mService.synthesisUrl) +
            QStringLiteral("/text2audio?tex=%1&lan=zh&cuid=%2&ctp=1&tok=%3&per=%4&spd=%5&pit=%6&vol=%7")
-               .arg(urlEncode(text), mService.cuid, token)
-               .arg(per)
-               .arg(spd)
-               .arg(pit)
-               .arg(vol);
+               .arg(urlEncode(text), mService.cuid, token, QString::number(per), QString::number(spd),
+                    QString::number(pit), QString::number(vol));
 }
 
 void SpeechSynthesisWorker::onSpeechSynthesis(QString text, int per, int spd, int pit, int vol)

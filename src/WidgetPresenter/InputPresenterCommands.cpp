@@ -5,11 +5,14 @@
 #include "InputView.h"
 #include "LocalCommandTable.h"
 #include "Platform/AppLauncher.h"
+#include "Platform/InputBackend.h"
 #include "Utils/Logging.h"
 #include "Utils/PreferencesUtils.h"
 #include "Utils/WinUtils.h"
 
 #include <QUrl>
+
+#include <X11/keysym.h>
 
 namespace {
 
@@ -60,10 +63,12 @@ bool InputPresenter::handleCommand(QString text)
             break;
         case LocalCommand::OpenApplication:
             // Nothing installed (or no counterpart here): the message stands all the same.
-            if (!row->desktopEntries.isEmpty()) {
-                launcher()->launchApplication(row->desktopEntries);
-            } else {
+            if (!row->opensSomething()) {
                 qCInfo(lcInput) << "no counterpart here for" << row->application;
+            } else if (!launcher()->launchApplication(row->choice()) && row->printKeyWhenNone) {
+                // Print has no code in the stored key table; it goes to the desktop as it is.
+                win->backend()->sendKey(XK_Print, true);
+                win->backend()->sendKey(XK_Print, false);
             }
             mInputView->setContent(QStringLiteral("正在打开") + text);
             break;
@@ -77,12 +82,13 @@ bool InputPresenter::checkLocalCommand(QString text)
         if (word.keyword.compare(text, Qt::CaseInsensitive) != 0) {
             continue;
         }
-        // Stored paths are absolute here; the leading slashes go, so that "file:///" and the
-        // path make one well-formed URL either way.
+        // A stored path is absolute with or without its leading slash. Made into a URL as a
+        // path, so that '#', '?' and '%' in a name stay part of it.
         QString path = word.target;
         while (path.startsWith(QLatin1Char('/'))) {
             path.remove(0, 1);
         }
+        const QUrl file = QUrl::fromLocalFile(QLatin1Char('/') + path);
         switch (word.type) {
             case 0:
                 mInputView->setContent(QStringLiteral("正在打开网站"));
@@ -90,11 +96,11 @@ bool InputPresenter::checkLocalCommand(QString text)
                 return true;
             case 1:
                 mInputView->setContent(QStringLiteral("正在打开文件..."));
-                launcher()->openUrl(QUrl(QStringLiteral("file:///") + path));
+                launcher()->openUrl(file);
                 return true;
             case 2:
                 mInputView->setContent(QStringLiteral("正在打开文件夹..."));
-                launcher()->openUrl(QUrl(QStringLiteral("file:///") + path));
+                launcher()->openUrl(file);
                 return true;
             case 3:
                 replayChord(word.pro);

@@ -1,5 +1,7 @@
 #pragma once
 
+#include "Platform/AppLauncher.h"
+
 #include <QList>
 #include <QString>
 #include <QStringList>
@@ -17,6 +19,21 @@ struct LocalCommand {
     // for it here, the first installed one being started. No entries: nothing opens.
     QString application;
     QStringList desktopEntries;
+    // The user's own default comes before the entries: the handler of this MIME type, then
+    // this Debian alternative.
+    // (Initialised here, so that rows without them need not name them.)
+    QString defaultFor{};
+    QString alternative{};
+    QStringList arguments{};
+    // Nothing installed: the Print key, which the desktop's shell answers with a screenshot.
+    bool printKeyWhenNone = false;
+
+    AppChoice choice() const { return {defaultFor, alternative, desktopEntries, arguments}; }
+    bool opensSomething() const
+    {
+        return !desktopEntries.isEmpty() || !defaultFor.isEmpty() || !alternative.isEmpty() ||
+               printKeyWhenNone;
+    }
 };
 
 // The fixed table of built-in voice commands, in its order: six control rows, then the

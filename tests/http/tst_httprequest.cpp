@@ -2,6 +2,8 @@
 #include "LocalHttpServer.h"
 
 #include <QFile>
+#include <QTcpServer>
+#include <QTcpSocket>
 #include <QTemporaryDir>
 #include <QtTest>
 
@@ -17,6 +19,7 @@ private slots:
     void overlappingCallsKeepTheirOwnCallbacks();
     void httpErrorGoesToOnError();
     void downloadReplacesFileAndReportsTotalFirst();
+    void progressInMidDownload();
     void cancelAbortsDownloadsAndIsHarmlessWhenIdle();
     void syncCallsFromAWorkerThread();
 
@@ -130,6 +133,45 @@ void TestHttpRequest::downloadReplacesFileAndReportsTotalFirst()
     QVERIFY(!progress.isEmpty());
     QCOMPARE(progress.last().first, payload.size());
     QCOMPARE(progress.last().second, payload.size());
+}
+
+void TestHttpRequest::progressInMidDownload()
+{
+    // A server that sends a quarter of the body, in two writes (Qt reports progress at most
+    // every 100 ms), and waits before the rest.
+    QTcpServer server;
+    QVERIFY(server.listen(QHostAddress::LocalHost));
+    QTcpSocket* client = nullptr;
+    connect(&server, &QTcpServer::newConnection, [&] {
+        client = server.nextPendingConnection();
+        connect(client, &QTcpSocket::readyRead, [&] {
+            if (client->readAll().contains("\r\n\r\n")) {
+                client->write(
+                    "HTTP/1.1 200 OK\r\nContent-Type: application/octet-stream\r\n"
+                    "Content-Length: 40000\r\nConnection: close\r\n\r\n" +
+                    QByteArray(5000, 'a'));
+                QTimer::singleShot(200, client, [&] { client->write(QByteArray(5000, 'a')); });
+            }
+        });
+    });
+    QTemporaryDir dir;
+    QList<QPair<int, int>> progress;
+    bool done = false;
+    http->downloadFile(
+        QStringLiteral("http://127.0.0.1:%1/installer").arg(server.serverPort()),
+        dir.filePath(QStringLiteral("installer")),
+        [&](int total, int received) {
+            progress.append({total, received});
+        },
+        [&](bool, QString) { done = true; }, nullptr);
+    QTRY_VERIFY(!progress.isEmpty() && qMin(progress.last().first, progress.last().second) == 10000);
+    QVERIFY(!done);
+    // The total comes first, the bytes so far second.
+    QCOMPARE(progress.last(), qMakePair(40000, 10000));
+    client->write(QByteArray(30000, 'b'));
+    client->disconnectFromHost();
+    QTRY_VERIFY(done);
+    QCOMPARE(progress.last(), qMakePair(40000, 40000));
 }
 
 void TestHttpRequest::cancelAbortsDownloadsAndIsHarmlessWhenIdle()

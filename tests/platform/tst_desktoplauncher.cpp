@@ -3,17 +3,59 @@
 
 #include <QDir>
 #include <QStandardPaths>
+#include <QTemporaryDir>
 #include <QtTest>
+
+namespace {
+
+void writeFile(const QString& path, const QByteArray& body)
+{
+    QVERIFY(QDir().mkpath(QFileInfo(path).path()));
+    QFile file(path);
+    QVERIFY(file.open(QIODevice::WriteOnly | QIODevice::Truncate));
+    file.write(body);
+}
+
+}  // namespace
 
 // Desktop entries as the launcher reads them, and a real start of an installed one.
 class TestDesktopLauncher : public QObject {
     Q_OBJECT
 
 private slots:
+    void initTestCase();
     void execQuotingAndFieldCodes_data();
     void execQuotingAndFieldCodes();
     void firstLaunchableEntryStarts();
+    void userDefaultsComeFirst();
+    void entriesForOtherDesktops();
+
+private:
+    // An entry (in the user's applications unless a folder is given) whose program leaves a
+    // file named after it in the marks folder; arguments it is given become files there too.
+    void writeEntry(const QString& id, const QByteArray& extra = QByteArray(),
+                    const QString& folder = QString());
+    QString mark(const QString& name) const { return mRoot.filePath(QStringLiteral("marks/") + name); }
+
+    QTemporaryDir mRoot;
 };
+
+void TestDesktopLauncher::initTestCase()
+{
+    // The system's folders stay out: only this test's entries and associations count.
+    qputenv("XDG_DATA_DIRS", mRoot.filePath(QStringLiteral("share")).toUtf8());
+    qputenv("XDG_CONFIG_DIRS", mRoot.filePath(QStringLiteral("etc")).toUtf8());
+    qputenv("PATH", mRoot.filePath(QStringLiteral("bin")).toUtf8() + ":/usr/bin:/bin");
+    QVERIFY(QDir().mkpath(mark(QString())));
+}
+
+void TestDesktopLauncher::writeEntry(const QString& id, const QByteArray& extra, const QString& folder)
+{
+    const QString applications =
+        folder.isEmpty() ? QStandardPaths::writableLocation(QStandardPaths::ApplicationsLocation) : folder;
+    writeFile(QDir(applications).filePath(id), "[Desktop Entry]\nType=Application\nName=" + id.toUtf8() +
+                                                   "\nExec=touch \"" + mark(id).toUtf8() + "\"\n" + extra);
+}
 
 void TestDesktopLauncher::execQuotingAndFieldCodes_data()
 {
@@ -74,10 +116,10 @@ void TestDesktopLauncher::firstLaunchableEntryStarts()
     QCOMPARE(QFileInfo(DesktopLauncher::findInstalled(ids)).fileName(),
              QStringLiteral("zorvane-touch.desktop"));
     DesktopLauncher launcher;
-    QVERIFY(launcher.launchApplication(ids));
+    QVERIFY(launcher.launchApplication({QString(), QString(), ids, {}}));
     // Started without a shell: the quoted path with its space arrives as one argument.
     QTRY_VERIFY(QFile::exists(marker));
-    QVERIFY(!launcher.launchApplication(ids.mid(0, 3)));
+    QVERIFY(!launcher.launchApplication({QString(), QString(), ids.mid(0, 3), {}}));
 
     // A path the backend names: an entry file is launched, a program is run, not opened.
     QFile::remove(marker);
@@ -92,6 +134,78 @@ void TestDesktopLauncher::firstLaunchableEntryStarts()
     script.setPermissions(script.permissions() | QFileDevice::ExeOwner);
     launcher.openLocalPath(program);
     QTRY_VERIFY(QFile::exists(marker));
+}
+
+void TestDesktopLauncher::userDefaultsComeFirst()
+{
+    const QString http = QStringLiteral("x-scheme-handler/http");
+    const QString configHome = QStandardPaths::writableLocation(QStandardPaths::GenericConfigLocation);
+    for (const char* id : {"fixed.desktop", "chosen.desktop", "vendor.desktop", "site.desktop"}) {
+        writeEntry(QString::fromLatin1(id));
+    }
+    auto handler = [&] { return QFileInfo(DesktopLauncher::defaultHandler(http)).fileName(); };
+    QCOMPARE(handler(), QString());
+    // Lowest first: the data folders, the config folders, the user's own file, the desktop's.
+    writeFile(mRoot.filePath(QStringLiteral("share/applications/mimeapps.list")),
+              "[Default Applications]\nx-scheme-handler/http=site.desktop;\n");
+    QCOMPARE(handler(), QStringLiteral("site.desktop"));
+    writeFile(mRoot.filePath(QStringLiteral("etc/mimeapps.list")),
+              "[Added Associations]\nx-scheme-handler/http=fixed.desktop;\n"
+              "[Default Applications]\nx-scheme-handler/https=fixed.desktop\n"
+              "x-scheme-handler/http=vendor.desktop;\n");
+    QCOMPARE(handler(), QStringLiteral("vendor.desktop"));
+    // A default that is not installed gives way to the next one.
+    writeFile(configHome + QStringLiteral("/mimeapps.list"),
+              "[Default Applications]\nx-scheme-handler/http=gone.desktop;chosen.desktop;\n");
+    QCOMPARE(handler(), QStringLiteral("chosen.desktop"));
+    writeFile(configHome + QStringLiteral("/xfce-mimeapps.list"),
+              "[Default Applications]\nx-scheme-handler/http=fixed.desktop\n");
+    qputenv("XDG_CURRENT_DESKTOP", "GNOME");
+    QCOMPARE(handler(), QStringLiteral("chosen.desktop"));
+    qputenv("XDG_CURRENT_DESKTOP", "X-Generic:XFCE");
+    QCOMPARE(handler(), QStringLiteral("fixed.desktop"));
+    QFile::remove(configHome + QStringLiteral("/xfce-mimeapps.list"));
+
+    // Started: the default, then the Debian alternative, then the fixed list; each with the
+    // row's arguments.
+    DesktopLauncher launcher;
+    const AppChoice browser{http,
+                            QStringLiteral("x-www-browser"),
+                            {QStringLiteral("fixed.desktop")},
+                            {mark(QStringLiteral("argument"))}};
+    QVERIFY(launcher.launchApplication(browser));
+    QTRY_VERIFY(QFile::exists(mark(QStringLiteral("chosen.desktop"))));
+    QTRY_VERIFY(QFile::exists(mark(QStringLiteral("argument"))));
+    for (const char* file : {"share/applications/mimeapps.list", "etc/mimeapps.list"}) {
+        QFile::remove(mRoot.filePath(QString::fromLatin1(file)));
+    }
+    QFile::remove(configHome + QStringLiteral("/mimeapps.list"));
+    writeFile(mRoot.filePath(QStringLiteral("bin/x-www-browser")),
+              "#!/bin/sh\ntouch \"" + mark(QStringLiteral("alternative")).toUtf8() + "\"\n");
+    QFile(mRoot.filePath(QStringLiteral("bin/x-www-browser")))
+        .setPermissions(QFileDevice::ReadOwner | QFileDevice::ExeOwner);
+    QVERIFY(launcher.launchApplication(browser));
+    QTRY_VERIFY(QFile::exists(mark(QStringLiteral("alternative"))));
+    QVERIFY(!QFile::exists(mark(QStringLiteral("fixed.desktop"))));
+    QFile::remove(mRoot.filePath(QStringLiteral("bin/x-www-browser")));
+    QVERIFY(launcher.launchApplication(browser));
+    QTRY_VERIFY(QFile::exists(mark(QStringLiteral("fixed.desktop"))));
+}
+
+void TestDesktopLauncher::entriesForOtherDesktops()
+{
+    writeEntry(QStringLiteral("kde-only.desktop"), "OnlyShowIn=KDE;\n");
+    writeEntry(QStringLiteral("not-gnome.desktop"), "NotShowIn=GNOME;Unity;\n");
+    writeEntry(QStringLiteral("anywhere.desktop"));
+    const QStringList ids{QStringLiteral("kde-only.desktop"), QStringLiteral("not-gnome.desktop"),
+                          QStringLiteral("anywhere.desktop")};
+    auto found = [&] { return QFileInfo(DesktopLauncher::findInstalled(ids)).fileName(); };
+    qputenv("XDG_CURRENT_DESKTOP", "ubuntu:GNOME");
+    QCOMPARE(found(), QStringLiteral("anywhere.desktop"));
+    qputenv("XDG_CURRENT_DESKTOP", "KDE");
+    QCOMPARE(found(), QStringLiteral("kde-only.desktop"));
+    qunsetenv("XDG_CURRENT_DESKTOP");
+    QCOMPARE(found(), QStringLiteral("not-gnome.desktop"));
 }
 
 QTEST_GUILESS_MAIN(TestDesktopLauncher)

@@ -38,30 +38,12 @@ class TestServicesProgram : public QObject {
     Q_OBJECT
 
 private slots:
-    void helpNamesEveryServiceAndSwitch();
     void defaultPortsAreTheApplicationDefaults();
     void freePortsPrintAConfigurationThatWorks();
     void badArgumentsAreRefused_data();
     void badArgumentsAreRefused();
     void faultSwitches();
 };
-
-void TestServicesProgram::helpNamesEveryServiceAndSwitch()
-{
-    const Run run = runServices({QStringLiteral("--help")});
-    QCOMPARE(run.exitCode, 0);
-    for (int i = 0; i < ServiceSet::Count; ++i) {
-        const auto id = static_cast<ServiceSet::Id>(i);
-        QVERIFY2(run.out.contains(
-                     QStringLiteral("%1 %2").arg(ServiceSet::name(id), -10).arg(ServiceSet::defaultPort(id))),
-                 qPrintable(ServiceSet::name(id)));
-    }
-    for (const char* word :
-         {"delay=MS", "refuse", "close", "error=CODE", "status=CODE", "malformed", "off", "--fault", "--port",
-          "--free-ports", "--engine", "--script", "--gateway-counts", "--gateway-params", "--upload-log"}) {
-        QVERIFY2(run.out.contains(QLatin1String(word)), word);
-    }
-}
 
 void TestServicesProgram::defaultPortsAreTheApplicationDefaults()
 {

@@ -9,10 +9,14 @@
 #include "Utils/AppConfig.h"
 #include "Utils/Notice.h"
 
+#include <QJsonArray>
+#include <QJsonDocument>
+#include <QJsonObject>
 #include <QProcess>
 #include <QRegularExpression>
 #include <QSignalSpy>
 #include <QUrlQuery>
+#include <QWebSocket>
 #include <QtEndian>
 #include <QtTest>
 
@@ -66,6 +70,68 @@ IFlyService::Credentials defaultCredentials()
             QString::fromUtf8(AppConfig::info(AppConfig::IFlyApiSecret).buildDefault)};
 }
 
+// The three frames of a short dictation as the service expects them: first, continue, end.
+QList<QJsonObject> dictationFrames(const QString& appId)
+{
+    const QString audio = QString::fromLatin1(packet(3000).toBase64());
+    auto data = [&](int status, const QString& bytes) {
+        return QJsonObject{{QStringLiteral("status"), status},
+                           {QStringLiteral("format"), QStringLiteral("audio/L16;rate=16000")},
+                           {QStringLiteral("encoding"), QStringLiteral("raw")},
+                           {QStringLiteral("audio"), bytes}};
+    };
+    const QJsonObject business{{QStringLiteral("language"), QStringLiteral("zh_cn")},
+                               {QStringLiteral("accent"), QStringLiteral("mandarin")},
+                               {QStringLiteral("domain"), QStringLiteral("iat")},
+                               {QStringLiteral("vad_eos"), 10000},
+                               {QStringLiteral("rlang"), QStringLiteral("zh-hk")},
+                               {QStringLiteral("dwa"), QStringLiteral("wpgs")}};
+    return {QJsonObject{{QStringLiteral("common"), QJsonObject{{QStringLiteral("app_id"), appId}}},
+                        {QStringLiteral("business"), business},
+                        {QStringLiteral("data"), data(0, audio)}},
+            QJsonObject{{QStringLiteral("data"), data(1, audio)}},
+            QJsonObject{{QStringLiteral("data"), data(2, QString())}}};
+}
+
+// Sets (or with an invalid value removes) the member at a dotted path.
+void setPath(QJsonObject* object, const QString& path, const QVariant& value)
+{
+    const int dot = path.indexOf(QLatin1Char('.'));
+    if (dot >= 0) {
+        QJsonObject inner = object->value(path.left(dot)).toObject();
+        setPath(&inner, path.mid(dot + 1), value);
+        object->insert(path.left(dot), inner);
+    } else if (value.isValid()) {
+        object->insert(path, QJsonValue::fromVariant(value));
+    } else {
+        object->remove(path);
+    }
+}
+
+// Sends the frames over a signed connection, as raw text, and keeps every reply until the
+// service closes.
+QList<QJsonObject> converse(quint16 port, const IFlyService::Credentials& credentials,
+                            const QList<QJsonObject>& frames)
+{
+    const IFlyWebSpeech::Service client{QUrl(QStringLiteral("ws://127.0.0.1:%1/v2/iat").arg(port)),
+                                        credentials.appId, credentials.apiKey, credentials.apiSecret};
+    QWebSocket socket;
+    QList<QJsonObject> replies;
+    QObject::connect(&socket, &QWebSocket::textMessageReceived, [&](const QString& text) {
+        replies << QJsonDocument::fromJson(text.toUtf8()).object();
+    });
+    socket.open(IFlyWebSpeech::buildAuthUrl(client, QDateTime::currentDateTimeUtc()));
+    if (!QTest::qWaitFor([&] { return socket.state() == QAbstractSocket::ConnectedState; }, 5000)) {
+        return {};
+    }
+    for (const QJsonObject& frame : frames) {
+        socket.sendTextMessage(QString::fromUtf8(QJsonDocument(frame).toJson(QJsonDocument::Compact)));
+        QTest::qWait(2);
+    }
+    (void)QTest::qWaitFor([&] { return socket.state() == QAbstractSocket::UnconnectedState; }, 5000);
+    return replies;
+}
+
 }  // namespace
 
 class TestStandInSpeech : public QObject {
@@ -78,6 +144,9 @@ private slots:
     void gatewayRefusalErrorsAndCuts();
     void iflySession();
     void iflyHandshakeChecks();
+    void iflyFrameChecks_data();
+    void iflyFrameChecks();
+    void iflyCorrectionOnlyWhenAsked();
 };
 
 void TestStandInSpeech::scriptedEngine()
@@ -372,6 +441,105 @@ void TestStandInSpeech::iflyHandshakeChecks()
     query.removeQueryItem(QStringLiteral("authorization"));
     noAuthorization.setQuery(query);
     QCOMPARE(check(noAuthorization, QStringLiteral("127.0.0.1:9723"), now), 401);
+}
+
+void TestStandInSpeech::iflyFrameChecks_data()
+{
+    QTest::addColumn<int>("frame");  // 0 first, 1 continue, 2 end
+    QTest::addColumn<QString>("path");
+    QTest::addColumn<QVariant>("value");  // invalid: the member is left out
+    QTest::addColumn<int>("code");
+    QTest::newRow("as sent") << 0 << QStringLiteral("data.status") << QVariant(0) << 0;
+    QTest::newRow("without rlang") << 0 << QStringLiteral("business.rlang") << QVariant() << 0;
+    QTest::newRow("app id") << 0 << QStringLiteral("common.app_id") << QVariant(QStringLiteral("other"))
+                            << 10105;
+    QTest::newRow("no business") << 0 << QStringLiteral("business") << QVariant() << 10163;
+    QTest::newRow("language") << 0 << QStringLiteral("business.language") << QVariant(QStringLiteral("fr_fr"))
+                              << 10163;
+    QTest::newRow("no accent") << 0 << QStringLiteral("business.accent") << QVariant() << 10163;
+    QTest::newRow("domain") << 0 << QStringLiteral("business.domain") << QVariant(QStringLiteral("tts"))
+                            << 10163;
+    QTest::newRow("vad_eos as text") << 0 << QStringLiteral("business.vad_eos")
+                                     << QVariant(QStringLiteral("10000")) << 10163;
+    QTest::newRow("vad_eos too long") << 0 << QStringLiteral("business.vad_eos") << QVariant(20000) << 10163;
+    QTest::newRow("dwa") << 0 << QStringLiteral("business.dwa") << QVariant(QStringLiteral("wpg")) << 10163;
+    QTest::newRow("rlang") << 0 << QStringLiteral("business.rlang") << QVariant(QStringLiteral("zh-tw"))
+                           << 10163;
+    QTest::newRow("unknown parameter") << 0 << QStringLiteral("business.vad_eso") << QVariant(10000) << 10163;
+    QTest::newRow("first with status 1") << 0 << QStringLiteral("data.status") << QVariant(1) << 10163;
+    QTest::newRow("format") << 0 << QStringLiteral("data.format")
+                            << QVariant(QStringLiteral("audio/L16;rate=8000")) << 10163;
+    QTest::newRow("encoding") << 0 << QStringLiteral("data.encoding") << QVariant(QStringLiteral("lame"))
+                              << 10163;
+    QTest::newRow("continue with business")
+        << 1 << QStringLiteral("business.domain") << QVariant(QStringLiteral("iat")) << 10163;
+    QTest::newRow("continue with status 0") << 1 << QStringLiteral("data.status") << QVariant(0) << 10163;
+    QTest::newRow("audio not Base64")
+        << 1 << QStringLiteral("data.audio") << QVariant(QStringLiteral("@@")) << 10163;
+    QTest::newRow("end with audio") << 2 << QStringLiteral("data.audio") << QVariant(QStringLiteral("AAAA"))
+                                    << 10163;
+    QTest::newRow("end with status 3") << 2 << QStringLiteral("data.status") << QVariant(3) << 10163;
+}
+
+void TestStandInSpeech::iflyFrameChecks()
+{
+    QFETCH(int, frame);
+    QFETCH(QString, path);
+    QFETCH(QVariant, value);
+    QFETCH(int, code);
+    Fault fault;
+    EngineFactory engines;
+    const IFlyService::Credentials credentials = defaultCredentials();
+    IFlyService service(&fault, &engines, credentials);
+    QString error;
+    QVERIFY2(service.start(0, &error), qPrintable(error));
+    QList<QJsonObject> frames = dictationFrames(credentials.appId);
+    setPath(&frames[frame], path, value);
+    const QList<QJsonObject> replies = converse(service.port(), credentials, frames);
+    QVERIFY(!replies.isEmpty());
+    // A refused frame ends the conversation with the error as the last word.
+    QCOMPARE(replies.last().value(QLatin1String("code")).toInt(), code);
+    if (code == 0) {
+        QVERIFY(replies.last()
+                    .value(QLatin1String("data"))
+                    .toObject()
+                    .value(QLatin1String("result"))
+                    .toObject()
+                    .value(QLatin1String("ls"))
+                    .toBool());
+    } else {
+        QVERIFY(!replies.last().value(QLatin1String("message")).toString().isEmpty());
+    }
+}
+
+void TestStandInSpeech::iflyCorrectionOnlyWhenAsked()
+{
+    // With dwa the real client's session (above) gets partials and revisions; without it
+    // 1.2 s of speech and a pause come back as the one sentence, with no pgs.
+    Fault fault;
+    EngineFactory engines;
+    const IFlyService::Credentials credentials = defaultCredentials();
+    IFlyService service(&fault, &engines, credentials);
+    QString error;
+    QVERIFY2(service.start(0, &error), qPrintable(error));
+    QList<QJsonObject> frames = dictationFrames(credentials.appId);
+    setPath(&frames[0], QStringLiteral("business.dwa"), QVariant());
+    QJsonObject speech = frames.takeAt(1);
+    for (int i = 0; i < 100; ++i) {
+        setPath(&speech, QStringLiteral("data.audio"),
+                QString::fromLatin1(packet(i < 60 ? 3000 * (1 + i % 3) : 0).toBase64()));
+        frames.insert(1 + i, speech);
+    }
+    QString text;
+    for (const QJsonObject& reply : converse(service.port(), credentials, frames)) {
+        const QJsonObject result =
+            reply.value(QLatin1String("data")).toObject().value(QLatin1String("result")).toObject();
+        QVERIFY(!result.contains(QLatin1String("pgs")));
+        for (const QJsonValue& ws : result.value(QLatin1String("ws")).toArray()) {
+            text += ws[QLatin1String("cw")][0][QLatin1String("w")].toString();
+        }
+    }
+    QCOMPARE(text, QStringLiteral("我想去北京看看。"));
 }
 
 QTEST_GUILESS_MAIN(TestStandInSpeech)

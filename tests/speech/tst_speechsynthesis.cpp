@@ -13,6 +13,8 @@ private slots:
     void initTestCase();
     void piecesPlayInOrderThroughOneFile();
     void requestsCarryTokenAndEncodedText();
+    void textArrivesWhole_data();
+    void textArrivesWhole();
     void withoutNetworkNothingPlays();
 
 private:
@@ -82,6 +84,40 @@ void TestSpeechSynthesis::requestsCarryTokenAndEncodedText()
         QByteArray("/oauth/2.0/token?grant_type=client_credentials"
                    "&client_id=StandInClientId000000000&client_secret=StandInClientSecret0000000000000"));
     QCOMPARE(SpeechSynthesisWorker::parseToken("not json"), QString());
+}
+
+void TestSpeechSynthesis::textArrivesWhole_data()
+{
+    QTest::addColumn<QString>("text");
+    // Escapes such as %3A or %5B inside the encoded text look like placeholders to QString::arg.
+    QTest::newRow("time") << QStringLiteral("Meet at 10:30");
+    QTest::newRow("punctuation") << QStringLiteral("a;b=c+d [1]^{2}|3 } 4");
+    QTest::newRow("percent and digits") << QStringLiteral("100% %1 %2%3 50%4A");
+    QTest::newRow("chinese") << QStringLiteral("下午3:45，第2次");
+}
+
+void TestSpeechSynthesis::textArrivesWhole()
+{
+    QFETCH(QString, text);
+    SpeechSynthesisWorker worker(mService);
+    QSignalSpy audio(&worker, &SpeechSynthesisWorker::signalResult);
+    worker.onSpeechSynthesis(text, 4, 15, 0, 9);
+    QCOMPARE(audio.size(), 1);
+    // Read as a web server reads a query: split at '&' and '=', '+' a blank, escapes decoded.
+    const QByteArray target = audio.at(0).at(0).toByteArray();
+    QHash<QByteArray, QString> values;
+    for (const QByteArray& pair : target.mid(target.indexOf('?') + 1).split('&')) {
+        const int equals = pair.indexOf('=');
+        values.insert(
+            pair.left(equals),
+            QString::fromUtf8(QByteArray::fromPercentEncoding(pair.mid(equals + 1).replace('+', ' '))));
+    }
+    QCOMPARE(values.value("tex"), text);
+    QCOMPARE(values.value("per"), QStringLiteral("4"));
+    QCOMPARE(values.value("spd"), QStringLiteral("15"));
+    QCOMPARE(values.value("pit"), QStringLiteral("0"));
+    QCOMPARE(values.value("vol"), QStringLiteral("9"));
+    QCOMPARE(values.size(), 9);
 }
 
 void TestSpeechSynthesis::withoutNetworkNothingPlays()

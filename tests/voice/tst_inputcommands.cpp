@@ -140,6 +140,20 @@ void TestInputCommands::applicationRows()
                      QStringLiteral("setContent(正在打开FaceTime)")}));
     // The table is case sensitive: "safari" goes on to the command words.
     QVERIFY(!mRig->presenter->handleCommand(QStringLiteral("safari")));
+
+    // Entries as Debian installs them; the reader's settings, not the reader; a screenshot
+    // with no program for it is the Print key, which the desktop's shell takes.
+    mRig->launcher.installed =
+        QStringList{QStringLiteral("org.gnome.Gnote.desktop"), QStringLiteral("orca.desktop")};
+    mRig->launcher.log.clear();
+    mRig->desktop.takeLog();
+    QVERIFY(mRig->presenter->handleCommand(QStringLiteral("备忘录")));
+    QVERIFY(mRig->presenter->handleCommand(QStringLiteral("旁白实用工具")));
+    QVERIFY(mRig->presenter->handleCommand(QStringLiteral("抓图")));
+    QCOMPARE(mRig->launcher.log, QStringList({QStringLiteral("app org.gnome.Gnote.desktop"),
+                                              QStringLiteral("app orca.desktop --setup")}));
+    QCOMPARE(mRig->desktop.takeLog(),
+             QStringList({QStringLiteral("down Print"), QStringLiteral("up Print")}));
 }
 
 void TestInputCommands::commandWords()
@@ -148,9 +162,9 @@ void TestInputCommands::commandWords()
         {word(QStringLiteral("Safari"), 0, QStringLiteral("https://shadowed.example")),
          word(QStringLiteral("我的网站"), 0, QStringLiteral("https://first.example")),
          word(QStringLiteral("我的网站"), 0, QStringLiteral("https://second.example")),
-         word(QStringLiteral("Report"), 1, QStringLiteral("/home/u/report.odt")),
+         word(QStringLiteral("Report"), 1, QStringLiteral("/home/u/report #2?.odt")),
          word(QStringLiteral("report"), 1, QStringLiteral("/home/u/other.odt")),
-         word(QStringLiteral("下载"), 2, QStringLiteral("/home/u/Downloads")),
+         word(QStringLiteral("下载"), 2, QStringLiteral("/home/u/100%41 done")),
          word(QStringLiteral("未知"), 7, QStringLiteral("x")),
          word(QStringLiteral("未知"), 0, QStringLiteral("https://after.example"))});
     // A word equal to a table phrase never fires.
@@ -163,10 +177,12 @@ void TestInputCommands::commandWords()
     // An unknown kind is passed over and the walk goes on.
     QVERIFY(mRig->presenter->handleCommand(QStringLiteral("未知")));
     QVERIFY(!mRig->presenter->handleCommand(QStringLiteral("没有这个词")));
-    QCOMPARE(mRig->launcher.log, QStringList({QStringLiteral("url https://first.example"),
-                                              QStringLiteral("url file:///home/u/report.odt"),
-                                              QStringLiteral("url file:///home/u/Downloads"),
-                                              QStringLiteral("url https://after.example")}));
+    QCOMPARE(mRig->launcher.urls.size(), 4);
+    QCOMPARE(mRig->launcher.urls.at(0), QUrl(QStringLiteral("https://first.example")));
+    // '#', '?' and '%' are part of a file's name, not a fragment, a query or an escape.
+    QCOMPARE(mRig->launcher.urls.at(1).toLocalFile(), QStringLiteral("/home/u/report #2?.odt"));
+    QCOMPARE(mRig->launcher.urls.at(2).toLocalFile(), QStringLiteral("/home/u/100%41 done"));
+    QCOMPARE(mRig->launcher.urls.at(3), QUrl(QStringLiteral("https://after.example")));
     QCOMPARE(
         mRig->view.callsOf(QStringLiteral("setContent")).mid(1),
         QStringList(

@@ -1,11 +1,16 @@
 #include "BackendService.h"
 
 #include "Fault.h"
+#include "ServicesLog.h"
 #include "UploadLog.h"
 
 #include <httplib.h>
 
 #include <QJsonDocument>
+
+#include <algorithm>
+#include <climits>
+#include <cmath>
 
 namespace {
 
@@ -14,7 +19,78 @@ QJsonObject bodyOf(const httplib::Request& req)
     return QJsonDocument::fromJson(QByteArray::fromStdString(req.body)).object();
 }
 
+// The keys of each POST body; true: a whole number, false: a string.
+const QHash<QString, QList<QPair<QString, bool>>>& postBodies()
+{
+    static const QHash<QString, QList<QPair<QString, bool>>> bodies = [] {
+        QHash<QString, QList<QPair<QString, bool>>> b;
+        auto text = [](const char* key) { return qMakePair(QString::fromLatin1(key), false); };
+        auto number = [](const char* key) { return qMakePair(QString::fromLatin1(key), true); };
+        b.insert(QStringLiteral("/device/register"),
+                 {text("dongleFlashID"), text("remoteFlashID"), text("customerCode"), text("createDate"),
+                  number("online")});
+        b.insert(QStringLiteral("/heartbeat/heartbeat"),
+                 {number("device"), text("dongleFlashID"), text("remoteFlashID"), number("ip"),
+                  text("appVersion"), text("systemVersion")});
+        b.insert(QStringLiteral("/ipinfo/upload"),
+                 {text("ip"), text("country"), text("country_id"), text("area"), text("area_id"),
+                  text("region"), text("region_id"), text("city"), text("city_id"), text("county"),
+                  text("county_id"), text("isp"), text("isp_id")});
+        b.insert(QStringLiteral("/textrecord/upload"),
+                 {number("ip"), text("from"), text("to"), text("src"), text("dst"), number("type")});
+        b.insert(QStringLiteral("/semanticParsing/semanticParsing"),
+                 {text("content"), number("serviceCategory"), number("ip"), text("version")});
+        return b;
+    }();
+    return bodies;
+}
+
 }  // namespace
+
+QString BackendService::checkBody(const QString& endpoint, const QByteArray& body)
+{
+    QJsonParseError error;
+    const QJsonDocument document = QJsonDocument::fromJson(body, &error);
+    if (error.error != QJsonParseError::NoError || !document.isObject()) {
+        return QStringLiteral("body is no JSON object");
+    }
+    const QJsonObject object = document.object();
+    const QList<QPair<QString, bool>> keys = postBodies().value(endpoint);
+    for (const auto& key : keys) {
+        const QJsonValue value = object.value(key.first);
+        if (value.isUndefined()) {
+            return QStringLiteral("missing key ") + key.first;
+        }
+        const double number = value.toDouble();
+        const bool wholeNumber =
+            value.isDouble() && std::trunc(number) == number && std::abs(number) <= INT_MAX;
+        if (key.second ? !wholeNumber : !value.isString()) {
+            return QStringLiteral("key %1 must be %2")
+                .arg(key.first, key.second ? QStringLiteral("an integer") : QStringLiteral("a string"));
+        }
+    }
+    for (auto it = object.begin(); it != object.end(); ++it) {
+        const bool known = std::any_of(
+            keys.begin(), keys.end(), [&](const QPair<QString, bool>& key) { return key.first == it.key(); });
+        if (!known) {
+            return QStringLiteral("unknown key ") + it.key();
+        }
+    }
+    return QString();
+}
+
+bool BackendService::accept(const httplib::Request& req, httplib::Response& res,
+                            const QString& endpoint) const
+{
+    const QString fault = checkBody(endpoint, QByteArray::fromStdString(req.body));
+    if (fault.isEmpty()) {
+        return true;
+    }
+    qCWarning(lcServices).noquote() << "backend: refused" << endpoint + QLatin1Char(':') << fault;
+    res.status = 400;
+    answer(res, envelope(400, fault), "application/json");
+    return false;
+}
 
 BackendService::BackendService(const Fault* fault, const BackendSeed* seed, UploadLog* uploads,
                                int installerKib)
@@ -63,12 +139,18 @@ void BackendService::addRoutes(httplib::Server& server)
     });
 
     server.Post(p + "/device/register", [this](const httplib::Request& req, httplib::Response& res) {
+        if (!accept(req, res, QStringLiteral("/device/register"))) {
+            return;
+        }
         QJsonObject device = bodyOf(req);
         mUploads->add(QStringLiteral("/device/register"), device);
         device.insert(QStringLiteral("id"), mNextId++);
         json(res, device);
     });
     server.Post(p + "/heartbeat/heartbeat", [this](const httplib::Request& req, httplib::Response& res) {
+        if (!accept(req, res, QStringLiteral("/heartbeat/heartbeat"))) {
+            return;
+        }
         QJsonObject record = bodyOf(req);
         mUploads->add(QStringLiteral("/heartbeat/heartbeat"), record);
         record.insert(QStringLiteral("id"), mNextId++);
@@ -77,17 +159,26 @@ void BackendService::addRoutes(httplib::Server& server)
         json(res, record);
     });
     server.Post(p + "/ipinfo/upload", [this](const httplib::Request& req, httplib::Response& res) {
+        if (!accept(req, res, QStringLiteral("/ipinfo/upload"))) {
+            return;
+        }
         QJsonObject info = bodyOf(req);
         mUploads->add(QStringLiteral("/ipinfo/upload"), info);
         info.insert(QStringLiteral("id"), mNextId++);
         json(res, info);
     });
     server.Post(p + "/textrecord/upload", [this](const httplib::Request& req, httplib::Response& res) {
+        if (!accept(req, res, QStringLiteral("/textrecord/upload"))) {
+            return;
+        }
         mUploads->add(QStringLiteral("/textrecord/upload"), bodyOf(req));
         json(res, QJsonValue());
     });
     server.Post(p + "/semanticParsing/semanticParsing",
                 [this](const httplib::Request& req, httplib::Response& res) {
+                    if (!accept(req, res, QStringLiteral("/semanticParsing/semanticParsing"))) {
+                        return;
+                    }
                     const QJsonObject query = bodyOf(req);
                     json(res, mSeed->semanticParsing(query.value(QLatin1String("content")).toString()));
                 });

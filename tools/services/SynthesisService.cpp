@@ -7,6 +7,8 @@
 #include <QJsonDocument>
 #include <QJsonObject>
 #include <QProcess>
+#include <QRegularExpression>
+#include <QSet>
 #include <QtEndian>
 
 #include <cmath>
@@ -96,24 +98,62 @@ QByteArray SynthesisService::speak(const QString& text, int spd, int pit, int vo
     return tone(qMin(5000, 200 + 80 * static_cast<int>(text.size())));
 }
 
+int SynthesisService::checkQuery(const QHash<QString, QString>& query, const QString& token,
+                                 const QString& cuid, QString* message)
+{
+    if (query.value(QStringLiteral("tok")) != token) {
+        *message = QStringLiteral("Invalid token.");
+        return 502;
+    }
+    if (query.value(QStringLiteral("cuid")) != cuid) {
+        *message = QStringLiteral("Unsupported input: cuid");
+        return 500;
+    }
+    const QString text = query.value(QStringLiteral("tex"));
+    if (text.isEmpty() || text.size() > kMaxTextChars) {
+        *message = text.isEmpty() ? QStringLiteral("Text is empty.") : QStringLiteral("Text too long.");
+        return 501;
+    }
+    if (query.value(QStringLiteral("lan")) != QLatin1String("zh")) {
+        *message = QStringLiteral("Invalid param: lan");
+        return 501;
+    }
+    if (query.value(QStringLiteral("ctp")) != QLatin1String("1")) {
+        *message = QStringLiteral("Invalid param: ctp");
+        return 501;
+    }
+    // The voices on offer; 2 is none of them.
+    static const QSet<int> voices{0, 1, 3, 4, 5, 103, 106, 110, 111, 5003, 5118};
+    const QRegularExpression digits(QStringLiteral("^[0-9]{1,5}$"));
+    for (const char* key : {"per", "spd", "pit", "vol"}) {
+        const QString value = query.value(QLatin1String(key));
+        const int number = value.toInt();
+        const bool inRange =
+            QLatin1String(key) == QLatin1String("per") ? voices.contains(number) : number <= 15;
+        if (!digits.match(value).hasMatch() || !inRange) {
+            *message = QStringLiteral("Invalid param: %1").arg(QLatin1String(key));
+            return 501;
+        }
+    }
+    return 0;
+}
+
 void SynthesisService::addRoutes(httplib::Server& server)
 {
     server.Get("/text2audio", [this](const httplib::Request& req, httplib::Response& res) {
-        if (param(req, "tok") != mToken) {
-            answer(res, error(502, QStringLiteral("Invalid token.")), "application/json");
-            return;
+        QHash<QString, QString> query;
+        for (const auto& item : req.params) {
+            query.insert(QString::fromStdString(item.first), QString::fromStdString(item.second));
         }
-        if (param(req, "cuid") != mCuid) {
-            answer(res, error(500, QStringLiteral("Unsupported input: cuid")), "application/json");
-            return;
-        }
-        const QString text = param(req, "tex");
-        if (text.isEmpty()) {
-            answer(res, error(501, QStringLiteral("Text is empty.")), "application/json");
+        QString message;
+        if (const int number = checkQuery(query, mToken, mCuid, &message); number != 0) {
+            qCWarning(lcServices).noquote() << "synthesis: refused," << message;
+            answer(res, error(number, message), "application/json");
             return;
         }
         answer(res,
-               speak(text, param(req, "spd").toInt(), param(req, "pit").toInt(), param(req, "vol").toInt()),
+               speak(query.value(QStringLiteral("tex")), query.value(QStringLiteral("spd")).toInt(),
+                     query.value(QStringLiteral("pit")).toInt(), query.value(QStringLiteral("vol")).toInt()),
                "audio/wav");
     });
 }

@@ -2,10 +2,14 @@
 
 #include "HttpService.h"
 
-// Text to speech at /text2audio: checks the token and the client identifier, then speaks the
-// text with espeak-ng (Mandarin voice for Chinese text) and answers with the WAV audio. The
-// player reads the format from the bytes, whatever the file is called. Without espeak-ng the
-// answer is a short tone, so that playback can still be followed.
+#include <QHash>
+
+// Text to speech at /text2audio: checks the token, the client identifier and every other
+// parameter as the service does (language, client type, voice, and speed, pitch and volume as
+// whole numbers from 0 to 15), then speaks the text with espeak-ng (Mandarin voice for Chinese
+// text) and answers with the WAV audio. The player reads the format from the bytes, whatever
+// the file is called. Without espeak-ng the answer is a short tone, so that playback can
+// still be followed.
 class SynthesisService : public HttpService {
 public:
     SynthesisService(const Fault* fault, const QString& token, const QString& cuid);
@@ -15,6 +19,11 @@ public:
     static QByteArray tone(int milliseconds);
     // Sets the RIFF and data chunk sizes from the bytes actually present.
     static QByteArray withSizes(QByteArray wav);
+    // The error number of a query (decoded values by name) that the service refuses, with its
+    // message, or 0.
+    static int checkQuery(const QHash<QString, QString>& query, const QString& token, const QString& cuid,
+                          QString* message);
+    static constexpr int kMaxTextChars = 1024;
 
 protected:
     void addRoutes(httplib::Server& server) override;
