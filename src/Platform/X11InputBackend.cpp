@@ -405,6 +405,7 @@ void X11InputBackend::typeText(const QString& text)
     if (lockedGroup != 0) {
         XkbLockGroup(d, XkbUseCoreKbd, XkbGroup1Index);
     }
+    mInputMethod.suspend();
     QVector<unsigned long> keysyms;
     for (uint cp : text.toUcs4()) {
         if (cp == '\r') {
@@ -456,6 +457,7 @@ void X11InputBackend::typeText(const QString& text)
         XkbLockGroup(d, XkbUseCoreKbd, static_cast<unsigned int>(lockedGroup));
     }
     XSync(d, False);
+    mInputMethod.scheduleRestore();
 }
 
 void X11InputBackend::sendKey(unsigned long keysym, bool down)

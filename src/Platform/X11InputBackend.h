@@ -1,6 +1,7 @@
 #pragma once
 
 #include "Platform/InputBackend.h"
+#include "Platform/InputMethodSwitch.h"
 
 #include <QHash>
 #include <QList>
@@ -21,7 +22,7 @@
 // "The client has read" is a _NET_WM_PING round trip to the focused window (its answer comes after
 // it has handled every event before it); a client that does not answer pings gets a settle pause.
 // Caps Lock and a locked second layout are released while text is typed and locked again after,
-// so that letters come out as they were dictated.
+// so that letters come out as they were dictated, and a composing input method is switched off.
 //
 // Main thread only. Without an X server it does nothing and says so once.
 class X11InputBackend : public InputBackend {
@@ -86,4 +87,5 @@ private:
     long mPingSerial = 0;
     int mRemapCount = 0;
     int mClientWaitCount = 0;
+    InputMethodSwitch mInputMethod;
 };

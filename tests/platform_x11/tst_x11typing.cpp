@@ -1,6 +1,8 @@
 #include "Platform/X11InputBackend.h"
 #include "Utils/WinUtils.h"
 
+#include <QDBusConnection>
+#include <QDBusMessage>
 #include <QElapsedTimer>
 #include <QFile>
 #include <QProcess>
@@ -162,8 +164,17 @@ private:
 
 std::unique_ptr<Client> startClient(const QString& kind)
 {
-    if (kind == QLatin1String("qt")) {
-        return std::make_unique<LineClient>(QStringLiteral(TYPING_RECEIVER));
+    QProcessEnvironment env = QProcessEnvironment::systemEnvironment();
+    if (kind.endsWith(QLatin1String("+im"))) {
+        env.insert(QStringLiteral("QT_IM_MODULE"), QStringLiteral("fcitx"));
+        env.insert(QStringLiteral("GTK_IM_MODULE"), QStringLiteral("fcitx"));
+        env.insert(QStringLiteral("XMODIFIERS"), QStringLiteral("@im=fcitx"));
+    }
+    if (kind.startsWith(QLatin1String("qt"))) {
+        return std::make_unique<LineClient>(QStringLiteral(TYPING_RECEIVER), QStringList(), env);
+    }
+    if (kind.startsWith(QLatin1String("gtk+"))) {
+        return std::make_unique<LineClient>(QStringLiteral(GTK_RECEIVER), QStringList(), env);
     }
     if (kind == QLatin1String("gtk")) {
         return std::make_unique<LineClient>(QStringLiteral(GTK_RECEIVER));
@@ -173,6 +184,16 @@ std::unique_ptr<Client> startClient(const QString& kind)
                                             QStringList{QStringLiteral("--busy"), QStringLiteral("2")});
     }
     return std::make_unique<TerminalClient>();
+}
+
+// The input method's state for the focused field: 2 while it composes.
+int inputMethodState()
+{
+    QDBusMessage call = QDBusMessage::createMethodCall(
+        QStringLiteral("org.fcitx.Fcitx5"), QStringLiteral("/controller"),
+        QStringLiteral("org.fcitx.Fcitx.Controller1"), QStringLiteral("State"));
+    call.setAutoStartService(false);  // the bus would start one with the user's settings
+    return QDBusConnection::sessionBus().call(call).arguments().value(0, -1).toInt();
 }
 
 // Dictation as it arrives: mostly Chinese from a few hundred characters, with English words,
@@ -240,23 +261,104 @@ private slots:
     void longDictationArrivesExactly();
     void capsLockChangesNothing_data();
     void capsLockChangesNothing();
+    void inputMethodLeavesTextAlone_data();
+    void inputMethodLeavesTextAlone();
     void backspaceRemovesWhatItShould();
     void chordsFromStoredCodes();
     void foregroundWindowName();
 
 private:
+    bool startInputMethod();
+
     Display* mDisplay = nullptr;
+    QProcess mBus;
+    QProcess mInputMethod;
+    QTemporaryDir mInputMethodHome;
 };
 
 void TestX11Typing::initTestCase()
 {
     mDisplay = XOpenDisplay(nullptr);
     QVERIFY(mDisplay != nullptr);
+    // A session bus of our own, so that the input method we start (and the one a developer
+    // runs) never meet.
+    mBus.start(QStringLiteral("dbus-daemon"), {QStringLiteral("--session"), QStringLiteral("--nofork"),
+                                               QStringLiteral("--print-address=1")});
+    QVERIFY(mBus.waitForReadyRead(5000));
+    qputenv("DBUS_SESSION_BUS_ADDRESS", mBus.readLine().trimmed());
 }
 
 void TestX11Typing::cleanupTestCase()
 {
     XCloseDisplay(mDisplay);
+    for (QProcess* process : {&mInputMethod, &mBus}) {
+        process->terminate();
+        process->waitForFinished(3000);
+    }
+}
+
+// fcitx5 with Pinyin on by default in every field.
+bool TestX11Typing::startInputMethod()
+{
+    if (mInputMethod.state() == QProcess::Running) {
+        return true;
+    }
+    const QString config = mInputMethodHome.filePath(QStringLiteral("config/fcitx5"));
+    QDir().mkpath(config);
+    QFile profile(config + QStringLiteral("/profile"));
+    QFile behaviour(config + QStringLiteral("/config"));
+    if (!profile.open(QIODevice::WriteOnly) || !behaviour.open(QIODevice::WriteOnly)) {
+        return false;
+    }
+    profile.write(
+        "[Groups/0]\nName=Default\nDefault Layout=us\nDefaultIM=pinyin\n\n"
+        "[Groups/0/Items/0]\nName=keyboard-us\nLayout=\n\n"
+        "[Groups/0/Items/1]\nName=pinyin\nLayout=\n\n[GroupOrder]\n0=Default\n");
+    behaviour.write("[Behavior]\nActiveByDefault=True\nShareInputState=No\n");
+    profile.close();
+    behaviour.close();
+    QProcessEnvironment env = QProcessEnvironment::systemEnvironment();
+    env.insert(QStringLiteral("HOME"), mInputMethodHome.path());
+    env.insert(QStringLiteral("XDG_CONFIG_HOME"), mInputMethodHome.filePath(QStringLiteral("config")));
+    env.insert(QStringLiteral("XDG_DATA_HOME"), mInputMethodHome.filePath(QStringLiteral("data")));
+    mInputMethod.setProcessEnvironment(env);
+    mInputMethod.setProcessChannelMode(QProcess::ForwardedErrorChannel);
+    mInputMethod.start(QStringLiteral("fcitx5"), {QStringLiteral("--disable=wayland,waylandim")});
+    QElapsedTimer clock;
+    clock.start();
+    while (clock.elapsed() < 15000 && mInputMethod.state() != QProcess::NotRunning) {
+        if (inputMethodState() >= 0) {
+            return true;
+        }
+        QTest::qWait(100);
+    }
+    return false;
+}
+
+void TestX11Typing::inputMethodLeavesTextAlone_data()
+{
+    QTest::addColumn<QString>("client");
+    QTest::newRow("qt") << QStringLiteral("qt+im");
+    QTest::newRow("gtk") << QStringLiteral("gtk+im");
+}
+
+void TestX11Typing::inputMethodLeavesTextAlone()
+{
+    QFETCH(QString, client);
+    if (QStandardPaths::findExecutable(QStringLiteral("fcitx5")).isEmpty()) {
+        QSKIP("fcitx5 is not installed (scripts/bootstrap installs it)");
+    }
+    QVERIFY(startInputMethod());
+    std::unique_ptr<Client> receiver = startClient(client);
+    QVERIFY(receiver->waitReady());
+    QTRY_COMPARE(inputMethodState(), 2);
+    // Pinyin would make "nihao " into a Chinese word and keep "zhong" as a composition.
+    const QString text = QStringLiteral("nihao Yes 你好 zhong");
+    WinUtils::getInstance()->sendInput(text.left(6));
+    WinUtils::getInstance()->sendInput(text.mid(6));
+    QCOMPARE(receiver->text(text), text);
+    // And it composes again once the typing is over.
+    QTRY_COMPARE_WITH_TIMEOUT(inputMethodState(), 2, 3000);
 }
 
 void TestX11Typing::cleanup()
