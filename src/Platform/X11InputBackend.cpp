@@ -250,7 +250,7 @@ void X11InputBackend::mapBatch(const QVector<unsigned long>& keysyms)
         XChangeKeyboardMapping(d, first, mKeysymsPerKeycode, syms.data(), next - first);
     }
     // The client takes the new meaning before any key is sent on it.
-    waitForClient();
+    waitForClient(true);
 }
 
 void X11InputBackend::pressKey(const KeyPosition& position)
@@ -266,6 +266,7 @@ void X11InputBackend::pressKey(const KeyPosition& position)
         XTestFakeKeyEvent(d, shift, False, CurrentTime);
     }
     mUnconfirmed.insert(position.keycode);
+    mSinceKey.start();
 }
 
 unsigned long X11InputBackend::pingableFocus()
@@ -312,17 +313,27 @@ unsigned long X11InputBackend::pingableFocus()
     return 0;
 }
 
-void X11InputBackend::waitForClient()
+void X11InputBackend::waitForClient(bool afterChange)
 {
     Display* d = dpy(mDisplay);
     ++mClientWaitCount;
-    mUnconfirmed.clear();
     const Window client = pingableFocus();
     if (client == 0) {
+        // Without an answer the only safe thing is time since the last key. A change needs no
+        // wait of its own: the client gets the notification before any key sent after it, and
+        // reads the map as it is when it translates that key.
         XSync(d, False);
-        QThread::msleep(kRemapSettleMs);
+        const qint64 since = mSinceKey.isValid() ? mSinceKey.elapsed() : kRemapSettleMs;
+        if (afterChange && since < kRemapSettleMs) {
+            return;  // the keys sent before are still as unconfirmed as they were
+        }
+        if (since < kRemapSettleMs) {
+            QThread::msleep(static_cast<unsigned long>(kRemapSettleMs - since));
+        }
+        mUnconfirmed.clear();
         return;
     }
+    mUnconfirmed.clear();
     // The answer goes to the root window, for those listening to its children (GTK) or to the
     // root itself (Qt); listen there for as long as it takes.
     const Window root = DefaultRootWindow(d);
@@ -479,6 +490,7 @@ void X11InputBackend::sendKey(unsigned long keysym, bool down)
     XTestFakeKeyEvent(d, code, down ? True : False, CurrentTime);
     XFlush(d);
     mUnconfirmed.insert(code);
+    mSinceKey.start();
 }
 
 void X11InputBackend::toggleShowingDesktop()

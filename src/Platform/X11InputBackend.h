@@ -3,6 +3,7 @@
 #include "Platform/InputBackend.h"
 #include "Platform/InputMethodSwitch.h"
 
+#include <QElapsedTimer>
 #include <QHash>
 #include <QList>
 #include <QSet>
@@ -20,15 +21,17 @@
 //    sent so far;
 //  - after a change the client is made to read the change before the next key goes out.
 // "The client has read" is a _NET_WM_PING round trip to the focused window (its answer comes after
-// it has handled every event before it); a client that does not answer pings gets a settle pause.
+// it has handled every event before it); a client that does not answer pings gets a settle pause
+// counted from its last key.
 // Caps Lock and a locked second layout are released while text is typed and locked again after,
 // so that letters come out as they were dictated, and a composing input method is switched off.
 //
 // Main thread only. Without an X server it does nothing and says so once.
 class X11InputBackend : public InputBackend {
 public:
-    // The pause that lets a client that does not answer pings pick up a changed keyboard map.
-    static constexpr int kRemapSettleMs = 40;
+    // The time a client that does not answer pings is given to read its keys before a keycode
+    // they were sent on changes.
+    static constexpr int kRemapSettleMs = 80;
     // How long a ping may go unanswered before the client counts as not answering.
     static constexpr int kPingTimeoutMs = 2000;
     // Most spare keycodes used at once.
@@ -69,8 +72,9 @@ private:
     void mapBatch(const QVector<unsigned long>& keysyms);
     void pressKey(const KeyPosition& position);
     void restoreSpares();
-    // Returns once the focused client has read every event sent before the call.
-    void waitForClient();
+    // Returns once the focused client has read every event sent before the call; after a change
+    // of the map, once it has read that too.
+    void waitForClient(bool afterChange = false);
     // The focused top-level window if it answers _NET_WM_PING, else 0.
     unsigned long pingableFocus();
 
@@ -85,6 +89,7 @@ private:
     QSet<int> mUnconfirmed;               // keycodes pressed since the client last caught up
     QSet<unsigned long> mSilentClients;   // windows that let a ping time out
     long mPingSerial = 0;
+    QElapsedTimer mSinceKey;  // since the last key went out
     int mRemapCount = 0;
     int mClientWaitCount = 0;
     InputMethodSwitch mInputMethod;
