@@ -162,13 +162,13 @@ private:
     QProcess mProcess;
 };
 
-std::unique_ptr<Client> startClient(const QString& kind)
+std::unique_ptr<Client> startClient(const QString& kind, const QString& inputModule = QString())
 {
     QProcessEnvironment env = QProcessEnvironment::systemEnvironment();
-    if (kind.endsWith(QLatin1String("+im"))) {
-        env.insert(QStringLiteral("QT_IM_MODULE"), QStringLiteral("fcitx"));
-        env.insert(QStringLiteral("GTK_IM_MODULE"), QStringLiteral("fcitx"));
-        env.insert(QStringLiteral("XMODIFIERS"), QStringLiteral("@im=fcitx"));
+    if (!inputModule.isEmpty()) {
+        env.insert(QStringLiteral("QT_IM_MODULE"), inputModule);
+        env.insert(QStringLiteral("GTK_IM_MODULE"), inputModule);
+        env.insert(QStringLiteral("XMODIFIERS"), QStringLiteral("@im=") + inputModule);
     }
     if (kind.startsWith(QLatin1String("qt"))) {
         return std::make_unique<LineClient>(QStringLiteral(TYPING_RECEIVER), QStringList(), env);
@@ -194,6 +194,30 @@ int inputMethodState()
         QStringLiteral("org.fcitx.Fcitx.Controller1"), QStringLiteral("State"));
     call.setAutoStartService(false);  // the bus would start one with the user's settings
     return QDBusConnection::sessionBus().call(call).arguments().value(0, -1).toInt();
+}
+
+// Sets ibus's engine for every field, over the bus whose address it wrote for this display.
+bool setIbusEngine(const QString& engine)
+{
+    const QDir folder(QStandardPaths::writableLocation(QStandardPaths::GenericConfigLocation) +
+                      QStringLiteral("/ibus/bus"));
+    QString address;
+    for (const QFileInfo& entry : folder.entryInfoList(QDir::Files)) {
+        QFile file(entry.filePath());
+        file.open(QIODevice::ReadOnly);
+        for (const QByteArray& line : file.readAll().split('\n')) {
+            if (line.startsWith("IBUS_ADDRESS=")) {
+                address = QString::fromUtf8(line.mid(13));
+            }
+        }
+    }
+    QDBusConnection::disconnectFromBus(QStringLiteral("test.ibus"));
+    QDBusConnection bus = QDBusConnection::connectToBus(address, QStringLiteral("test.ibus"));
+    QDBusMessage call = QDBusMessage::createMethodCall(
+        QStringLiteral("org.freedesktop.IBus"), QStringLiteral("/org/freedesktop/IBus"),
+        QStringLiteral("org.freedesktop.IBus"), QStringLiteral("SetGlobalEngine"));
+    call << engine;
+    return !address.isEmpty() && bus.call(call).type() == QDBusMessage::ReplyMessage;
 }
 
 // Dictation as it arrives: mostly Chinese from a few hundred characters, with English words,
@@ -268,7 +292,8 @@ private slots:
     void foregroundWindowName();
 
 private:
-    bool startInputMethod();
+    bool startInputMethod(const QString& name);
+    QString composingState(const QString& inputMethod);
 
     Display* mDisplay = nullptr;
     QProcess mBus;
@@ -297,37 +322,52 @@ void TestX11Typing::cleanupTestCase()
     }
 }
 
-// fcitx5 with Pinyin on by default in every field.
-bool TestX11Typing::startInputMethod()
+// fcitx5 with Pinyin on by default in every field, or ibus with its Pinyin engine.
+bool TestX11Typing::startInputMethod(const QString& name)
 {
-    if (mInputMethod.state() == QProcess::Running) {
+    if (mInputMethod.state() == QProcess::Running && mInputMethod.program() == name) {
         return true;
     }
-    const QString config = mInputMethodHome.filePath(QStringLiteral("config/fcitx5"));
-    QDir().mkpath(config);
-    QFile profile(config + QStringLiteral("/profile"));
-    QFile behaviour(config + QStringLiteral("/config"));
-    if (!profile.open(QIODevice::WriteOnly) || !behaviour.open(QIODevice::WriteOnly)) {
-        return false;
-    }
-    profile.write(
-        "[Groups/0]\nName=Default\nDefault Layout=us\nDefaultIM=pinyin\n\n"
-        "[Groups/0/Items/0]\nName=keyboard-us\nLayout=\n\n"
-        "[Groups/0/Items/1]\nName=pinyin\nLayout=\n\n[GroupOrder]\n0=Default\n");
-    behaviour.write("[Behavior]\nActiveByDefault=True\nShareInputState=No\n");
-    profile.close();
-    behaviour.close();
+    mInputMethod.terminate();
+    mInputMethod.waitForFinished(3000);
     QProcessEnvironment env = QProcessEnvironment::systemEnvironment();
-    env.insert(QStringLiteral("HOME"), mInputMethodHome.path());
-    env.insert(QStringLiteral("XDG_CONFIG_HOME"), mInputMethodHome.filePath(QStringLiteral("config")));
-    env.insert(QStringLiteral("XDG_DATA_HOME"), mInputMethodHome.filePath(QStringLiteral("data")));
-    mInputMethod.setProcessEnvironment(env);
+    env.insert(QStringLiteral("GSETTINGS_BACKEND"), QStringLiteral("memory"));
     mInputMethod.setProcessChannelMode(QProcess::ForwardedErrorChannel);
-    mInputMethod.start(QStringLiteral("fcitx5"), {QStringLiteral("--disable=wayland,waylandim")});
+    if (name == QLatin1String("ibus-daemon")) {
+        mInputMethod.setProcessEnvironment(env);
+    } else {
+        const QString config = mInputMethodHome.filePath(QStringLiteral("config/fcitx5"));
+        QDir().mkpath(config);
+        QFile profile(config + QStringLiteral("/profile"));
+        QFile behaviour(config + QStringLiteral("/config"));
+        if (!profile.open(QIODevice::WriteOnly) || !behaviour.open(QIODevice::WriteOnly)) {
+            return false;
+        }
+        profile.write(
+            "[Groups/0]\nName=Default\nDefault Layout=us\nDefaultIM=pinyin\n\n"
+            "[Groups/0/Items/0]\nName=keyboard-us\nLayout=\n\n"
+            "[Groups/0/Items/1]\nName=pinyin\nLayout=\n\n[GroupOrder]\n0=Default\n");
+        behaviour.write("[Behavior]\nActiveByDefault=True\nShareInputState=No\n");
+        profile.close();
+        behaviour.close();
+        // Its own settings, and its own ibus address file, away from the suite's.
+        env.insert(QStringLiteral("HOME"), mInputMethodHome.path());
+        env.insert(QStringLiteral("XDG_CONFIG_HOME"), mInputMethodHome.filePath(QStringLiteral("config")));
+        env.insert(QStringLiteral("XDG_DATA_HOME"), mInputMethodHome.filePath(QStringLiteral("data")));
+        mInputMethod.setProcessEnvironment(env);
+    }
+    const bool ibus = name == QLatin1String("ibus-daemon");
+    const QStringList arguments = ibus ? QStringList{QStringLiteral("--panel=disable")}
+                                       : QStringList{QStringLiteral("--disable=wayland,waylandim")};
     QElapsedTimer clock;
     clock.start();
-    while (clock.elapsed() < 15000 && mInputMethod.state() != QProcess::NotRunning) {
-        if (inputMethodState() >= 0) {
+    while (clock.elapsed() < 15000) {
+        // The one stopped before may not have left the bus yet: start again until it stays.
+        if (mInputMethod.state() == QProcess::NotRunning) {
+            mInputMethod.start(name, arguments);
+            mInputMethod.waitForStarted();
+        }
+        if (ibus ? setIbusEngine(QStringLiteral("libpinyin")) : inputMethodState() >= 0) {
             return true;
         }
         QTest::qWait(100);
@@ -335,30 +375,53 @@ bool TestX11Typing::startInputMethod()
     return false;
 }
 
+QString TestX11Typing::composingState(const QString& inputMethod)
+{
+    if (inputMethod == QLatin1String("ibus-daemon")) {
+        QProcess ibus;
+        ibus.start(QStringLiteral("ibus"), {QStringLiteral("engine")});
+        ibus.waitForFinished(3000);
+        return QString::fromUtf8(ibus.readAllStandardOutput()).trimmed();
+    }
+    return QString::number(inputMethodState());
+}
+
 void TestX11Typing::inputMethodLeavesTextAlone_data()
 {
     QTest::addColumn<QString>("client");
-    QTest::newRow("qt") << QStringLiteral("qt+im");
-    QTest::newRow("gtk") << QStringLiteral("gtk+im");
+    QTest::addColumn<QString>("inputMethod");
+    QTest::addColumn<QString>("module");
+    QTest::addColumn<QString>("composing");
+    QTest::newRow("qt, fcitx5") << QStringLiteral("qt+im") << QStringLiteral("fcitx5")
+                                << QStringLiteral("fcitx") << QStringLiteral("2");
+    QTest::newRow("gtk, fcitx5") << QStringLiteral("gtk+im") << QStringLiteral("fcitx5")
+                                 << QStringLiteral("fcitx") << QStringLiteral("2");
+    QTest::newRow("qt, ibus") << QStringLiteral("qt+im") << QStringLiteral("ibus-daemon")
+                              << QStringLiteral("ibus") << QStringLiteral("libpinyin");
+    QTest::newRow("gtk, ibus") << QStringLiteral("gtk+im") << QStringLiteral("ibus-daemon")
+                               << QStringLiteral("ibus") << QStringLiteral("libpinyin");
 }
 
 void TestX11Typing::inputMethodLeavesTextAlone()
 {
     QFETCH(QString, client);
-    if (QStandardPaths::findExecutable(QStringLiteral("fcitx5")).isEmpty()) {
-        QSKIP("fcitx5 is not installed (scripts/bootstrap installs it)");
+    QFETCH(QString, inputMethod);
+    QFETCH(QString, module);
+    QFETCH(QString, composing);
+    if (QStandardPaths::findExecutable(inputMethod).isEmpty()) {
+        QSKIP("the input method is not installed (scripts/bootstrap installs it)");
     }
-    QVERIFY(startInputMethod());
-    std::unique_ptr<Client> receiver = startClient(client);
+    QVERIFY(startInputMethod(inputMethod));
+    std::unique_ptr<Client> receiver = startClient(client, module);
     QVERIFY(receiver->waitReady());
-    QTRY_COMPARE(inputMethodState(), 2);
+    QTRY_COMPARE(composingState(inputMethod), composing);
     // Pinyin would make "nihao " into a Chinese word and keep "zhong" as a composition.
     const QString text = QStringLiteral("nihao Yes 你好 zhong");
     WinUtils::getInstance()->sendInput(text.left(6));
     WinUtils::getInstance()->sendInput(text.mid(6));
     QCOMPARE(receiver->text(text), text);
     // And it composes again once the typing is over.
-    QTRY_COMPARE_WITH_TIMEOUT(inputMethodState(), 2, 3000);
+    QTRY_COMPARE_WITH_TIMEOUT(composingState(inputMethod), composing, 3000);
 }
 
 void TestX11Typing::cleanup()
