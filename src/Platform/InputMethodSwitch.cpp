@@ -32,6 +32,14 @@ QDBusMessage callFcitx(const char* method)
     return QDBusConnection::sessionBus().call(call, QDBus::Block, kCallTimeoutMs);
 }
 
+// Only a bus that is there: asking for the session bus without one would have a new one
+// started for the X display.
+bool hasSessionBus()
+{
+    return qEnvironmentVariableIsSet("DBUS_SESSION_BUS_ADDRESS") ||
+           QFile::exists(qEnvironmentVariable("XDG_RUNTIME_DIR") + QStringLiteral("/bus"));
+}
+
 // Where ibus-daemon listens: IBUS_ADDRESS, else the file it writes for this machine and display.
 QString ibusAddress()
 {
@@ -153,7 +161,7 @@ void InputMethodSwitch::suspend()
 
 void InputMethodSwitch::suspendFcitx()
 {
-    if (mFcitxSuspended || !QDBusConnection::sessionBus().isConnected()) {
+    if (mFcitxSuspended || !hasSessionBus() || !QDBusConnection::sessionBus().isConnected()) {
         return;
     }
     const QDBusMessage state = callFcitx("State");
