@@ -302,7 +302,10 @@ unsigned long X11InputBackend::pingableFocus()
                 XFree(protocols);
             }
             if (answers) {
-                return mSilentClients.contains(w) ? 0 : w;
+                // Our own windows answer from the thread that is waiting here.
+                const bool ours = propertyValue(d, w, "_NET_WM_PID", XA_CARDINAL) ==
+                                  static_cast<unsigned long>(QCoreApplication::applicationPid());
+                return ours || mSilentClients.contains(w) ? 0 : w;
             }
         }
         if (parent == root) {
