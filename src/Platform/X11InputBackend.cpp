@@ -4,16 +4,23 @@
 #include "Utils/Logging.h"
 
 #include <QClipboard>
+#include <QElapsedTimer>
 #include <QGuiApplication>
+#include <QMap>
 #include <QScreen>
 #include <QSet>
 #include <QThread>
 
+#include <X11/XKBlib.h>
 #include <X11/Xatom.h>
 #include <X11/Xlib.h>
 #include <X11/Xutil.h>
 #include <X11/extensions/XTest.h>
 #include <X11/keysym.h>
+
+#include <poll.h>
+
+#include <algorithm>
 
 namespace {
 
@@ -191,43 +198,59 @@ void X11InputBackend::mapBatch(const QVector<unsigned long>& keysyms)
     if (missing.isEmpty()) {
         return;
     }
-    // The client may still be reading keys typed on the keycodes about to change.
-    if (mTypedSinceRemap) {
-        XSync(d, False);
-        QThread::msleep(kRemapSettleMs);
-    }
+    // Keycodes whose last key the client has read go first: changing them needs no wait.
+    QMap<int, unsigned long> changes;  // keycode -> new keysym, in keycode order
+    bool mustWait = false;
     for (unsigned long keysym : qAsConst(missing)) {
         int code = 0;
-        for (int candidate : qAsConst(mSpareKeycodes)) {
-            if (!busy.contains(candidate)) {
-                code = candidate;
-                break;
+        for (int pass = 0; pass < 2 && code == 0; ++pass) {
+            for (int candidate : qAsConst(mSpareKeycodes)) {
+                if (!busy.contains(candidate) && (pass == 1 || !mUnconfirmed.contains(candidate))) {
+                    code = candidate;
+                    break;
+                }
             }
         }
         if (code == 0) {
             qCWarning(lcX11) << "no spare keycode left for keysym" << Qt::hex << keysym;
             continue;
         }
+        mustWait = mustWait || mUnconfirmed.contains(code);
         for (auto it = mSpareFor.begin(); it != mSpareFor.end(); ++it) {
             if (it.value() == code) {
                 mSpareFor.erase(it);
                 break;
             }
         }
-        QVector<KeySym> syms(mKeysymsPerKeycode, keysym);  // every level, so Shift and Caps change nothing
-        XChangeKeyboardMapping(d, code, mKeysymsPerKeycode, syms.data(), 1);
-        for (int level = 0; level < mKeysymsPerKeycode; ++level) {
-            mKeymap[(code - mMinKeycode) * mKeysymsPerKeycode + level] = keysym;
-        }
         mSpareFor.insert(keysym, code);
         mSpareKeycodes.removeAll(code);
         mSpareKeycodes.append(code);  // most recently used last
         busy.insert(code);
-        ++mRemapCount;
+        changes.insert(code, keysym);
     }
-    XSync(d, False);
-    QThread::msleep(kRemapSettleMs);
-    mTypedSinceRemap = false;
+    if (changes.isEmpty()) {
+        return;
+    }
+    if (mustWait) {
+        waitForClient();
+    }
+    // Every level, so that Shift changes nothing; neighbouring keycodes in one request, so that
+    // clients rebuild their map once for them.
+    for (auto it = changes.constBegin(); it != changes.constEnd();) {
+        const int first = it.key();
+        QVector<KeySym> syms;
+        int next = first;
+        for (; it != changes.constEnd() && it.key() == next; ++it, ++next) {
+            for (int level = 0; level < mKeysymsPerKeycode; ++level) {
+                syms.append(it.value());
+                mKeymap[(it.key() - mMinKeycode) * mKeysymsPerKeycode + level] = it.value();
+            }
+            ++mRemapCount;
+        }
+        XChangeKeyboardMapping(d, first, mKeysymsPerKeycode, syms.data(), next - first);
+    }
+    // The client takes the new meaning before any key is sent on it.
+    waitForClient(true);
 }
 
 void X11InputBackend::pressKey(const KeyPosition& position)
@@ -242,7 +265,119 @@ void X11InputBackend::pressKey(const KeyPosition& position)
     if (position.shift && shift != 0) {
         XTestFakeKeyEvent(d, shift, False, CurrentTime);
     }
-    mTypedSinceRemap = true;
+    mUnconfirmed.insert(position.keycode);
+    mSinceKey.start();
+}
+
+unsigned long X11InputBackend::pingableFocus()
+{
+    Display* d = dpy(mDisplay);
+    Window focus = 0;
+    int revert = 0;
+    XGetInputFocus(d, &focus, &revert);
+    const Atom ping = atom(d, "_NET_WM_PING");
+    // From the focused window up to its top level; a window manager may focus a frame, whose
+    // child is the client.
+    for (int depth = 0; depth < 8 && focus != None && focus != PointerRoot; ++depth) {
+        Window root = 0;
+        Window parent = 0;
+        Window* children = nullptr;
+        unsigned int count = 0;
+        if (!XQueryTree(d, focus, &root, &parent, &children, &count)) {
+            return 0;
+        }
+        QVector<Window> candidates{focus};
+        for (unsigned int i = 0; i < count; ++i) {
+            candidates.append(children[i]);
+        }
+        if (children != nullptr) {
+            XFree(children);
+        }
+        for (Window w : qAsConst(candidates)) {
+            Atom* protocols = nullptr;
+            int protocolCount = 0;
+            bool answers = false;
+            if (XGetWMProtocols(d, w, &protocols, &protocolCount) != 0) {
+                answers = std::find(protocols, protocols + protocolCount, ping) != protocols + protocolCount;
+                XFree(protocols);
+            }
+            if (answers) {
+                // Our own windows answer from the thread that is waiting here.
+                const bool ours = propertyValue(d, w, "_NET_WM_PID", XA_CARDINAL) ==
+                                  static_cast<unsigned long>(QCoreApplication::applicationPid());
+                return ours || mSilentClients.contains(w) ? 0 : w;
+            }
+        }
+        if (parent == root) {
+            break;
+        }
+        focus = parent;
+    }
+    return 0;
+}
+
+void X11InputBackend::waitForClient(bool afterChange)
+{
+    Display* d = dpy(mDisplay);
+    ++mClientWaitCount;
+    const Window client = pingableFocus();
+    if (client == 0) {
+        // Without an answer the only safe thing is time since the last key. A change needs no
+        // wait of its own: the client gets the notification before any key sent after it, and
+        // reads the map as it is when it translates that key.
+        XSync(d, False);
+        const qint64 since = mSinceKey.isValid() ? mSinceKey.elapsed() : kRemapSettleMs;
+        if (afterChange && since < kRemapSettleMs) {
+            return;  // the keys sent before are still as unconfirmed as they were
+        }
+        if (since < kRemapSettleMs) {
+            QThread::msleep(static_cast<unsigned long>(kRemapSettleMs - since));
+        }
+        mUnconfirmed.clear();
+        return;
+    }
+    mUnconfirmed.clear();
+    // The answer goes to the root window, for those listening to its children (GTK) or to the
+    // root itself (Qt); listen there for as long as it takes.
+    const Window root = DefaultRootWindow(d);
+    const Atom protocols = atom(d, "WM_PROTOCOLS");
+    const Atom ping = atom(d, "_NET_WM_PING");
+    const long serial = ++mPingSerial;
+    XSelectInput(d, root, SubstructureNotifyMask | StructureNotifyMask);
+    XEvent event{};
+    event.xclient.type = ClientMessage;
+    event.xclient.window = client;
+    event.xclient.message_type = protocols;
+    event.xclient.format = 32;
+    event.xclient.data.l[0] = static_cast<long>(ping);
+    event.xclient.data.l[1] = serial;
+    event.xclient.data.l[2] = static_cast<long>(client);
+    XSendEvent(d, client, False, NoEventMask, &event);
+    XFlush(d);
+
+    QElapsedTimer clock;
+    clock.start();
+    bool answered = false;
+    while (!answered && clock.elapsed() < kPingTimeoutMs) {
+        while (!answered && XPending(d) > 0) {
+            XEvent reply{};
+            XNextEvent(d, &reply);
+            answered = reply.type == ClientMessage && reply.xclient.message_type == protocols &&
+                       static_cast<Atom>(reply.xclient.data.l[0]) == ping &&
+                       reply.xclient.data.l[1] == serial;
+        }
+        if (!answered) {
+            pollfd fd{ConnectionNumber(d), POLLIN, 0};
+            poll(&fd, 1, 10);
+        }
+    }
+    XSelectInput(d, root, NoEventMask);
+    XSync(d, True);  // drop the window notifications that came with listening
+    if (!answered) {
+        qCWarning(lcX11) << "window" << Qt::hex << client
+                         << "does not answer pings: typing into it with pauses";
+        mSilentClients.insert(client);
+    }
 }
 
 unsigned long X11InputBackend::keysymFor(uint codePoint)
@@ -269,7 +404,22 @@ void X11InputBackend::typeText(const QString& text)
     if (text.isEmpty() || display() == nullptr) {
         return;
     }
+    Display* d = dpy(mDisplay);
     loadKeymap();
+    // Caps Lock would turn "Yes" into "yES" and a second layout would give other letters: both
+    // are released for the typing and locked again after. Each key carries the state it was
+    // sent with, so locking again at once changes nothing that is still unread.
+    XkbStateRec state{};
+    const bool haveState = XkbGetState(d, XkbUseCoreKbd, &state) == Success;
+    const bool capsLocked = haveState && (state.locked_mods & LockMask) != 0;
+    const int lockedGroup = haveState ? state.locked_group : 0;
+    if (capsLocked) {
+        XkbLockModifiers(d, XkbUseCoreKbd, LockMask, 0);
+    }
+    if (lockedGroup != 0) {
+        XkbLockGroup(d, XkbUseCoreKbd, XkbGroup1Index);
+    }
+    mInputMethod.suspend();
     QVector<unsigned long> keysyms;
     for (uint cp : text.toUcs4()) {
         if (cp == '\r') {
@@ -277,15 +427,24 @@ void X11InputBackend::typeText(const QString& text)
         }
         keysyms.append(keysymFor(cp));
     }
-    // Batches as large as the spare keycodes allow.
+    // Runs as long as the spare keycodes allow: those the run types on keep their keysym, the
+    // rest take the characters it lacks.
     int start = 0;
     while (start < keysyms.size()) {
         QSet<unsigned long> needing;
+        QSet<int> kept;
         int end = start;
         for (; end < keysyms.size(); ++end) {
             KeyPosition position;
-            if (!findInKeymap(keysyms[end], &position) && !needing.contains(keysyms[end])) {
-                if (needing.size() == mSpareKeycodes.size()) {
+            if (findInKeymap(keysyms[end], &position)) {
+                if (mSpareFor.contains(keysyms[end]) && !kept.contains(position.keycode)) {
+                    if (needing.size() + kept.size() == mSpareKeycodes.size()) {
+                        break;
+                    }
+                    kept.insert(position.keycode);
+                }
+            } else if (!needing.contains(keysyms[end])) {
+                if (needing.size() + kept.size() == mSpareKeycodes.size()) {
                     break;
                 }
                 needing.insert(keysyms[end]);
@@ -302,10 +461,17 @@ void X11InputBackend::typeText(const QString& text)
                 pressKey(position);
             }
         }
-        XFlush(dpy(mDisplay));
+        XFlush(d);
         start = end;
     }
-    XSync(dpy(mDisplay), False);
+    if (capsLocked) {
+        XkbLockModifiers(d, XkbUseCoreKbd, LockMask, LockMask);
+    }
+    if (lockedGroup != 0) {
+        XkbLockGroup(d, XkbUseCoreKbd, static_cast<unsigned int>(lockedGroup));
+    }
+    XSync(d, False);
+    mInputMethod.scheduleRestore();
 }
 
 void X11InputBackend::sendKey(unsigned long keysym, bool down)
@@ -326,7 +492,8 @@ void X11InputBackend::sendKey(unsigned long keysym, bool down)
     }
     XTestFakeKeyEvent(d, code, down ? True : False, CurrentTime);
     XFlush(d);
-    mTypedSinceRemap = true;
+    mUnconfirmed.insert(code);
+    mSinceKey.start();
 }
 
 void X11InputBackend::toggleShowingDesktop()
@@ -421,9 +588,8 @@ void X11InputBackend::restoreSpares()
     if (mSpareFor.isEmpty() || mKeysymsPerKeycode == 0) {
         return;
     }
-    // Keys already sent are read by now; the keycodes go back to having nothing on them.
-    XSync(d, False);
-    QThread::msleep(kRemapSettleMs);
+    // The keycodes go back to having nothing on them once the keys sent on them are read.
+    waitForClient();
     QVector<KeySym> none(mKeysymsPerKeycode, NoSymbol);
     for (int code : qAsConst(mSpareFor)) {
         XChangeKeyboardMapping(d, code, mKeysymsPerKeycode, none.data(), 1);

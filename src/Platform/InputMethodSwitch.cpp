@@ -1,0 +1,235 @@
+#include "Platform/InputMethodSwitch.h"
+
+#include "Utils/Logging.h"
+
+#include <QCoreApplication>
+#include <QDBusArgument>
+#include <QDBusConnection>
+#include <QDBusMessage>
+#include <QDBusVariant>
+#include <QDir>
+#include <QFile>
+#include <QRegularExpression>
+#include <QStandardPaths>
+
+namespace {
+
+constexpr int kCallTimeoutMs = 300;
+// The controller's state of the focused field: 0 none, 1 off, 2 composing.
+constexpr int kStateActive = 2;
+QString ibusConnectionName()
+{
+    return QStringLiteral("zorvane.ibus");
+}
+
+QDBusMessage callFcitx(const char* method)
+{
+    QDBusMessage call =
+        QDBusMessage::createMethodCall(QStringLiteral("org.fcitx.Fcitx5"), QStringLiteral("/controller"),
+                                       QStringLiteral("org.fcitx.Fcitx.Controller1"), QLatin1String(method));
+    // A desktop that does not run fcitx5 must not get it started by us.
+    call.setAutoStartService(false);
+    return QDBusConnection::sessionBus().call(call, QDBus::Block, kCallTimeoutMs);
+}
+
+// Only a bus that is there: asking for the session bus without one would have a new one
+// started for the X display.
+bool hasSessionBus()
+{
+    return qEnvironmentVariableIsSet("DBUS_SESSION_BUS_ADDRESS") ||
+           QFile::exists(qEnvironmentVariable("XDG_RUNTIME_DIR") + QStringLiteral("/bus"));
+}
+
+// Where ibus-daemon listens: IBUS_ADDRESS, else the file it writes for this machine and display.
+QString ibusAddress()
+{
+    const QString fromEnv = qEnvironmentVariable("IBUS_ADDRESS");
+    if (!fromEnv.isEmpty()) {
+        return fromEnv;
+    }
+    QString machine;
+    for (const char* path : {"/var/lib/dbus/machine-id", "/etc/machine-id"}) {
+        QFile file(QString::fromLatin1(path));
+        if (machine.isEmpty() && file.open(QIODevice::ReadOnly)) {
+            machine = QString::fromLatin1(file.readAll().trimmed());
+        }
+    }
+    const QRegularExpressionMatch display =
+        QRegularExpression(QStringLiteral("^([^:]*):(\\d+)")).match(qEnvironmentVariable("DISPLAY"));
+    if (machine.isEmpty() || !display.hasMatch()) {
+        return QString();
+    }
+    const QString host = display.captured(1).isEmpty() ? QStringLiteral("unix") : display.captured(1);
+    QFile file(QStandardPaths::writableLocation(QStandardPaths::GenericConfigLocation) +
+               QStringLiteral("/ibus/bus/%1-%2-%3").arg(machine, host, display.captured(2)));
+    if (!file.open(QIODevice::ReadOnly)) {
+        return QString();
+    }
+    for (const QByteArray& line : file.readAll().split('\n')) {
+        if (line.startsWith("IBUS_ADDRESS=")) {
+            return QString::fromUtf8(line.mid(13).trimmed());
+        }
+    }
+    return QString();
+}
+
+QDBusConnection ibusBus()
+{
+    QDBusConnection bus(ibusConnectionName());
+    if (!bus.isConnected()) {
+        QDBusConnection::disconnectFromBus(ibusConnectionName());
+        const QString address = ibusAddress();
+        if (!address.isEmpty()) {
+            bus = QDBusConnection::connectToBus(address, ibusConnectionName());
+        }
+    }
+    return bus;
+}
+
+QDBusMessage ibusCall(const QDBusConnection& bus, const QString& interface, const QString& method,
+                      const QVariantList& arguments)
+{
+    QDBusMessage call = QDBusMessage::createMethodCall(
+        QStringLiteral("org.freedesktop.IBus"), QStringLiteral("/org/freedesktop/IBus"), interface, method);
+    call.setArguments(arguments);
+    return bus.call(call, QDBus::Block, kCallTimeoutMs);
+}
+
+// The global engine's name and keyboard layout, from its serialised description: a structure of
+// its type name, attachments, then name, long name, description, language, licence, author, icon
+// and layout, among others.
+bool ibusGlobalEngine(const QDBusConnection& bus, QString* name, QString* layout)
+{
+    const QDBusMessage reply =
+        ibusCall(bus, QStringLiteral("org.freedesktop.DBus.Properties"), QStringLiteral("Get"),
+                 {QStringLiteral("org.freedesktop.IBus"), QStringLiteral("GlobalEngine")});
+    if (reply.type() != QDBusMessage::ReplyMessage || reply.arguments().isEmpty()) {
+        return false;
+    }
+    QVariant value = reply.arguments().constFirst().value<QDBusVariant>().variant();
+    if (value.userType() == qMetaTypeId<QDBusVariant>()) {
+        value = value.value<QDBusVariant>().variant();
+    }
+    if (value.userType() != qMetaTypeId<QDBusArgument>()) {
+        return false;
+    }
+    const QDBusArgument description = value.value<QDBusArgument>();
+    QStringList fields;
+    description.beginStructure();
+    QString typeName;
+    QVariantMap attachments;
+    description >> typeName >> attachments;
+    while (!description.atEnd() && description.currentType() == QDBusArgument::BasicType &&
+           fields.size() < 8) {
+        QVariant field = description.asVariant();
+        if (field.userType() != QMetaType::QString) {
+            break;
+        }
+        fields << field.toString();
+    }
+    if (fields.size() < 8) {
+        return false;
+    }
+    *name = fields.at(0);
+    *layout = fields.at(7);
+    return true;
+}
+
+}  // namespace
+
+InputMethodSwitch::InputMethodSwitch(QObject* parent) : QObject(parent)
+{
+    mRestoreTimer.setSingleShot(true);
+    mRestoreTimer.setInterval(kRestoreDelayMs);
+    connect(&mRestoreTimer, &QTimer::timeout, this, &InputMethodSwitch::restore);
+}
+
+InputMethodSwitch::~InputMethodSwitch()
+{
+    restore();
+}
+
+void InputMethodSwitch::suspend()
+{
+    mRestoreTimer.stop();
+    if (QCoreApplication::instance() == nullptr) {
+        return;
+    }
+    suspendFcitx();
+    suspendIbus();
+}
+
+void InputMethodSwitch::suspendFcitx()
+{
+    if (mFcitxSuspended || !hasSessionBus() || !QDBusConnection::sessionBus().isConnected()) {
+        return;
+    }
+    const QDBusMessage state = callFcitx("State");
+    if (state.type() != QDBusMessage::ReplyMessage || state.arguments().value(0).toInt() != kStateActive) {
+        return;
+    }
+    const QDBusMessage reply = callFcitx("Deactivate");
+    if (reply.type() == QDBusMessage::ReplyMessage) {
+        mFcitxSuspended = true;
+        qCDebug(lcX11) << "fcitx5 off while typing";
+    } else {
+        qCWarning(lcX11) << "could not switch fcitx5 off:" << reply.errorMessage();
+    }
+}
+
+void InputMethodSwitch::suspendIbus()
+{
+    if (!mIbusEngine.isEmpty()) {
+        return;
+    }
+    const QDBusConnection bus = ibusBus();
+    QString name;
+    QString layout;
+    if (!bus.isConnected() || !ibusGlobalEngine(bus, &name, &layout) ||
+        name.startsWith(QLatin1String("xkb:"))) {
+        return;
+    }
+    if (layout != QLatin1String("us") && layout != QLatin1String("default")) {
+        qCInfo(lcX11) << "ibus engine" << name << "types on layout" << layout << "and is left on";
+        return;
+    }
+    const QDBusMessage reply = ibusCall(bus, QStringLiteral("org.freedesktop.IBus"),
+                                        QStringLiteral("SetGlobalEngine"), {QStringLiteral("xkb:us::eng")});
+    if (reply.type() == QDBusMessage::ReplyMessage) {
+        mIbusEngine = name;
+        qCDebug(lcX11) << "ibus engine" << name << "off while typing";
+    } else {
+        qCWarning(lcX11) << "could not switch ibus off:" << reply.errorMessage();
+    }
+}
+
+void InputMethodSwitch::scheduleRestore()
+{
+    if (isSuspended()) {
+        mRestoreTimer.start();
+    }
+}
+
+void InputMethodSwitch::restore()
+{
+    mRestoreTimer.stop();
+    if (!isSuspended() || QCoreApplication::instance() == nullptr) {
+        return;
+    }
+    if (mFcitxSuspended) {
+        mFcitxSuspended = false;
+        const QDBusMessage reply = callFcitx("Activate");
+        if (reply.type() != QDBusMessage::ReplyMessage) {
+            qCWarning(lcX11) << "could not switch fcitx5 back on:" << reply.errorMessage();
+        }
+    }
+    if (!mIbusEngine.isEmpty()) {
+        const QString engine = mIbusEngine;
+        mIbusEngine.clear();
+        const QDBusMessage reply = ibusCall(ibusBus(), QStringLiteral("org.freedesktop.IBus"),
+                                            QStringLiteral("SetGlobalEngine"), {engine});
+        if (reply.type() != QDBusMessage::ReplyMessage) {
+            qCWarning(lcX11) << "could not give ibus its engine back:" << reply.errorMessage();
+        }
+    }
+}
