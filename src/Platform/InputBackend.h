@@ -22,7 +22,4 @@ public:
     virtual QString activeWindowClass() = 0;
     // The caret in global coordinates, or (0, 0) when unknown.
     virtual QPoint caretPosition() = 0;
-
-    virtual QString clipboardText() = 0;
-    virtual void setClipboardText(const QString& text) = 0;
 };

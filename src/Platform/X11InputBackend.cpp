@@ -3,7 +3,6 @@
 #include "Platform/AtspiCaret.h"
 #include "Utils/Logging.h"
 
-#include <QClipboard>
 #include <QElapsedTimer>
 #include <QGuiApplication>
 #include <QMap>
@@ -565,21 +564,6 @@ QString X11InputBackend::activeWindowClass()
 QPoint X11InputBackend::caretPosition()
 {
     return AtspiCaret::caretPosition();
-}
-
-QString X11InputBackend::clipboardText()
-{
-    if (qobject_cast<QGuiApplication*>(QCoreApplication::instance()) == nullptr) {
-        return QString();
-    }
-    return QGuiApplication::clipboard()->text();
-}
-
-void X11InputBackend::setClipboardText(const QString& text)
-{
-    if (qobject_cast<QGuiApplication*>(QCoreApplication::instance()) != nullptr) {
-        QGuiApplication::clipboard()->setText(text);
-    }
 }
 
 void X11InputBackend::restoreSpares()

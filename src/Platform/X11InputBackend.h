@@ -50,8 +50,6 @@ public:
     QRect screenGeometry() override;
     QString activeWindowClass() override;
     QPoint caretPosition() override;
-    QString clipboardText() override;
-    void setClipboardText(const QString& text) override;
 
     // The keysym that types a code point.
     static unsigned long keysymFor(uint codePoint);

@@ -14,7 +14,6 @@ public:
     QRect screen = QRect(0, 0, 1920, 1080);
     QString windowClass;
     QPoint caret;
-    QString clipboard;
 
     void sendKey(unsigned long keysym, bool down) override;
     void typeText(const QString& text) override;
@@ -22,8 +21,6 @@ public:
     QRect screenGeometry() override { return screen; }
     QString activeWindowClass() override { return windowClass; }
     QPoint caretPosition() override { return caret; }
-    QString clipboardText() override { return clipboard; }
-    void setClipboardText(const QString& text) override { clipboard = text; }
 
     // Everything typed, joined, with each backspace taking one character back: what a text
     // box would now hold if it had been empty.
