@@ -72,6 +72,7 @@ void VirtualBleTransport::deliverFrames()
             case VirtualDeviceConnection::BleLinkUp:
                 if (mLink && payload == mConnectTag) {
                     mLinkUp = true;
+                    emit signalLinkStateChanged();
                     emit signalLinkConnected();
                 }
                 break;
@@ -83,6 +84,7 @@ void VirtualBleTransport::deliverFrames()
             case VirtualDeviceConnection::BleLinkDown:
                 if (mLink && mLinkUp) {
                     mLinkUp = false;
+                    emit signalLinkStateChanged();
                     emit signalLinkDisconnected();
                 }
                 break;
@@ -131,6 +133,7 @@ void VirtualBleTransport::releaseLink()
         mLink = false;
         mLinkUp = false;
         mConnection->send(VirtualDeviceConnection::BleDisconnect, QByteArray());
+        emit signalLinkStateChanged();
     }
 }
 

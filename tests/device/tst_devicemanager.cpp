@@ -88,6 +88,7 @@ private slots:
     void bluetoothAudioHoldsTheChannel();
     void readyAndLinkState();
     void readThreadAndControllerThreadTogether();
+    void bluetoothStateFromTheControllerThread();
     void anyRecordIsSafe();
 };
 
@@ -340,6 +341,32 @@ void TestDeviceManager::readThreadAndControllerThreadTogether()
     stop = true;
     controller.join();
     rig.device.close();
+}
+
+void TestDeviceManager::bluetoothStateFromTheControllerThread()
+{
+    // The controller polls state() while the main thread attaches and lets go of the link.
+    Rig rig;
+    rig.attachBle();
+    std::atomic<bool> stop{false};
+    std::atomic<int> polls{0};
+    std::thread controller([&] {
+        while (!stop) {
+            rig.device.state();
+            ++polls;
+        }
+    });
+    for (int i = 0; i < 100; ++i) {
+        rig.device.close();
+        rig.attachBle();
+    }
+    QTRY_VERIFY(polls > 100);
+    stop = true;
+    controller.join();
+    QCOMPARE(rig.bleTransport.offThreadCalls.load(), 0);
+    QCOMPARE(rig.device.state(), 1);
+    rig.device.close();
+    QCOMPARE(rig.device.state(), 0);
 }
 
 void TestDeviceManager::anyRecordIsSafe()
