@@ -177,7 +177,7 @@ bool HidManager::write(void* msg)
         return writeReport(handle, report);
     }
     const std::lock_guard<std::mutex> lock(mHandleMutex);
-    if (mHidDevice == nullptr || mLinkFailed) {
+    if (mHidDevice == nullptr || mLinkFailed || mWriteQueue.size() >= kMaxQueuedWrites) {
         return false;
     }
     mWriteQueue.push_back(report);

@@ -36,6 +36,9 @@ public:
     // How long a read waits before it sends queued writes and looks whether the link is
     // being closed: the longest a write waits.
     static constexpr int kReadSliceMs = 20;
+    // Writes waiting for the read loop; more in one slice than a device takes are lost, as a
+    // write on a closed link is.
+    static constexpr size_t kMaxQueuedWrites = 64;
 
     // Tests and the virtual receiver hand in their own backend; not owned.
     explicit HidManager(HidBackend* backend, QObject* parent = nullptr);
