@@ -108,7 +108,10 @@ void TestDeviceManager::replies_data()
                                   << "signalDpiLevelValue" << QVariantList{800, 1600, 2400};
     QTest::newRow("no level values") << reply(1, 6, 10, {}, false) << "signalDpiThreeLevelFunction"
                                      << QVariantList{};
-    QTest::newRow("packet mode") << reply(1, 6, 11, {0x03}) << "signalAudioPacketMode" << QVariantList{1};
+    QTest::newRow("packet mode bit 1")
+        << reply(1, 6, 11, {0x02}) << "signalAudioPacketMode" << QVariantList{1};
+    QTest::newRow("packet mode bit 0 only")
+        << reply(1, 6, 11, {0x01}) << "signalAudioPacketMode" << QVariantList{0};
     QTest::newRow("remote flash") << reply(1, 4, 11, {0x11, 0x22, 0x33, 0x44, 0x55, 0x66, 0x77, 0x8a})
                                   << "signalRemoteFlashID"
                                   << QVariantList{QStringLiteral("112233445566778A")};
@@ -119,6 +122,10 @@ void TestDeviceManager::replies_data()
     QTest::newRow("audio enable") << reply(6, 8, 6, {1, 0}) << "signalAudioEnable" << QVariantList{true};
     QTest::newRow("module") << reply(1, 4, 10, {0x0a, 0x0b, 0x0c, 0x2b, 2, 20, 50}) << "signalModule"
                             << QVariantList{1, 1, 0, 2, QStringLiteral("0A0B0C"), 1};
+    QTest::newRow("module shake only") << reply(1, 4, 10, {0, 0, 0, 0x01}) << "signalModule"
+                                       << QVariantList{0, 1, 0, 0, QStringLiteral("000000"), 0};
+    QTest::newRow("module lamplight only") << reply(1, 4, 10, {0, 0, 0, 0x02}) << "signalModule"
+                                           << QVariantList{1, 0, 0, 0, QStringLiteral("000000"), 0};
     QTest::newRow("active notice") << deviceEvent(11, {0}) << "signalMouseActive" << QVariantList{false};
     QTest::newRow("power plug") << deviceEvent(111, {0, 0, 0x08}) << "signalDevicePowerPlugIn"
                                 << QVariantList{true};
@@ -244,6 +251,18 @@ void TestDeviceManager::keyPassThrough()
     }
     QCOMPARE(clicks.size(), 1);
     QVERIFY(!rig.device.isKeyTimerActive());  // nothing in progress: no ticks
+
+    // Held: a long press after exactly 50 ticks (500 ms).
+    QSignalSpy longClicks(&rig.device, &DeviceManager::signalLongClickListener);
+    rig.device.handleMessage(deviceEvent(16, {4, 1}));
+    for (int i = 0; i < 49; ++i) {
+        rig.device.onKeyCheck();
+    }
+    QCOMPARE(longClicks.size(), 0);
+    rig.device.onKeyCheck();
+    QCOMPARE(longClicks.size(), 1);
+    QCOMPARE(longClicks.at(0), QVariantList({4, 1}));
+    rig.device.handleMessage(deviceEvent(16, {4, 0}));
     // The press asked for audio on the Bluetooth path, which is closed here: nothing sent.
     QVERIFY(rig.bleTransport.writes.isEmpty());
 }
