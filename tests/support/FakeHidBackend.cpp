@@ -53,8 +53,15 @@ void FakeHidBackend::failNextRead()
 
 QList<QByteArray> FakeHidBackend::writes() const
 {
+    // A list of its own: a shared one would be grown by the read thread while the test drops
+    // its reference, and Qt's sharing count is not ordered for that.
     const std::lock_guard<std::mutex> lock(mMutex);
-    return mWrites;
+    QList<QByteArray> copy;
+    copy.reserve(mWrites.size());
+    for (const QByteArray& write : mWrites) {
+        copy.append(write);
+    }
+    return copy;
 }
 
 QString FakeHidBackend::openedPath() const
