@@ -94,6 +94,10 @@ bool HidManager::open(int vid, int pid)
         mLinkFailed = false;
         qCInfo(lcDeviceHid) << "opened" << path;
     }
+    if (isRunning() && mStopReading && QThread::currentThread() != this) {
+        // A loop told to stop from its own thread is still on its way out.
+        wait();
+    }
     if (!isRunning()) {
         mStopReading = false;
         start();
