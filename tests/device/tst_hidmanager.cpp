@@ -53,6 +53,7 @@ private slots:
     void readLoopDeliversWholeReportsAndLeavesOnClose();
     void pulledOutReceiverClosesTheLink();
     void readFailureClosesTheLinkThoughWritesGoThrough();
+    void openRightAfterAListenerClosedTheLink();
     void plugDetection();
     void writesFromAnotherThreadWhileReadingAndClosing();
 };
@@ -208,6 +209,32 @@ void TestHidManager::readFailureClosesTheLinkThoughWritesGoThrough()
     QVERIFY(hid.open(kVid, kPid));
     backend.pushReport(DeviceMessage::getCpi().toByteArray());
     QTRY_COMPARE(received.load(), 1);
+}
+
+void TestHidManager::openRightAfterAListenerClosedTheLink()
+{
+    FakeHidBackend backend;
+    backend.setInterfaces(receiver());
+    HidManager hid(&backend);
+    std::atomic<int> received{0};
+    std::atomic<bool> closed{false};
+    connect(
+        &hid, &HidManager::signalReceiveMessage, this,
+        [&](void*, int) {
+            if (++received == 1) {
+                hid.close();
+                closed = true;
+                // The loop is still on its way out when the next open comes.
+                std::this_thread::sleep_for(std::chrono::milliseconds(100));
+            }
+        },
+        Qt::DirectConnection);
+    QVERIFY(hid.open(kVid, kPid));
+    backend.pushReport(DeviceMessage::getCpi().toByteArray());
+    QTRY_VERIFY(closed);
+    QVERIFY(hid.open(kVid, kPid));
+    backend.pushReport(DeviceMessage::getCpi().toByteArray());
+    QTRY_COMPARE(received.load(), 2);
 }
 
 void TestHidManager::plugDetection()
