@@ -76,11 +76,6 @@ int FakeHidBackend::openHandles() const
     return mOpenHandles;
 }
 
-bool FakeHidBackend::readInProgressOnClose() const
-{
-    return mClosedDuringRead;
-}
-
 bool FakeHidBackend::init()
 {
     const std::lock_guard<std::mutex> lock(mMutex);
@@ -133,7 +128,6 @@ void FakeHidBackend::setError(const wchar_t* text)
 int FakeHidBackend::readTimeout(Handle, unsigned char* buffer, int length, int milliseconds)
 {
     enter();
-    mReading = true;
     setError(nullptr);
     int result = 0;
     {
@@ -151,7 +145,6 @@ int FakeHidBackend::readTimeout(Handle, unsigned char* buffer, int length, int m
             std::memcpy(buffer, report.constData(), static_cast<size_t>(result));
         }
     }
-    mReading = false;
     leave();
     return result;
 }
@@ -177,9 +170,6 @@ int FakeHidBackend::write(Handle, const unsigned char* data, int length)
 
 void FakeHidBackend::close(Handle)
 {
-    if (mReading) {
-        mClosedDuringRead = true;
-    }
     enter();
     setError(nullptr);
     {

@@ -15,8 +15,8 @@
 //
 // The handle behaves as the hidraw library's does: it keeps one error string that each read
 // and each write replace (a read or a successful write leaves none), and it has no lock of
-// its own. Two calls on the handle at once would corrupt that string in the library; here
-// they end the test at once.
+// its own. Two calls on the handle at once (a close during a read among them) would corrupt
+// the library's state; here they end the test at once.
 class FakeHidBackend : public HidBackend {
 public:
     ~FakeHidBackend() override;
@@ -35,7 +35,6 @@ public:
     QList<QByteArray> writes() const;  // what the link passed to write, as passed
     QString openedPath() const;
     int openHandles() const;
-    bool readInProgressOnClose() const;
 
     bool init() override;
     QList<Interface> enumerate() override;
@@ -67,6 +66,4 @@ private:
     // The handle's own state: unguarded, as in the library.
     wchar_t* mLastError = nullptr;
     std::atomic<int> mCallsInFlight{0};
-    std::atomic<bool> mClosedDuringRead{false};
-    std::atomic<bool> mReading{false};
 };
