@@ -47,6 +47,7 @@ BLEManager::BLEManager(BleTransport* transport, SleepNotification* sleep, QObjec
     connect(mTransport, &BleTransport::signalLinkConnected, this, &BLEManager::deviceConnected);
     connect(mTransport, &BleTransport::signalLinkError, this, &BLEManager::errorReceived);
     connect(mTransport, &BleTransport::signalLinkDisconnected, this, &BLEManager::deviceDisconnected);
+    connect(mTransport, &BleTransport::signalLinkStateChanged, this, &BLEManager::refreshLinkState);
     connect(mTransport, &BleTransport::signalServiceDiscovered, this, &BLEManager::addLowEnergyService);
     connect(mTransport, &BleTransport::signalServiceState, this, &BLEManager::serviceDetailsDiscovered);
     connect(mTransport, &BleTransport::signalNotification, this,
@@ -105,7 +106,16 @@ bool BLEManager::isConnected()
 
 bool BLEManager::isOpen()
 {
-    return mTransport->isLinkOpen();
+    // The device controller asks from its own thread while this one may be releasing the link.
+    if (QThread::currentThread() == thread()) {
+        refreshLinkState();
+    }
+    return mLinkOpen;
+}
+
+void BLEManager::refreshLinkState()
+{
+    mLinkOpen = mTransport->isLinkOpen();
 }
 
 bool BLEManager::isScan() const

@@ -7,6 +7,7 @@
 #include <QObject>
 #include <QTimer>
 
+#include <atomic>
 #include <functional>
 #include <memory>
 #include <mutex>
@@ -16,7 +17,8 @@ class SleepNotification;
 // The Bluetooth LE link: finds the mouse, attaches to its GATT service once the system holds
 // a connection to it, moves 20-byte packets both ways and follows sleep and wake. "Connected"
 // means notifications requested and the write characteristic known. Main thread; writes may
-// come from any thread and are handed over.
+// come from any thread and are handed over, and isOpen() may be asked from any thread: it
+// answers from a copy of the link state that this thread keeps current.
 class BLEManager : public QObject, public Singleton<BLEManager> {
     Q_OBJECT
 
@@ -74,6 +76,7 @@ private:
     void errorReceived(const QString& error);
     void deviceDisconnected();
     void writeOnThisThread(const QByteArray& data);
+    void refreshLinkState();
     int deviceType() const;
 
     std::unique_ptr<BleTransport> mOwnedTransport;
@@ -86,6 +89,7 @@ private:
     bool mScanning = false;
     QTimer mConnectTimer;
     std::function<int()> mDeviceType;
+    std::atomic<bool> mLinkOpen{false};
     std::mutex mPendingMutex;
     QList<QByteArray> mPendingWrites;  // from other threads, waiting for this one
 };

@@ -17,6 +17,9 @@
 // a long group A packet emits only what decodes). A packet shorter than its group's layout is
 // zero-filled to it, which then fails its CRC and plays as silence. DeviceManager owns the
 // audio-active flag: signalAudioActive() asks it to be set. Main thread only.
+//
+// This runs every 8 ms while the voice key is held: frames are put together on the stack and
+// in a fixed reassembly buffer, so the 256-byte output is the only allocation per frame.
 class BleAudioHandler : public QObject {
     Q_OBJECT
 
@@ -29,7 +32,7 @@ public:
     bool handlePacket(const QByteArray& packet);
 
     // Tests: the reassembly buffer of groups C and D.
-    int bufferSize() const { return mBuffer.size(); }
+    int bufferSize() const { return mBufferSize; }
 
 signals:
     void signalAudioData(QByteArray data);
@@ -37,7 +40,12 @@ signals:
 
 private:
     // Decodes frame with the given length; returns the decoder's result.
-    int decode(const QByteArray& frame, int length, bool emitSilence);
+    int decode(const unsigned char* frame, int length, bool emitSilence);
+    void appendToBuffer(const unsigned char* bytes, int length);
 
-    QByteArray mBuffer;
+    // Fragments that never complete a frame (a stream that keeps losing them) would grow it
+    // without end: what does not fit is dropped, and such a stream is noise anyway.
+    static constexpr int kBufferCapacity = 512;
+    unsigned char mBuffer[kBufferCapacity];
+    int mBufferSize = 0;
 };

@@ -53,6 +53,8 @@ signals:
     void signalLinkConnected();
     void signalLinkError(QString error);
     void signalLinkDisconnected();
+    // Whatever isLinkOpen() answers may have changed.
+    void signalLinkStateChanged();
     void signalServiceDiscovered(QString uuid);
     void signalServiceScanDone();
     void signalServiceState(int state);

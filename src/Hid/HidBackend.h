@@ -4,9 +4,9 @@
 #include <QString>
 
 // The HID calls the USB link makes, so that the same link runs on hidapi or on the virtual
-// receiver. Implementations are called from several threads at once (the read thread, the
-// plug worker, the callers of open/write/close) and must allow that; a handle is closed
-// only when no read on it is in progress.
+// receiver. init, enumerate and openPath come from several threads at once (the plug worker,
+// the callers of open) and must allow that. Calls on one handle never overlap: hidapi keeps
+// per-handle state (its error string) without a lock, so the link makes one call at a time.
 class HidBackend {
 public:
     struct Interface {

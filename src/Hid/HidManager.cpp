@@ -67,77 +67,95 @@ QList<HidDevice> HidManager::enumerate()
 
 bool HidManager::open(int vid, int pid)
 {
-    {
-        const std::lock_guard<std::mutex> lifecycle(mLifecycleMutex);
-        mVid = vid;
-        mPid = pid;
-        if (!isOpen()) {
-            if (!mBackend->init()) {
-                return false;
-            }
-            // The receiver shows several interfaces; records travel on the vendor page one.
-            QString path;
-            for (const HidBackend::Interface& entry : mBackend->enumerate()) {
-                if (entry.vid == vid && entry.pid == pid && entry.usagePage == kVendorUsagePage) {
-                    path = entry.path;
-                    break;
-                }
-            }
-            if (path.isEmpty()) {
-                return false;
-            }
-            HidBackend::Handle handle = mBackend->openPath(path);
-            if (handle == nullptr) {
-                return false;
-            }
-            const std::lock_guard<std::mutex> lock(mHandleMutex);
-            mHidDevice = handle;
-            qCInfo(lcDeviceHid) << "opened" << path;
+    const std::lock_guard<std::mutex> lifecycle(mLifecycleMutex);
+    mVid = vid;
+    mPid = pid;
+    if (!isOpenLocked()) {
+        if (!mBackend->init()) {
+            return false;
         }
-        if (isOpen() && !isRunning()) {
-            mStopReading = false;
-            start();
+        // The receiver shows several interfaces; records travel on the vendor page one.
+        QString path;
+        for (const HidBackend::Interface& entry : mBackend->enumerate()) {
+            if (entry.vid == vid && entry.pid == pid && entry.usagePage == kVendorUsagePage) {
+                path = entry.path;
+                break;
+            }
         }
+        if (path.isEmpty()) {
+            return false;
+        }
+        HidBackend::Handle handle = mBackend->openPath(path);
+        if (handle == nullptr) {
+            return false;
+        }
+        const std::lock_guard<std::mutex> lock(mHandleMutex);
+        mHidDevice = handle;
+        mLinkFailed = false;
+        qCInfo(lcDeviceHid) << "opened" << path;
     }
-    return isOpen();
+    if (isRunning() && mStopReading && QThread::currentThread() != this) {
+        // A loop told to stop from its own thread is still on its way out.
+        wait();
+    }
+    if (!isRunning()) {
+        mStopReading = false;
+        start();
+    }
+    return isOpenLocked();
 }
 
 bool HidManager::isOpen()
 {
-    HidBackend::Handle handle = nullptr;
     {
         const std::lock_guard<std::mutex> lock(mHandleMutex);
-        handle = mHidDevice;
+        if (mHidDevice == nullptr) {
+            return false;
+        }
     }
-    if (handle == nullptr) {
-        return false;
-    }
-    const QString error = mBackend->error(handle);
-    if (error.isEmpty()) {
+    if (!mLinkFailed) {
         return true;
     }
-    qCWarning(lcDeviceHid) << "device error:" << error << "- closing the link";
-    // From the read loop itself the loop's exit does the closing.
+    // From the read loop itself the handle is closed by the next caller from outside.
     if (QThread::currentThread() != this) {
-        close();
+        const std::lock_guard<std::mutex> lifecycle(mLifecycleMutex);
+        isOpenLocked();
     }
+    return false;
+}
+
+bool HidManager::isOpenLocked()
+{
+    {
+        const std::lock_guard<std::mutex> lock(mHandleMutex);
+        if (mHidDevice == nullptr) {
+            return false;
+        }
+    }
+    if (!mLinkFailed) {
+        return true;
+    }
+    // A failed link has no reader any more: closed, so that the next open makes a new one.
+    closeLocked();
     return false;
 }
 
 void HidManager::close()
 {
     const std::lock_guard<std::mutex> lifecycle(mLifecycleMutex);
+    closeLocked();
+}
+
+void HidManager::closeLocked()
+{
     mStopReading = true;
     if (QThread::currentThread() != this) {
         // At most one read slice: the loop looks at the flag between reads.
         wait();
     }
-    closeHandle();
-}
-
-void HidManager::closeHandle()
-{
     const std::lock_guard<std::mutex> lock(mHandleMutex);
+    mWriteQueue.clear();
+    mLinkFailed = false;
     if (mHidDevice != nullptr) {
         mBackend->close(mHidDevice);
         mHidDevice = nullptr;
@@ -147,14 +165,60 @@ void HidManager::closeHandle()
 
 bool HidManager::write(void* msg)
 {
+    Report report;
+    report[0] = 0;  // report number 0: hidapi leaves it out, so 31 record bytes reach the device
+    std::memcpy(report.data() + 1, msg, kReportSize);
+    if (QThread::currentThread() == this) {
+        // A listener of the read loop: the loop is between two calls on the handle.
+        HidBackend::Handle handle = nullptr;
+        {
+            const std::lock_guard<std::mutex> lock(mHandleMutex);
+            handle = mHidDevice;
+        }
+        if (handle == nullptr || mLinkFailed || mStopReading) {
+            return false;
+        }
+        return writeReport(handle, report);
+    }
     const std::lock_guard<std::mutex> lock(mHandleMutex);
-    if (mHidDevice == nullptr || !mBackend->error(mHidDevice).isEmpty()) {
+    if (mHidDevice == nullptr || mLinkFailed || mWriteQueue.size() >= kMaxQueuedWrites) {
         return false;
     }
-    unsigned char buffer[kReportSize + 1];
-    buffer[0] = 0;  // report number 0: hidapi leaves it out, so 31 record bytes reach the device
-    std::memcpy(buffer + 1, msg, kReportSize);
-    return mBackend->write(mHidDevice, buffer, kReportSize) > 0;
+    mWriteQueue.push_back(report);
+    return true;
+}
+
+bool HidManager::writeReport(HidBackend::Handle handle, const Report& report)
+{
+    const int written = mBackend->write(handle, report.data(), kReportSize);
+    if (written < 0) {
+        linkFailed("write", mBackend->error(handle));
+        return false;
+    }
+    return written > 0;
+}
+
+void HidManager::sendQueuedWrites(HidBackend::Handle handle)
+{
+    std::vector<Report> writes;
+    {
+        const std::lock_guard<std::mutex> lock(mHandleMutex);
+        writes.swap(mWriteQueue);
+    }
+    for (const Report& report : writes) {
+        if (!writeReport(handle, report)) {
+            break;
+        }
+    }
+}
+
+void HidManager::linkFailed(const char* what, const QString& error)
+{
+    // The library's error string is read at once: the next call on the handle replaces it.
+    qCWarning(lcDeviceHid) << what
+                           << "failed:" << (error.isEmpty() ? QStringLiteral("no reason given") : error)
+                           << "- the link counts as closed";
+    mLinkFailed = true;
 }
 
 void HidManager::onUSBChange(int vid, int pid, bool enable)
@@ -164,15 +228,16 @@ void HidManager::onUSBChange(int vid, int pid, bool enable)
 
 void HidManager::run()
 {
+    HidBackend::Handle handle = nullptr;
+    {
+        const std::lock_guard<std::mutex> lock(mHandleMutex);
+        handle = mHidDevice;
+    }
+    // close() frees the handle only after this loop has left, so it stays valid here.
     unsigned char buffer[kReportSize];
-    while (!mStopReading) {
-        HidBackend::Handle handle = nullptr;
-        {
-            const std::lock_guard<std::mutex> lock(mHandleMutex);
-            handle = mHidDevice;
-        }
-        // close() frees the handle only after this loop has left, so it stays valid here.
-        if (handle == nullptr || !mBackend->error(handle).isEmpty()) {
+    while (handle != nullptr && !mStopReading && !mLinkFailed) {
+        sendQueuedWrites(handle);
+        if (mLinkFailed) {
             break;
         }
         std::memset(buffer, 0, sizeof(buffer));
@@ -181,9 +246,10 @@ void HidManager::run()
             // Listeners copy the record before this returns: the buffer is reused.
             emit signalReceiveMessage(buffer, kReportSize);
         } else if (count < 0) {
-            // Pulled out: the plug detector reports it and the presenter closes the link.
-            qCWarning(lcDeviceHid) << "read failed; leaving the read loop";
-            break;
+            // Pulled out, or a descriptor in error: nobody reads any more.
+            linkFailed("read", mBackend->error(handle));
         }
     }
+    // Whoever frees the handle next takes this lock after the loop's last call on it.
+    const std::lock_guard<std::mutex> lock(mHandleMutex);
 }

@@ -73,7 +73,10 @@ void QtBleTransport::connectToDevice(const QString& address)
             });
     connect(mController.get(), &QLowEnergyController::discoveryFinished, this,
             &BleTransport::signalServiceScanDone);
+    connect(mController.get(), &QLowEnergyController::stateChanged, this,
+            &BleTransport::signalLinkStateChanged);
     mController->connectToDevice();
+    emit signalLinkStateChanged();
 }
 
 void QtBleTransport::releaseLink()
@@ -87,6 +90,7 @@ void QtBleTransport::releaseLink()
             controller->disconnectFromDevice();
         }
         controller->deleteLater();
+        emit signalLinkStateChanged();
     }
 }
 

@@ -4,11 +4,14 @@
 
 #include <cstring>
 #include <mutex>
-#include <vector>
 
 namespace {
 
 constexpr unsigned char kSyncWord = 0x9C;
+// The longest frame a header can describe: 8 subbands, 16 blocks, two channels, bitpool 255.
+constexpr int kMaxFrameLength = 4 + 8 + (16 * 2 * 255) / 8;
+// libsbc may read a little past the frame it is given.
+constexpr int kReadSlack = 16;
 
 struct Decoder {
     std::mutex mutex;
@@ -81,16 +84,18 @@ unsigned char crc(const unsigned char* frame, int frameLength)
     // CRC-8, polynomial 0x1D, start 0x0F, over header bytes 1-2, the join bits of joint
     // stereo and the scale factors, bit by bit from the most significant.
     const Header h = header(frame);
-    int bits = 16 + (h.mode == 3 ? h.subbands : 0) + 4 * h.subbands * h.channels;
-    std::vector<unsigned char> data;
-    data.push_back(frame[1]);
-    data.push_back(frame[2]);
-    for (int i = 4; i < frameLength && static_cast<int>(data.size()) * 8 < bits; ++i) {
-        data.push_back(frame[i]);
+    // At most 16 + 8 + 64 bits: a few bytes, on the stack (this runs for every audio frame).
+    const int bits = 16 + (h.mode == 3 ? h.subbands : 0) + 4 * h.subbands * h.channels;
+    unsigned char data[12] = {};
+    int size = 0;
+    data[size++] = frame[1];
+    data[size++] = frame[2];
+    for (int i = 4; i < frameLength && size * 8 < bits; ++i) {
+        data[size++] = frame[i];
     }
     unsigned char c = 0x0F;
-    for (int bit = 0; bit < bits; ++bit) {
-        const int value = (data[static_cast<size_t>(bit / 8)] >> (7 - bit % 8)) & 1;
+    for (int bit = 0; bit < bits && bit < size * 8; ++bit) {
+        const int value = (data[bit / 8] >> (7 - bit % 8)) & 1;
         const int top = (c >> 7) & 1;
         c = static_cast<unsigned char>(c << 1);
         if (top != value) {
@@ -142,11 +147,11 @@ int SBC_Decode(const unsigned char* in, int length, unsigned char* out, int* out
         resetLocked(d);
     }
     // libsbc may read a little past the frame it is given: it gets a padded copy.
-    std::vector<unsigned char> frame(static_cast<size_t>(size) + 16, 0);
-    std::memcpy(frame.data(), in, static_cast<size_t>(size));
+    unsigned char frame[kMaxFrameLength + kReadSlack] = {};
+    std::memcpy(frame, in, static_cast<size_t>(size));
     size_t written = 0;
-    const ssize_t consumed = sbc_decode(&d.sbc, frame.data(), static_cast<size_t>(size), out,
-                                        static_cast<size_t>(*outBytes), &written);
+    const ssize_t consumed =
+        sbc_decode(&d.sbc, frame, static_cast<size_t>(size), out, static_cast<size_t>(*outBytes), &written);
     if (consumed <= 0) {
         // A failed first frame leaves libsbc's synthesis set up wrongly for the good ones after.
         if (!d.decodedOne) {

@@ -11,10 +11,7 @@ VirtualBleTransport::VirtualBleTransport(const QString& socketPath, QObject* par
           socketPath, [this](int channel, const QByteArray& payload) { onFrame(channel, payload); },
           [this] {
               // No simulator, no mouse: the system holds nothing any more.
-              {
-                  const std::lock_guard<std::mutex> lock(mMutex);
-                  mSystemDevices.clear();
-              }
+              onFrame(VirtualDeviceConnection::BleSystemDevices, QByteArray());
               onFrame(VirtualDeviceConnection::BleLinkDown, QByteArray());
           }))
 {
@@ -55,23 +52,35 @@ void VirtualBleTransport::deliverFrames()
     for (const auto& frame : qAsConst(frames)) {
         const QByteArray& payload = frame.second;
         switch (frame.first) {
-            case VirtualDeviceConnection::BleSystemDevices:
-                for (const QString& address :
-                     QString::fromUtf8(payload).split(QLatin1Char('\n'), Qt::SkipEmptyParts)) {
-                    emit signalSystemDeviceConnected(address);
+            case VirtualDeviceConnection::BleSystemDevices: {
+                // The simulator sends the whole list on every change.
+                const QStringList addresses =
+                    QString::fromUtf8(payload).split(QLatin1Char('\n'), Qt::SkipEmptyParts);
+                const QStringList before = mAnnounced;
+                mAnnounced = addresses;
+                for (const QString& address : addresses) {
+                    if (!before.contains(address)) {
+                        emit signalSystemDeviceConnected(address);
+                    }
                 }
                 break;
-            case VirtualDeviceConnection::BleAdvert: {
-                const QStringList parts = QString::fromUtf8(payload).split(QLatin1Char('\n'));
-                emit signalDeviceDiscovered(Device{parts.value(0), parts.value(1), true});
-                break;
             }
+            case VirtualDeviceConnection::BleAdvert:
+                if (mDiscovering) {
+                    const QStringList parts = QString::fromUtf8(payload).split(QLatin1Char('\n'));
+                    emit signalDeviceDiscovered(Device{parts.value(0), parts.value(1), true});
+                }
+                break;
             case VirtualDeviceConnection::BleScanDone:
-                emit signalDiscoveryFinished();
+                if (mDiscovering) {
+                    mDiscovering = false;
+                    emit signalDiscoveryFinished();
+                }
                 break;
             case VirtualDeviceConnection::BleLinkUp:
                 if (mLink && payload == mConnectTag) {
                     mLinkUp = true;
+                    emit signalLinkStateChanged();
                     emit signalLinkConnected();
                 }
                 break;
@@ -83,6 +92,7 @@ void VirtualBleTransport::deliverFrames()
             case VirtualDeviceConnection::BleLinkDown:
                 if (mLink && mLinkUp) {
                     mLinkUp = false;
+                    emit signalLinkStateChanged();
                     emit signalLinkDisconnected();
                 }
                 break;
@@ -106,10 +116,18 @@ QStringList VirtualBleTransport::connectedAddresses()
 
 void VirtualBleTransport::startDiscovery()
 {
+    mDiscovering = true;
     mConnection->send(VirtualDeviceConnection::BleScanStart, QByteArray());
 }
 
-void VirtualBleTransport::stopDiscovery() {}
+void VirtualBleTransport::stopDiscovery()
+{
+    // A stopped scan ends like the system's: one finish, nothing after it.
+    if (mDiscovering) {
+        mDiscovering = false;
+        emit signalDiscoveryFinished();
+    }
+}
 
 void VirtualBleTransport::connectToDevice(const QString& address)
 {
@@ -131,6 +149,7 @@ void VirtualBleTransport::releaseLink()
         mLink = false;
         mLinkUp = false;
         mConnection->send(VirtualDeviceConnection::BleDisconnect, QByteArray());
+        emit signalLinkStateChanged();
     }
 }
 

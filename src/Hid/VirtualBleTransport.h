@@ -44,6 +44,11 @@ private:
     QList<QPair<int, QByteArray>> mFrames;  // from the socket's thread
     QStringList mSystemDevices;
 
+    // This object's thread: what the system's list held last time (only addresses new to it
+    // are connections) and whether a scan runs (a cancelled one reports nothing more).
+    QStringList mAnnounced;
+    bool mDiscovering = false;
+
     bool mLink = false;
     int mAttempt = 0;        // numbers the connects, so a late answer to an old one is ignored
     QByteArray mConnectTag;  // "address\nattempt" of the link in use

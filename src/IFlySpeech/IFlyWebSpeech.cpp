@@ -144,6 +144,11 @@ qint64 IFlyWebSpeech::connectionAgeMs() const
 
 void IFlyWebSpeech::onConnected()
 {
+    if (mRunning != 1) {
+        // Stopped while connecting: nobody waits for this connection.
+        dropSocket();
+        return;
+    }
     if (mRestarting) {
         mRestarting = false;
         return;
@@ -295,7 +300,7 @@ void IFlyWebSpeech::onReceiver(const QString& text)
             mRunning = 0;
         } else {
             // The aborted socket no longer tells us: the renewal goes on here.
-            QTimer::singleShot(50, this, &IFlyWebSpeech::connectSocket);
+            QTimer::singleShot(50, this, &IFlyWebSpeech::reconnect);
         }
     }
 }
@@ -303,7 +308,23 @@ void IFlyWebSpeech::onReceiver(const QString& text)
 void IFlyWebSpeech::onDisconnected()
 {
     if (mRestarting) {
-        QTimer::singleShot(50, this, &IFlyWebSpeech::connectSocket);
+        QTimer::singleShot(50, this, &IFlyWebSpeech::reconnect);
+    }
+}
+
+void IFlyWebSpeech::reconnect()
+{
+    // A stop() during the wait has ended the session.
+    if (mRunning == 1 && mRestarting) {
+        connectSocket();
+    }
+}
+
+void IFlyWebSpeech::dropSocket()
+{
+    if (socket) {
+        socket->disconnect(this);
+        socket->abort();
     }
 }
 
@@ -313,6 +334,9 @@ void IFlyWebSpeech::stop()
         return;
     }
     mRunning = 0;
+    // Between the last reply of a renewed connection and the next one standing, no last reply
+    // is coming that would end the session.
+    const bool betweenConnections = mRestarting && !isConnected();
     if (socket) {
         sendEndFrame();
     }
@@ -321,4 +345,8 @@ void IFlyWebSpeech::stop()
     }
     mRestarting = false;
     mTimerIdle.stop();
+    if (betweenConnections) {
+        dropSocket();
+        emit signalEnd();
+    }
 }

@@ -68,6 +68,7 @@ private slots:
     void onReceiver(const QString& text);
     void onDisconnected();
     void connectSocket();
+    void reconnect();
 
 private:
     friend class Singleton<IFlyWebSpeech>;
@@ -76,6 +77,7 @@ private:
     void sendAudio(const QByteArray& data);
     void sendEndFrame();
     void sendFrame(const QJsonObject& frame);
+    void dropSocket();
     bool isConnected() const;
     qint64 connectionAgeMs() const;
 

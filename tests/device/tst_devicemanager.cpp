@@ -88,6 +88,7 @@ private slots:
     void bluetoothAudioHoldsTheChannel();
     void readyAndLinkState();
     void readThreadAndControllerThreadTogether();
+    void bluetoothStateFromTheControllerThread();
     void anyRecordIsSafe();
 };
 
@@ -107,7 +108,10 @@ void TestDeviceManager::replies_data()
                                   << "signalDpiLevelValue" << QVariantList{800, 1600, 2400};
     QTest::newRow("no level values") << reply(1, 6, 10, {}, false) << "signalDpiThreeLevelFunction"
                                      << QVariantList{};
-    QTest::newRow("packet mode") << reply(1, 6, 11, {0x03}) << "signalAudioPacketMode" << QVariantList{1};
+    QTest::newRow("packet mode bit 1")
+        << reply(1, 6, 11, {0x02}) << "signalAudioPacketMode" << QVariantList{1};
+    QTest::newRow("packet mode bit 0 only")
+        << reply(1, 6, 11, {0x01}) << "signalAudioPacketMode" << QVariantList{0};
     QTest::newRow("remote flash") << reply(1, 4, 11, {0x11, 0x22, 0x33, 0x44, 0x55, 0x66, 0x77, 0x8a})
                                   << "signalRemoteFlashID"
                                   << QVariantList{QStringLiteral("112233445566778A")};
@@ -118,6 +122,10 @@ void TestDeviceManager::replies_data()
     QTest::newRow("audio enable") << reply(6, 8, 6, {1, 0}) << "signalAudioEnable" << QVariantList{true};
     QTest::newRow("module") << reply(1, 4, 10, {0x0a, 0x0b, 0x0c, 0x2b, 2, 20, 50}) << "signalModule"
                             << QVariantList{1, 1, 0, 2, QStringLiteral("0A0B0C"), 1};
+    QTest::newRow("module shake only") << reply(1, 4, 10, {0, 0, 0, 0x01}) << "signalModule"
+                                       << QVariantList{0, 1, 0, 0, QStringLiteral("000000"), 0};
+    QTest::newRow("module lamplight only") << reply(1, 4, 10, {0, 0, 0, 0x02}) << "signalModule"
+                                           << QVariantList{1, 0, 0, 0, QStringLiteral("000000"), 0};
     QTest::newRow("active notice") << deviceEvent(11, {0}) << "signalMouseActive" << QVariantList{false};
     QTest::newRow("power plug") << deviceEvent(111, {0, 0, 0x08}) << "signalDevicePowerPlugIn"
                                 << QVariantList{true};
@@ -243,6 +251,7 @@ void TestDeviceManager::keyPassThrough()
     }
     QCOMPARE(clicks.size(), 1);
     QVERIFY(!rig.device.isKeyTimerActive());  // nothing in progress: no ticks
+
     // The press asked for audio on the Bluetooth path, which is closed here: nothing sent.
     QVERIFY(rig.bleTransport.writes.isEmpty());
 }
@@ -340,6 +349,32 @@ void TestDeviceManager::readThreadAndControllerThreadTogether()
     stop = true;
     controller.join();
     rig.device.close();
+}
+
+void TestDeviceManager::bluetoothStateFromTheControllerThread()
+{
+    // The controller polls state() while the main thread attaches and lets go of the link.
+    Rig rig;
+    rig.attachBle();
+    std::atomic<bool> stop{false};
+    std::atomic<int> polls{0};
+    std::thread controller([&] {
+        while (!stop) {
+            rig.device.state();
+            ++polls;
+        }
+    });
+    for (int i = 0; i < 100; ++i) {
+        rig.device.close();
+        rig.attachBle();
+    }
+    QTRY_VERIFY(polls > 100);
+    stop = true;
+    controller.join();
+    QCOMPARE(rig.bleTransport.offThreadCalls.load(), 0);
+    QCOMPARE(rig.device.state(), 1);
+    rig.device.close();
+    QCOMPARE(rig.device.state(), 0);
 }
 
 void TestDeviceManager::anyRecordIsSafe()

@@ -3,11 +3,15 @@
 #include "Hid/DeviceManager.h"
 #include "Hid/HidManager.h"
 #include "Hid/VirtualBleTransport.h"
+#include "Hid/VirtualDeviceConnection.h"
 
 #include <QFile>
+#include <QLocalServer>
+#include <QLocalSocket>
 #include <QProcess>
 #include <QSignalSpy>
 #include <QStandardPaths>
+#include <QTemporaryDir>
 #include <QtEndian>
 #include <QtMath>
 #include <QtTest>
@@ -19,6 +23,7 @@ private slots:
     void attachTalkListenAndLose();
     void scanFindsAndAttaches();
     void linkLostInMidAudio();
+    void systemListAndScanAsTheSystemStackTellsThem();
 
 private:
     bool waitForLine(QProcess& sim, const QString& line, int timeoutMs = 5000);
@@ -207,6 +212,52 @@ void TestVirtualBluetooth::linkLostInMidAudio()
     QTRY_COMPARE(device.state(), 0);
     QVERIFY(!device.isConnected());
     delete sim;
+}
+
+void TestVirtualBluetooth::systemListAndScanAsTheSystemStackTellsThem()
+{
+    // A stand-in for the simulator, to send exactly these frames.
+    QTemporaryDir dir;
+    QLocalServer server;
+    QVERIFY(server.listen(dir.filePath(QStringLiteral("sim"))));
+    VirtualBleTransport transport(dir.filePath(QStringLiteral("sim")));
+    QVERIFY(server.waitForNewConnection(3000));
+    QLocalSocket* sim = server.nextPendingConnection();
+    auto send = [sim](int channel, const char* payload) {
+        sim->write(VirtualDeviceConnection::frame(channel, QByteArray(payload)));
+        sim->flush();
+    };
+    QSignalSpy connected(&transport, &BleTransport::signalSystemDeviceConnected);
+    QSignalSpy found(&transport, &BleTransport::signalDeviceDiscovered);
+    QSignalSpy finished(&transport, &BleTransport::signalDiscoveryFinished);
+
+    // The list comes again on every change: only an address new to it is a connection.
+    send(VirtualDeviceConnection::BleSystemDevices, "C8:47:8C:00:00:01");
+    send(VirtualDeviceConnection::BleSystemDevices, "C8:47:8C:00:00:01\nC8:47:8C:00:00:02");
+    send(VirtualDeviceConnection::BleSystemDevices, "C8:47:8C:00:00:02\nC8:47:8C:00:00:01");
+    send(VirtualDeviceConnection::BleSystemDevices, "C8:47:8C:00:00:02");
+    send(VirtualDeviceConnection::BleSystemDevices, "C8:47:8C:00:00:02\nC8:47:8C:00:00:01");
+    QTRY_COMPARE(connected.size(), 3);
+    QCOMPARE(connected.at(2).at(0).toString(), QStringLiteral("C8:47:8C:00:00:01"));
+
+    // A scan that runs its course.
+    transport.startDiscovery();
+    send(VirtualDeviceConnection::BleAdvert, "C8:47:8C:5A:01:02\nSorbeta");
+    send(VirtualDeviceConnection::BleScanDone, "");
+    QTRY_COMPARE(finished.size(), 1);
+    QCOMPARE(found.size(), 1);
+
+    // A cancelled scan ends at once, and what was still on its way for it is not told.
+    transport.startDiscovery();
+    transport.stopDiscovery();
+    QCOMPARE(finished.size(), 2);
+    transport.stopDiscovery();
+    send(VirtualDeviceConnection::BleAdvert, "C8:47:8C:5A:01:02\nSorbeta");
+    send(VirtualDeviceConnection::BleScanDone, "");
+    send(VirtualDeviceConnection::BleSystemDevices, "C8:47:8C:00:00:03");
+    QTRY_COMPARE(connected.size(), 4);
+    QCOMPARE(found.size(), 1);
+    QCOMPARE(finished.size(), 2);
 }
 
 QTEST_GUILESS_MAIN(TestVirtualBluetooth)

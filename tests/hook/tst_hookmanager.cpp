@@ -90,7 +90,10 @@ void TestHookManager::rightButtonIsKeyTwo()
     QSignalSpy longClick(hook, &HookManager::signalLongClickListener);
     QSignalSpy paddle(hook, &HookManager::signalPaddleWords);
     hook->OnMouseEvent(HookManager::RightMouseDown, 0, 0);
-    ticks(hook, 50);
+    ticks(hook, 49);
+    QCOMPARE(longClick.size(), 0);
+    ticks(hook, 1);  // held for 500 ms
+    QCOMPARE(longClick.size(), 1);
     hook->OnMouseEvent(HookManager::RightMouseUp, 300, 300);
     QCOMPARE(longClick.size(), 2);
     QCOMPARE(longClick.at(0), QVariantList({2, 1}));

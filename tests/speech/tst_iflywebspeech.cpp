@@ -70,9 +70,13 @@ private slots:
     void framesOfASession();
     void correctionsAndTheLastReply();
     void renewalAfter45Seconds();
+    void stopBetweenRenewedConnections();
     void idleStopAndVolume();
 
 private:
+    // Runs a session into a renewal whose last reply has just come.
+    // The service takes no new connection from then on if told so.
+    static bool renewUntilLastReply(IFlyWebSpeech& speech, FakeDictation& fake, bool holdNextConnection);
     IFlyWebSpeech::Service service(const FakeDictation& fake) const
     {
         return {QUrl(QStringLiteral("ws://127.0.0.1:%1/v2/iat").arg(fake.server.serverPort())),
@@ -220,6 +224,63 @@ void TestIFlyWebSpeech::renewalAfter45Seconds()
                                         .toString()
                                         .toLatin1()),
              packet(7));
+}
+
+bool TestIFlyWebSpeech::renewUntilLastReply(IFlyWebSpeech& speech, FakeDictation& fake,
+                                            bool holdNextConnection)
+{
+    QSignalSpy begin(&speech, &IFlyWebSpeech::signalBegin);
+    QSignalSpy result(&speech, &IFlyWebSpeech::signalResult);
+    speech.start(QStringLiteral("zh_cn"), QStringLiteral("mandarin"), 0);
+    if (!begin.wait(5000)) {
+        return false;
+    }
+    speech.addConnectionAge(46000);
+    for (int i = 0; i < 60 && !speech.isRestarting(); ++i) {
+        speech.onAudioData(packet(0));
+    }
+    if (holdNextConnection) {
+        fake.server.pauseAccepting();
+    }
+    fake.send(reply({QStringLiteral("第一段")}, QStringLiteral("apd"), true));
+    // Returns at the reply, before the reconnection that follows it has run.
+    return speech.isRestarting() && result.wait(5000);
+}
+
+void TestIFlyWebSpeech::stopBetweenRenewedConnections()
+{
+    {
+        // Stopped in the short wait before the new connection: the session ends there.
+        FakeDictation fake;
+        QVERIFY(fake.start());
+        IFlyWebSpeech speech(nullptr, service(fake), [] { return 1; });
+        QSignalSpy begin(&speech, &IFlyWebSpeech::signalBegin);
+        QSignalSpy end(&speech, &IFlyWebSpeech::signalEnd);
+        QVERIFY(renewUntilLastReply(speech, fake, false));
+        speech.stop();
+        QTRY_COMPARE(end.size(), 1);
+        QTest::qWait(200);
+        QCOMPARE(fake.requests.size(), 1);
+        QCOMPARE(begin.size(), 1);
+        QVERIFY(!speech.isRunning());
+    }
+    {
+        // Stopped while the new connection is being made: it is dropped when it stands.
+        FakeDictation fake;
+        QVERIFY(fake.start());
+        IFlyWebSpeech speech(nullptr, service(fake), [] { return 1; });
+        QSignalSpy begin(&speech, &IFlyWebSpeech::signalBegin);
+        QSignalSpy end(&speech, &IFlyWebSpeech::signalEnd);
+        QVERIFY(renewUntilLastReply(speech, fake, true));
+        QTest::qWait(150);
+        speech.stop();
+        QTRY_COMPARE(end.size(), 1);
+        fake.server.resumeAccepting();
+        QTest::qWait(300);
+        QCOMPARE(begin.size(), 1);
+        QCOMPARE(end.size(), 1);
+        QVERIFY(!speech.isRunning());
+    }
 }
 
 void TestIFlyWebSpeech::idleStopAndVolume()

@@ -7,6 +7,23 @@ void FakeBleTransport::connectToDevice(const QString& address)
     calls << QStringLiteral("connect ") + address;
     link = true;
     linkOpen = true;
+    emit signalLinkStateChanged();
+}
+
+bool FakeBleTransport::hasLink() const
+{
+    if (QThread::currentThread() != thread()) {
+        ++offThreadCalls;
+    }
+    return link;
+}
+
+bool FakeBleTransport::isLinkOpen() const
+{
+    if (QThread::currentThread() != thread()) {
+        ++offThreadCalls;
+    }
+    return link && linkOpen;
 }
 
 void FakeBleTransport::releaseLink()
@@ -17,6 +34,7 @@ void FakeBleTransport::releaseLink()
     link = false;
     linkOpen = false;
     service = false;
+    emit signalLinkStateChanged();
 }
 
 bool FakeBleTransport::openService(const QString& serviceUuid)

@@ -4,6 +4,8 @@
 
 #include <QThread>
 
+#include <atomic>
+
 // A scripted Bluetooth stack: the test says which devices the system holds, what a scan
 // finds, and answers connects itself through the signals; every call is logged.
 class FakeBleTransport : public BleTransport {
@@ -19,14 +21,17 @@ public:
     bool service = false;
     bool hasNotifyDescriptor = true;
     bool hasWriteCharacteristic = true;
+    // Calls on the link from another thread than the transport's: the Bluetooth stack is not
+    // made for them.
+    mutable std::atomic<int> offThreadCalls{0};
 
     QStringList connectedAddresses() override { return systemConnected; }
     void startDiscovery() override { calls << QStringLiteral("scan"); }
     void stopDiscovery() override { calls << QStringLiteral("stop scan"); }
     void connectToDevice(const QString& address) override;
     void releaseLink() override;
-    bool hasLink() const override { return link; }
-    bool isLinkOpen() const override { return link && linkOpen; }
+    bool hasLink() const override;
+    bool isLinkOpen() const override;
     void discoverServices() override { calls << QStringLiteral("discover"); }
     bool openService(const QString& serviceUuid) override;
     void releaseService() override { service = false; }

@@ -1,7 +1,15 @@
 #include "FakeHidBackend.h"
 
+#include <QtGlobal>
+
 #include <chrono>
 #include <cstring>
+#include <cwchar>
+
+FakeHidBackend::~FakeHidBackend()
+{
+    delete[] mLastError;
+}
 
 void FakeHidBackend::setInterfaces(const QList<Interface>& interfaces)
 {
@@ -34,10 +42,26 @@ void FakeHidBackend::pullOut()
     mReportReady.notify_all();
 }
 
+void FakeHidBackend::failNextRead()
+{
+    {
+        const std::lock_guard<std::mutex> lock(mMutex);
+        mFailNextRead = true;
+    }
+    mReportReady.notify_all();
+}
+
 QList<QByteArray> FakeHidBackend::writes() const
 {
+    // A list of its own: a shared one would be grown by the read thread while the test drops
+    // its reference, and Qt's sharing count is not ordered for that.
     const std::lock_guard<std::mutex> lock(mMutex);
-    return mWrites;
+    QList<QByteArray> copy;
+    copy.reserve(mWrites.size());
+    for (const QByteArray& write : mWrites) {
+        copy.append(write);
+    }
+    return copy;
 }
 
 QString FakeHidBackend::openedPath() const
@@ -50,12 +74,6 @@ int FakeHidBackend::openHandles() const
 {
     const std::lock_guard<std::mutex> lock(mMutex);
     return mOpenHandles;
-}
-
-bool FakeHidBackend::readInProgressOnClose() const
-{
-    const std::lock_guard<std::mutex> lock(mMutex);
-    return mClosedDuringRead;
 }
 
 bool FakeHidBackend::init()
@@ -84,46 +102,87 @@ HidBackend::Handle FakeHidBackend::openPath(const QString& path)
     return nullptr;
 }
 
+void FakeHidBackend::enter()
+{
+    if (mCallsInFlight.fetch_add(1) != 0) {
+        qFatal("two calls on one HID handle at the same time");
+    }
+}
+
+void FakeHidBackend::leave()
+{
+    mCallsInFlight.fetch_sub(1);
+}
+
+void FakeHidBackend::setError(const wchar_t* text)
+{
+    // Freed and replaced, as the library does with its string.
+    delete[] mLastError;
+    mLastError = nullptr;
+    if (text != nullptr) {
+        mLastError = new wchar_t[std::wcslen(text) + 1];
+        std::wcscpy(mLastError, text);
+    }
+}
+
 int FakeHidBackend::readTimeout(Handle, unsigned char* buffer, int length, int milliseconds)
 {
-    std::unique_lock<std::mutex> lock(mMutex);
-    ++mReadsInProgress;
-    mReportReady.wait_for(lock, std::chrono::milliseconds(milliseconds),
-                          [this] { return mPulledOut || !mReports.empty(); });
+    enter();
+    setError(nullptr);
     int result = 0;
-    if (mPulledOut) {
-        result = -1;
-    } else if (!mReports.empty()) {
-        const QByteArray report = mReports.front();
-        mReports.pop_front();
-        result = std::min(length, static_cast<int>(report.size()));
-        std::memcpy(buffer, report.constData(), static_cast<size_t>(result));
+    {
+        std::unique_lock<std::mutex> lock(mMutex);
+        mReportReady.wait_for(lock, std::chrono::milliseconds(milliseconds),
+                              [this] { return mPulledOut || mFailNextRead || !mReports.empty(); });
+        if (mPulledOut || mFailNextRead) {
+            // The descriptor reported an error: no string is left for it.
+            mFailNextRead = false;
+            result = -1;
+        } else if (!mReports.empty()) {
+            const QByteArray report = mReports.front();
+            mReports.pop_front();
+            result = std::min(length, static_cast<int>(report.size()));
+            std::memcpy(buffer, report.constData(), static_cast<size_t>(result));
+        }
     }
-    --mReadsInProgress;
+    leave();
     return result;
 }
 
 int FakeHidBackend::write(Handle, const unsigned char* data, int length)
 {
-    const std::lock_guard<std::mutex> lock(mMutex);
-    if (mPulledOut) {
-        return -1;
+    enter();
+    setError(nullptr);
+    bool gone = false;
+    {
+        const std::lock_guard<std::mutex> lock(mMutex);
+        gone = mPulledOut;
+        if (!gone) {
+            mWrites.append(QByteArray(reinterpret_cast<const char*>(data), length));
+        }
     }
-    mWrites.append(QByteArray(reinterpret_cast<const char*>(data), length));
-    return length;
+    if (gone) {
+        setError(L"No such device");
+    }
+    leave();
+    return gone ? -1 : length;
 }
 
 void FakeHidBackend::close(Handle)
 {
-    const std::lock_guard<std::mutex> lock(mMutex);
-    if (mReadsInProgress > 0) {
-        mClosedDuringRead = true;
+    enter();
+    setError(nullptr);
+    {
+        const std::lock_guard<std::mutex> lock(mMutex);
+        --mOpenHandles;
     }
-    --mOpenHandles;
+    leave();
 }
 
 QString FakeHidBackend::error(Handle)
 {
-    const std::lock_guard<std::mutex> lock(mMutex);
-    return mPulledOut ? QStringLiteral("device disconnected") : QString();
+    enter();
+    const QString text = mLastError != nullptr ? QString::fromWCharArray(mLastError) : QString();
+    leave();
+    return text;
 }
