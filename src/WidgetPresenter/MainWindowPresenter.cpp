@@ -105,9 +105,9 @@ void MainWindowPresenter::initDatas(const Collaborators& collaborators)
     }
 
     // 7. The ladders and the version check.
-    mTimerDeviceController =
-        std::make_unique<CustomTimer>(kDeviceControllerMs, [this] { onTimerDeviceController(); });
-    connect(makeTimer(TimerDeviceMessage, kDeviceMessageMs, false), &QTimer::timeout, this,
+    mTimerDeviceController = std::make_unique<CustomTimer>(collaborators.deviceControllerMs,
+                                                           [this] { onTimerDeviceController(); });
+    connect(makeTimer(TimerDeviceMessage, collaborators.deviceMessageMs, false), &QTimer::timeout, this,
             &MainWindowPresenter::onTimerDeviceMessage);
     connect(makeTimer(TimerHttpController, kHttpControllerMs, false), &QTimer::timeout, this,
             &MainWindowPresenter::onTimerHttpController);

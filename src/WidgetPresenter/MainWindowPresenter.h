@@ -73,6 +73,9 @@ public:
         ConsoleNotices* notices = nullptr;
         // Width of the primary screen's available area; the primary screen when unset.
         std::function<int()> screenWidth;
+        // The two device ladders' cadence; tests run them faster.
+        int deviceControllerMs = kDeviceControllerMs;
+        int deviceMessageMs = kDeviceMessageMs;
     };
 
     // The steps of the HTTP ladder, in the order they are taken and retried.

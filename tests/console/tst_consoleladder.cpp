@@ -1,5 +1,6 @@
 #include "ConsoleRig.h"
 #include "Hid/DeviceMessage.h"
+#include "Hid/UsbChangeWorker.h"
 #include "Hid/VirtualHidBackend.h"
 #include "Http/HttpManager.h"
 #include "MouseSimulator.h"
@@ -19,11 +20,20 @@ namespace {
 
 constexpr int kVid = 0x3151;
 constexpr int kPid = 0x4011;
+// Both device ladders tick this fast here; what counts is the number of ticks.
+constexpr int kTickMs = 40;
 
 // The line the simulator prints when the application writes this record.
 QString out(const st_small_base_com_msg& record)
 {
     return QStringLiteral("out ") + QString::fromLatin1(record.toByteArray(31).toHex(' '));
+}
+
+// Waits until the device message loop has ticked n more times.
+bool waitTicks(MainWindowPresenter* presenter, int n)
+{
+    QSignalSpy ticks(presenter->timer(MainWindowPresenter::TimerDeviceMessage), &QTimer::timeout);
+    return QTest::qWaitFor([&] { return ticks.size() >= n; }, 100 * n * kTickMs);
 }
 
 void saveNumbers(UserPreferences& p, int vid, int pid)
@@ -93,6 +103,7 @@ void TestConsoleLadder::asleepMouseWaitsThenSettingsReachIt()
     QVERIFY(sim);
     VirtualHidBackend link(mSocketPath);
     ConsoleRig rig(&link);
+    rig.tickMs = kTickMs;
     rig.prepare([](UserPreferences& p) { saveNumbers(p, kVid, kPid); });
     MainWindowPresenter* presenter = rig.start();
     presenter->onInternetStateChange(false);  // no backend: the saved branding counts
@@ -102,7 +113,7 @@ void TestConsoleLadder::asleepMouseWaitsThenSettingsReachIt()
     QVERIFY(sim->waitForLine(QStringLiteral("open")));
     sim->command("active 0");
     QTRY_VERIFY(presenter->deviceStatus().activeKnown);
-    QTest::qWait(3 * MainWindowPresenter::kDeviceControllerMs);
+    QVERIFY(waitTicks(presenter, 4));
     QVERIFY(!sim->hasLine(out(DM::getDongleFlashID())));
     QVERIFY(!sim->hasLine(out(DM::getDPILevelValue())));
     QVERIFY(!presenter->deviceStatus().dongleIdKnown);
@@ -117,16 +128,22 @@ void TestConsoleLadder::asleepMouseWaitsThenSettingsReachIt()
     QVERIFY(rig.view.calls.contains(QStringLiteral("setVipFunction(true)")));
     QVERIFY(!rig.errors().contains(1));
 
-    // A switch on the page reaches the mouse by the message loop within five ticks.
+    // A switch on the page reaches the mouse within five ticks of the message loop, here
+    // ticked by hand.
+    presenter->timer(MainWindowPresenter::TimerDeviceMessage)->stop();
     presenter->onCheckShake(false);
-    QVERIFY(sim->waitForLine(out(DM::setShake(false)), 3500));
+    for (int tick = 0; tick < 5; ++tick) {
+        presenter->onTimerDeviceMessage();
+    }
+    QVERIFY(sim->waitForLine(out(DM::setShake(false))));
+    presenter->timer(MainWindowPresenter::TimerDeviceMessage)->start();
     QTRY_VERIFY(!presenter->deviceStatus().shake.status);
 
     // Asleep again: everything waits, the link stays.
     sim->command("active 0");
     QTRY_VERIFY(!presenter->deviceStatus().mouseActive);
     presenter->onCheckShake(true);
-    QTest::qWait(6 * MainWindowPresenter::kDeviceMessageMs);
+    QVERIFY(waitTicks(presenter, 6));
     QVERIFY(!sim->hasLine(out(DM::setShake(true))));
     QCOMPARE(rig.device.state(), 1);
     QVERIFY(!sim->hasLine(QStringLiteral("closed")));
@@ -138,6 +155,7 @@ void TestConsoleLadder::unplugAndReplug()
     QVERIFY(sim);
     VirtualHidBackend link(mSocketPath);
     ConsoleRig rig(&link);
+    rig.tickMs = kTickMs;
     rig.prepare([](UserPreferences& p) {
         saveNumbers(p, kVid, kPid);
         p.delayOpenDeviceTime = 300;
@@ -147,7 +165,16 @@ void TestConsoleLadder::unplugAndReplug()
     QTRY_VERIFY_WITH_TIMEOUT(presenter->isDeviceInitialised(), 15000);
     QCOMPARE(presenter->timer(MainWindowPresenter::TimerDeviceDelayOpen)->interval(), 300);
 
-    sim->command("unplug");
+    // The plug watch looks now rather than at its next second. Its first look is not
+    // announced: it only learns what is there.
+    auto plug = [&sim, &rig](const QByteArray& command) {
+        sim->command(command);
+        sim->command("echo " + command);
+        return sim->waitForLine(QString::fromLatin1(command)) &&
+               QMetaObject::invokeMethod(rig.hid.changeWorker(), "onCheck", Qt::BlockingQueuedConnection);
+    };
+    QVERIFY(QMetaObject::invokeMethod(rig.hid.changeWorker(), "onCheck", Qt::BlockingQueuedConnection));
+    QVERIFY(plug("unplug"));
     QTRY_VERIFY_WITH_TIMEOUT(rig.errors().contains(1), 1000);
     QCOMPARE(rig.view.callsOf(QStringLiteral("updateSystemTray")).last(),
              QStringLiteral("updateSystemTray(1)"));
@@ -158,7 +185,7 @@ void TestConsoleLadder::unplugAndReplug()
     // Parked: the delay repeats until the receiver comes back.
     QVERIFY(!presenter->timer(MainWindowPresenter::TimerDeviceDelayOpen)->isSingleShot());
 
-    sim->command("plug");
+    QVERIFY(plug("plug"));
     QTRY_COMPARE(rig.notices.shown.size(), 2);
     QCOMPARE(rig.notices.shown.last(), QStringLiteral("change(true)"));
     QVERIFY(presenter->timer(MainWindowPresenter::TimerDeviceDelayOpen)->isSingleShot());
@@ -176,6 +203,7 @@ void TestConsoleLadder::onlineLadderOpensFromTheListAndRegisters()
     const int registeredBefore = mServices.uploads().entries(QStringLiteral("/device/register")).size();
     VirtualHidBackend link(mSocketPath);
     ConsoleRig rig(&link);
+    rig.tickMs = kTickMs;
     // Numbers of a receiver that is not there: the backend's list finds the one that is.
     rig.prepare([](UserPreferences& p) { saveNumbers(p, 0x2222, 0x1111); });
     MainWindowPresenter* presenter = rig.start(http.get());
@@ -237,6 +265,7 @@ void TestConsoleLadder::zeroDongleIsNeverRegistered()
     const int registeredBefore = mServices.uploads().entries(QStringLiteral("/device/register")).size();
     VirtualHidBackend link(mSocketPath);
     ConsoleRig rig(&link);
+    rig.tickMs = kTickMs;
     rig.prepare([](UserPreferences& p) { saveNumbers(p, kVid, kPid); });
     MainWindowPresenter* presenter = rig.start(http.get());
     QTRY_VERIFY_WITH_TIMEOUT(presenter->isConsoleDataComplete(), 20000);
@@ -251,6 +280,7 @@ void TestConsoleLadder::httpStepsRunInOrderAndRetry()
     auto http = backend();
     VirtualHidBackend noReceiver(mSocketPath + QStringLiteral(".absent"));
     ConsoleRig rig(&noReceiver);
+    rig.tickMs = kTickMs;
     MainWindowPresenter* presenter = rig.start(http.get());
     presenter->timer(P::TimerHttpController)->stop();  // ticks by hand from here
     http->setTimeout(200);
@@ -304,12 +334,14 @@ void TestConsoleLadder::openDelayOnlineAndOffline()
     VirtualHidBackend noReceiver(mSocketPath + QStringLiteral(".absent"));
     {
         ConsoleRig rig(&noReceiver);
+        rig.tickMs = kTickMs;
         rig.prepare([](UserPreferences& p) { p.delayOpenDeviceTime = 1234; });
         MainWindowPresenter* presenter = rig.start(http.get());
         presenter->onInternetStateChange(false);  // before the controller's request is handled
         QTRY_COMPARE(presenter->timer(MainWindowPresenter::TimerDeviceDelayOpen)->interval(), 1234);
     }
     ConsoleRig rig(&noReceiver);
+    rig.tickMs = kTickMs;
     rig.prepare([](UserPreferences& p) { p.delayOpenDeviceTime = 1234; });
     MainWindowPresenter* presenter = rig.start(http.get());
     // The backend's value (1000 in the stand-in's data) replaces the saved one.

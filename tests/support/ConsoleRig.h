@@ -55,11 +55,17 @@ struct ConsoleRig {
         c.http = http;
         c.notices = &notices;
         c.screenWidth = [screenWidth] { return screenWidth; };
+        if (tickMs > 0) {
+            c.deviceControllerMs = tickMs;
+            c.deviceMessageMs = tickMs;
+        }
         presenter = std::make_unique<MainWindowPresenter>(&view, c);
         return presenter.get();
     }
     QList<int> errors() const { return presenter->errorStatus(); }
 
+    // The cadence of both device ladders; 0 keeps the product's.
+    int tickMs = 0;
     HidManager hid;
     FakeBleTransport bleTransport;
     BLEManager ble{&bleTransport, nullptr};
