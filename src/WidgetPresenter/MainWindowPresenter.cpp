@@ -17,6 +17,8 @@
 #include <QThread>
 #include <QTimer>
 
+#include <chrono>
+
 namespace {
 
 int primaryScreenWidth()
@@ -27,18 +29,25 @@ int primaryScreenWidth()
 
 }  // namespace
 
+namespace {
+
+MainWindowPresenter::Collaborators processWide()
+{
+    MainWindowPresenter::Collaborators c;
+    c.device = DeviceManager::getInstance();
+    c.db = DBManager::getInstance();
+    c.http = HttpManager::getInstance();
+    c.hook = HookManager::getInstance();
+    c.internet = InternetUtils::getInstance();
+    c.autoRun = AppAutoRunUtils::getInstance();
+    c.record = RecordManager::getInstance();
+    return c;
+}
+
+}  // namespace
+
 MainWindowPresenter::MainWindowPresenter(MainWindowView* view, QObject* parent)
-    : MainWindowPresenter(view,
-                          Collaborators{DeviceManager::getInstance(),
-                                        DBManager::getInstance(),
-                                        HttpManager::getInstance(),
-                                        HookManager::getInstance(),
-                                        InternetUtils::getInstance(),
-                                        AppAutoRunUtils::getInstance(),
-                                        RecordManager::getInstance(),
-                                        nullptr,
-                                        {}},
-                          parent)
+    : MainWindowPresenter(view, processWide(), parent)
 {
 }
 
@@ -68,6 +77,11 @@ void MainWindowPresenter::initDatas(const Collaborators& collaborators)
     mRecordManager = collaborators.record;
     mNotices = collaborators.notices;
     mScreenWidth = collaborators.screenWidth ? collaborators.screenWidth : primaryScreenWidth;
+    mClockMs = collaborators.clockMs ? collaborators.clockMs : [] {
+        return qint64(std::chrono::duration_cast<std::chrono::milliseconds>(
+                          std::chrono::steady_clock::now().time_since_epoch())
+                          .count());
+    };
 
     auto makeTimer = [this](TimerId id, int interval, bool singleShot) {
         QTimer* timer = new QTimer(this);

@@ -56,6 +56,11 @@ public:
     static constexpr int kHttpTimeoutMs = 8000;
     static constexpr int kOpenWaitTicks = 200;
     static constexpr int kLevelValueTries = 5;
+    // A failing backend step is asked again at once this many times, then every kHttpBackoffMs.
+    static constexpr int kHttpQuickRetries = 2;
+    static constexpr int kHttpBackoffMs = 5000;
+    // The address report and the calendar phrase are given up for the run after this many tries.
+    static constexpr int kOptionalStepTries = 3;
     static constexpr char kAppVersion[] = "2.8.1.0";
     static constexpr char kNoDongleId[] = "0000000000000000";
 
@@ -76,6 +81,8 @@ public:
         // The two device ladders' cadence; tests run them faster.
         int deviceControllerMs = kDeviceControllerMs;
         int deviceMessageMs = kDeviceMessageMs;
+        // A monotonic clock in milliseconds for the backend's retry pauses; steady_clock when unset.
+        std::function<qint64()> clockMs;
     };
 
     // The steps of the HTTP ladder, in the order they are taken and retried.
@@ -117,6 +124,7 @@ public:
     QList<int> errorStatus() const { return mErrorStatus; }
     bool httpRequested(HttpStep step) const { return mHttpRequested[step]; }
     bool httpAnswered(HttpStep step) const { return mHttpAnswered[step]; }
+    bool httpGivenUp(HttpStep step) const { return mHttpGivenUp[step]; }
     bool isConsoleDataComplete() const { return mConsoleDataComplete; }
     bool isDeviceInitialised() const;
     bool isDeviceControllerRunning() const;
@@ -279,7 +287,8 @@ private:
     void runOnMain(std::function<void()> fn);
     void openSucceeded();
     void startDelayOpen(bool singleShot);
-    void httpStepFailed(HttpStep step);
+    void httpStepFailed(HttpStep step, const QString& reason);
+    void httpStepAnswered(HttpStep step);
     HttpRequest::TimeoutFunc onHttpTimeout(HttpStep step);
     HttpRequest::ErrorFunc onHttpError(HttpStep step);
     void persistPreferences();
@@ -338,6 +347,10 @@ private:
     bool mPowerHint = false;
     bool mHttpRequested[HttpStepCount] = {};
     bool mHttpAnswered[HttpStepCount] = {};
+    bool mHttpGivenUp[HttpStepCount] = {};
+    int mHttpFailures[HttpStepCount] = {};  // in a row, since the step last answered
+    qint64 mHttpRetryAt[HttpStepCount] = {};
+    std::function<qint64()> mClockMs;
     BatteryState mBattery;
     int mBlinkStep = 0;
     int mChargeStep = 0;

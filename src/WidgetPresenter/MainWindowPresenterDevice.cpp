@@ -305,16 +305,18 @@ void MainWindowPresenter::startDelayOpen(bool singleShot)
 void MainWindowPresenter::getDeviceOpenTime()
 {
     if (mIsInternet && mHttpManager != nullptr) {
-        if (mHttpRequested[StepDeviceOpenTime]) {
-            return;  // the ladder and the controller both ask; one request at a time
+        // The ladder and the controller both ask: one request at a time, and the pause after
+        // failures holds for both.
+        if (mHttpRequested[StepDeviceOpenTime] || mClockMs() < mHttpRetryAt[StepDeviceOpenTime]) {
+            return;
         }
         mHttpRequested[StepDeviceOpenTime] = true;
         mHttpManager->getDeviceOpenTime(guard([this](bool ok, DeviceOpenTime openTime) {
                                             if (!ok) {
-                                                mHttpRequested[StepDeviceOpenTime] = false;
+                                                httpStepFailed(StepDeviceOpenTime, QStringLiteral("refused"));
                                                 return;
                                             }
-                                            mHttpAnswered[StepDeviceOpenTime] = true;
+                                            httpStepAnswered(StepDeviceOpenTime);
                                             const Lock lock(mStatusMutex);
                                             mDeviceOpenTime = openTime;
                                             mUserPreferences.delayOpenDeviceTime = openTime.time;

@@ -36,6 +36,24 @@ bool waitTicks(MainWindowPresenter* presenter, int n)
     return QTest::qWaitFor([&] { return ticks.size() >= n; }, 100 * n * kTickMs);
 }
 
+// The console's log lines while it lives.
+class ConsoleLog {
+public:
+    ConsoleLog() : mPrevious(qInstallMessageHandler(&ConsoleLog::handle)) { sLines.clear(); }
+    ~ConsoleLog() { qInstallMessageHandler(mPrevious); }
+    int count(const QString& text) const { return sLines.filter(text).size(); }
+
+private:
+    static void handle(QtMsgType, const QMessageLogContext& context, const QString& message)
+    {
+        if (qstrcmp(context.category, "zorvane.console") == 0) {
+            sLines << message;
+        }
+    }
+    static inline QStringList sLines;
+    QtMessageHandler mPrevious;
+};
+
 void saveNumbers(UserPreferences& p, int vid, int pid)
 {
     p.saveVid = vid;
@@ -56,6 +74,7 @@ private slots:
     void onlineLadderOpensFromTheListAndRegisters();
     void zeroDongleIsNeverRegistered();
     void httpStepsRunInOrderAndRetry();
+    void optionalStepsGiveWayToRegistration();
     void openDelayOnlineAndOffline();
 
 private:
@@ -221,6 +240,7 @@ void TestConsoleLadder::onlineLadderOpensFromTheListAndRegisters()
     const UserPreferences saved = PreferencesUtils::getInstance()->getUserPreferences();
     QCOMPARE(saved.saveVid, kVid);
     QCOMPARE(saved.savePid, kPid);
+    QCOMPARE(saved.saveIpAddress, 1);  // a flag, not the id
     QCOMPARE(directUIs.size(), 1);
     QCOMPARE(directUIs.at(0).at(0).value<QList<DirectUI>>().size(), 4);
 
@@ -281,6 +301,9 @@ void TestConsoleLadder::httpStepsRunInOrderAndRetry()
     VirtualHidBackend noReceiver(mSocketPath + QStringLiteral(".absent"));
     ConsoleRig rig(&noReceiver);
     rig.tickMs = kTickMs;
+    qint64 now = 0;
+    rig.clockMs = [&now] { return now; };
+    ConsoleLog log;
     MainWindowPresenter* presenter = rig.start(http.get());
     presenter->timer(P::TimerHttpController)->stop();  // ticks by hand from here
     http->setTimeout(200);
@@ -293,11 +316,29 @@ void TestConsoleLadder::httpStepsRunInOrderAndRetry()
     QTRY_VERIFY(!presenter->httpRequested(P::StepAppVersion));
     QVERIFY(!presenter->httpAnswered(P::StepAppVersion));
     fault.clear();
-    // An error is retried the same way.
+    // Errors are retried the same way, at once the second time, then only after a pause.
     fault.httpStatus = 500;
+    for (int attempt = 0; attempt < 2; ++attempt) {
+        presenter->onTimerHttpController();
+        QVERIFY(presenter->httpRequested(P::StepAppVersion));
+        QTRY_VERIFY(!presenter->httpRequested(P::StepAppVersion));
+    }
+    now += P::kHttpBackoffMs - 1;
     presenter->onTimerHttpController();
+    QVERIFY(!presenter->httpRequested(P::StepAppVersion));
+    now += 1;
+    presenter->onTimerHttpController();
+    QVERIFY(presenter->httpRequested(P::StepAppVersion));
     QTRY_VERIFY(!presenter->httpRequested(P::StepAppVersion));
     fault.clear();
+    // The streak of four failures is written once, and its end once.
+    QCOMPARE(log.count(QStringLiteral("app version failed")), 1);
+    now += P::kHttpBackoffMs;
+    QTRY_VERIFY([&] {
+        presenter->onTimerHttpController();
+        return presenter->httpAnswered(P::StepAppVersion);
+    }());
+    QCOMPARE(log.count(QStringLiteral("app version")), 2);
 
     // Each step is asked only once the one before has answered. The device controller asks
     // for the open time on its own, so that step is left out of the order.
@@ -326,6 +367,32 @@ void TestConsoleLadder::httpStepsRunInOrderAndRetry()
     presenter->onInternetStateChange(true);
     QVERIFY(presenter->timer(P::TimerHttpController)->isActive());
     QVERIFY(!rig.errors().contains(3));
+}
+
+void TestConsoleLadder::optionalStepsGiveWayToRegistration()
+{
+    auto sim = simulator();
+    QVERIFY(sim);
+    auto http = backend();
+    mServices.fault(ServiceSet::IpLookup).httpStatus = 500;
+    const int registeredBefore = mServices.uploads().entries(QStringLiteral("/device/register")).size();
+    VirtualHidBackend link(mSocketPath);
+    ConsoleRig rig(&link);
+    rig.tickMs = kTickMs;
+    rig.prepare([](UserPreferences& p) { saveNumbers(p, kVid, kPid); });
+    MainWindowPresenter* presenter = rig.start(http.get());
+    QSignalSpy directUIs(presenter, &MainWindowPresenter::signalDirectUIsToInput);
+
+    // The address report is given up after a few tries; the mouse is registered without it.
+    QTRY_VERIFY_WITH_TIMEOUT(presenter->isConsoleDataComplete(), 20000);
+    mServices.fault(ServiceSet::IpLookup).clear();
+    QCOMPARE(directUIs.size(), 1);
+    QCOMPARE(mServices.uploads().entries(QStringLiteral("/device/register")).size(), registeredBefore + 1);
+    QVERIFY(presenter->httpGivenUp(MainWindowPresenter::StepIpInfo));
+    QVERIFY(presenter->httpGivenUp(MainWindowPresenter::StepUploadIpInfo));
+    QVERIFY(!presenter->httpGivenUp(MainWindowPresenter::StepCalendarPhrases));
+    QCOMPARE(presenter->deviceRecord().ip, 0);
+    QCOMPARE(PreferencesUtils::getInstance()->getUserPreferences().saveIpAddress, 0);
 }
 
 void TestConsoleLadder::openDelayOnlineAndOffline()

@@ -55,6 +55,7 @@ struct ConsoleRig {
         c.http = http;
         c.notices = &notices;
         c.screenWidth = [screenWidth] { return screenWidth; };
+        c.clockMs = clockMs;
         if (tickMs > 0) {
             c.deviceControllerMs = tickMs;
             c.deviceMessageMs = tickMs;
@@ -66,6 +67,8 @@ struct ConsoleRig {
 
     // The cadence of both device ladders; 0 keeps the product's.
     int tickMs = 0;
+    // The clock of the backend's retry pauses; the real one when unset.
+    std::function<qint64()> clockMs;
     HidManager hid;
     FakeBleTransport bleTransport;
     BLEManager ble{&bleTransport, nullptr};
