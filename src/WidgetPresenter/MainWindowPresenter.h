@@ -9,12 +9,14 @@
 #include <QList>
 #include <QObject>
 #include <QPointer>
+#include <QSet>
 #include <QString>
 
 #include <atomic>
 #include <functional>
 #include <memory>
 #include <mutex>
+#include <vector>
 
 class AppAutoRunUtils;
 class ConsoleNotices;
@@ -296,10 +298,13 @@ private:
     void checkImage(const QString& reference, std::function<void(QString)> setImage, bool defaultIfEmpty);
     void offerUpdate(const VersionInfo& vi);
     void checkDpiButton(int level);
-    void syncSetting(DeviceStatus::Setting& setting, void (DeviceManager::*get)(),
-                     void (DeviceManager::*set)(bool), bool* acted);
-    void syncLowbatReport(bool* acted);
-    void syncDpi();
+    bool deviceInsertStep(bool state);
+    bool deviceControllerStep(std::vector<std::function<void()>>* io);
+    void deviceMessageStep(std::vector<std::function<void()>>* io);
+    bool syncSetting(DeviceStatus::Setting& setting, void (DeviceManager::*get)(),
+                     void (DeviceManager::*set)(bool), std::vector<std::function<void()>>* io);
+    bool syncLowbatReport(std::vector<std::function<void()>>* io);
+    void syncDpi(std::vector<std::function<void()>>* io);
     void firstSettingReply(DeviceStatus::Setting& setting, bool enable,
                            void (MainWindowView::*setOnOff)(bool), void (MainWindowView::*setStatus)(bool));
     void selectDpi(int target);
@@ -342,6 +347,7 @@ private:
     QString mIpAddress;
     std::atomic<bool> mIsInternet{true};
     QList<int> mErrorStatus;
+    QSet<QString> mImageDownloads;  // pictures being fetched, by local path
     bool mConsoleDataComplete = false;
     bool mGuidanceShown = false;
     bool mPowerHint = false;

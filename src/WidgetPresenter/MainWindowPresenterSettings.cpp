@@ -38,7 +38,8 @@ void MainWindowPresenter::onDeviceDpi(int level)
 
 void MainWindowPresenter::onDeviceCpi(int value)
 {
-    const Lock lock(mStatusMutex);
+    std::unique_lock<std::recursive_mutex> lock(mStatusMutex);
+    bool persist = false;
     DeviceStatus& s = mDeviceStatus;
     s.dpiLevel.level000 = value;
     if (!s.dpiKnown) {
@@ -48,27 +49,35 @@ void MainWindowPresenter::onDeviceCpi(int value)
     } else if (value == s.targetDpi) {
         mView->setDeviceRadioLevel3Checked(true);
         mUserPreferences.dpiValue = value;
+        persist = true;
+    }
+    lock.unlock();
+    if (persist) {
         persistPreferences();
     }
 }
 
 void MainWindowPresenter::onChangeMouseDpiKey(int level)
 {
-    const Lock lock(mStatusMutex);
-    DeviceStatus& s = mDeviceStatus;
-    s.dpiLevel.level000 = level;
-    s.targetDpi = level;
-    s.dpiKnown = true;
-    checkDpiButton(level);
-    mUserPreferences.dpiValue = level;
+    {
+        const Lock lock(mStatusMutex);
+        DeviceStatus& s = mDeviceStatus;
+        s.dpiLevel.level000 = level;
+        s.targetDpi = level;
+        s.dpiKnown = true;
+        checkDpiButton(level);
+        mUserPreferences.dpiValue = level;
+    }
     persistPreferences();
 }
 
 void MainWindowPresenter::selectDpi(int target)
 {
-    const Lock lock(mStatusMutex);
-    mDeviceStatus.targetDpi = target;
-    mUserPreferences.dpiValue = target;
+    {
+        const Lock lock(mStatusMutex);
+        mDeviceStatus.targetDpi = target;
+        mUserPreferences.dpiValue = target;
+    }
     persistPreferences();
 }
 

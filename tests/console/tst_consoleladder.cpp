@@ -316,6 +316,7 @@ void TestConsoleLadder::httpStepsRunInOrderAndRetry()
     QTRY_VERIFY(!presenter->httpRequested(P::StepAppVersion));
     QVERIFY(!presenter->httpAnswered(P::StepAppVersion));
     fault.clear();
+    http->setTimeout(MainWindowPresenter::kHttpTimeoutMs);  // no more time-outs from a busy machine
     // Errors are retried the same way, at once the second time, then only after a pause.
     fault.httpStatus = 500;
     for (int attempt = 0; attempt < 2; ++attempt) {
