@@ -144,7 +144,14 @@ void MainWindowPresenter::initDatas(const Collaborators& collaborators)
             mDelayOpenActive = false;
         }
     });
-    connect(this, &MainWindowPresenter::signalStartDeviceDelayOpen, this, [this] { startDelayOpen(true); });
+    connect(this, &MainWindowPresenter::signalStartDeviceDelayOpen, this, [this, delayOpen] {
+        // Queued from the controller's thread: an unplug may have parked the delay since, and
+        // a single shot now would let the ladder try Bluetooth while the receiver is out.
+        if (delayOpen->isActive() && !delayOpen->isSingleShot()) {
+            return;
+        }
+        startDelayOpen(true);
+    });
     connect(makeTimer(TimerChargeAnimation, kChargeAnimationMs, false), &QTimer::timeout, this, [this] {
         mView->setChargeUpTrayAnimationImage(mChargeStep);
         mChargeStep = (mChargeStep + 1) % 24;
@@ -176,9 +183,13 @@ void MainWindowPresenter::initDatas(const Collaborators& collaborators)
     }
     mView->setVipFunction(false);
 
-    // 9. Online until told otherwise.
-    mIsInternet = true;
-    mTimers[TimerHttpController]->start();
+    // 9. The network as it is now; the watcher tells each change.
+    mIsInternet = collaborators.internet == nullptr || collaborators.internet->isOnline();
+    if (mIsInternet) {
+        mTimers[TimerHttpController]->start();
+    } else {
+        addErrorStatus(3);
+    }
 
     // 10. The Bluetooth guidance's check.
     QTimer* check = makeTimer(TimerConnectionCheck, kConnectionCheckMs, false);

@@ -1,5 +1,6 @@
 #include "ConsoleRig.h"
 #include "FakeHidBackend.h"
+#include "Platform/InternetUtils.h"
 
 #include <QStandardPaths>
 #include <QTimer>
@@ -20,6 +21,8 @@ private slots:
     void plugAndShutdown();
     void batteryFigureRecovery();
     void workClock();
+    void unplugKeepsTheDelayParked();
+    void startsWithTheNetworkAsItIs();
 };
 
 namespace {
@@ -271,6 +274,46 @@ void TestConsoleState::workClock()
     QVERIFY(!work->isActive() && !reset->isActive());
     QCOMPARE(rig->view.callsOf(QStringLiteral("setComboRestTime")).last(),
              QStringLiteral("setComboRestTime(4)"));
+}
+
+void TestConsoleState::unplugKeepsTheDelayParked()
+{
+    FakeHidBackend backend;
+    ConsoleRig rig(&backend);
+    MainWindowPresenter* p = rig.start();
+    QTimer* delay = p->timer(MainWindowPresenter::TimerDeviceDelayOpen);
+    p->deviceInsert(true);
+    p->deviceInsert(false);
+    QVERIFY(delay->isActive() && !delay->isSingleShot());
+    // The controller asked for the first delay just before the unplug; its request lands now
+    // and must not end the parking, or Bluetooth would be tried with the receiver out.
+    emit p->signalStartDeviceDelayOpen();
+    QVERIFY(delay->isActive() && !delay->isSingleShot());
+    p->deviceInsert(true);
+    QVERIFY(delay->isActive() && delay->isSingleShot());
+}
+
+void TestConsoleState::startsWithTheNetworkAsItIs()
+{
+    bool up = false;
+    InternetUtils watcher([&up] {
+        QList<InternetUtils::Interface> interfaces{{QStringLiteral("lo"), true, true, true, true}};
+        if (up) {
+            interfaces.append({QStringLiteral("eth0"), true, true, false, true});
+        }
+        return interfaces;
+    });
+    FakeHidBackend backend;
+    ConsoleRig rig(&backend);
+    rig.internet = &watcher;
+    MainWindowPresenter* p = rig.start();
+    QCOMPARE(rig.errors(), QList<int>{3});
+    QVERIFY(!p->timer(MainWindowPresenter::TimerHttpController)->isActive());
+
+    up = true;
+    watcher.refresh();
+    QVERIFY(!rig.errors().contains(3));
+    QVERIFY(p->timer(MainWindowPresenter::TimerHttpController)->isActive());
 }
 
 QTEST_GUILESS_MAIN(TestConsoleState)

@@ -16,6 +16,7 @@
 #include <memory>
 
 class HidBackend;
+class InternetUtils;
 class HttpManager;
 class DBManager;
 
@@ -56,6 +57,7 @@ struct ConsoleRig {
         c.notices = &notices;
         c.screenWidth = [screenWidth] { return screenWidth; };
         c.clockMs = clockMs;
+        c.internet = internet;
         if (tickMs > 0) {
             c.deviceControllerMs = tickMs;
             c.deviceMessageMs = tickMs;
@@ -67,6 +69,7 @@ struct ConsoleRig {
 
     // The cadence of both device ladders; 0 keeps the product's.
     int tickMs = 0;
+    InternetUtils* internet = nullptr;  // online when null
     // The clock of the backend's retry pauses; the real one when unset.
     std::function<qint64()> clockMs;
     HidManager hid;
