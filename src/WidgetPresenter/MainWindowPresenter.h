@@ -3,6 +3,7 @@
 #include "Database/CommandWord.h"
 #include "Http/BackendRecords.h"
 #include "Http/HttpRequest.h"
+#include "Utils/AppVersion.h"
 #include "Utils/UserPreferences.h"
 #include "WidgetPresenter/DeviceStatus.h"
 
@@ -63,7 +64,6 @@ public:
     static constexpr int kHttpBackoffMs = 5000;
     // The address report and the calendar phrase are given up for the run after this many tries.
     static constexpr int kOptionalStepTries = 3;
-    static constexpr char kAppVersion[] = "2.8.1.0";
     static constexpr char kNoDongleId[] = "0000000000000000";
 
     // What the presenter talks to. The plain constructor takes the process-wide instances;
