@@ -184,7 +184,8 @@ public:
     CommandWord currentEditCommand() const { return mEditCommand; }
     void setShortcutList(QList<int> keys) { mShortcutList = keys; }
 
-    // The number on the fourth speed button for a resolution; 0 for a label without one.
+    // The number on the fourth speed button for a resolution, which the view is given; 0 for a
+    // label without one.
     static int cpiLabel(int value);
 
     // Rest reminder.

@@ -120,7 +120,7 @@ void MainWindowPresenter::onDeviceDpiLevelValue(int v1, int v2, int v3)
         mDeviceStatus.bestCpiValue = int(float(width) / 1.2f * factor);
         mDeviceStatus.levelValuesShown = true;
     }
-    mView->setCpiValue(int(float(width) / 1.2f));
+    mView->setCpiValue(cpiLabel(int(float(width) / 1.2f)));
     mView->setVipFunction(true);
 }
 
