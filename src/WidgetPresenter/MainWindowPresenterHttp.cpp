@@ -119,11 +119,12 @@ void MainWindowPresenter::httpStepFailed(HttpStep step, const QString& reason)
     // Nothing waits for these: the registration goes out without an address id.
     qCWarning(lcConsole).noquote() << stepName(step) << "failed" << failures << "times:" << reason
                                    << "- given up for this run";
-    const bool addressReport = step != StepCalendarPhrases;
-    for (HttpStep each : {StepIpAddress, StepIpInfo, StepUploadIpInfo, StepCalendarPhrases}) {
-        if (each == step || (addressReport && each != StepCalendarPhrases)) {
-            mHttpGivenUp[each] = true;
-        }
+    if (step == StepCalendarPhrases) {
+        mHttpGivenUp[step] = true;
+        return;
+    }
+    for (HttpStep each : {StepIpAddress, StepIpInfo, StepUploadIpInfo}) {
+        mHttpGivenUp[each] = true;  // each needs the one before
     }
 }
 
@@ -149,7 +150,7 @@ HttpRequest::TimeoutFunc MainWindowPresenter::onHttpTimeout(HttpStep step)
 HttpRequest::ErrorFunc MainWindowPresenter::onHttpError(HttpStep step)
 {
     return guard([this, step](QString message, QNetworkReply::NetworkError code) {
-        httpStepFailed(step, QStringLiteral("error %1 %2").arg(int(code)).arg(message));
+        httpStepFailed(step, QStringLiteral("error %1 %2").arg(QString::number(int(code)), message));
     });
 }
 
