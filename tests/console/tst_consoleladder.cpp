@@ -72,7 +72,6 @@ private slots:
     void asleepMouseWaitsThenSettingsReachIt();
     void unplugAndReplug();
     void onlineLadderOpensFromTheListAndRegisters();
-    void zeroDongleIsNeverRegistered();
     void httpStepsRunInOrderAndRetry();
     void optionalStepsGiveWayToRegistration();
     void openDelayOnlineAndOffline();
@@ -279,23 +278,6 @@ void TestConsoleLadder::onlineLadderOpensFromTheListAndRegisters()
     QCOMPARE(presenter->currentDeviceInfo().customerName, QStringLiteral("Zorvane"));
 }
 
-void TestConsoleLadder::zeroDongleIsNeverRegistered()
-{
-    auto sim = simulator({QStringLiteral("set dongle-flash 0000000000000000")});
-    QVERIFY(sim);
-    auto http = backend();
-    const int registeredBefore = mServices.uploads().entries(QStringLiteral("/device/register")).size();
-    VirtualHidBackend link(mSocketPath);
-    ConsoleRig rig(&link);
-    rig.tickMs = kTickMs;
-    rig.prepare([](UserPreferences& p) { saveNumbers(p, kVid, kPid); });
-    MainWindowPresenter* presenter = rig.start(http.get());
-    QTRY_VERIFY_WITH_TIMEOUT(presenter->isConsoleDataComplete(), 20000);
-    QVERIFY(presenter->httpAnswered(MainWindowPresenter::StepRegisterDevice));
-    QCOMPARE(mServices.uploads().entries(QStringLiteral("/device/register")).size(), registeredBefore);
-    QVERIFY(!presenter->timer(MainWindowPresenter::TimerHeartbeat)->isActive());
-}
-
 void TestConsoleLadder::httpStepsRunInOrderAndRetry()
 {
     using P = MainWindowPresenter;
@@ -370,6 +352,15 @@ void TestConsoleLadder::httpStepsRunInOrderAndRetry()
     presenter->onInternetStateChange(true);
     QVERIFY(presenter->timer(P::TimerHttpController)->isActive());
     QVERIFY(!rig.errors().contains(3));
+
+    // A receiver whose id is sixteen zeros is never registered.
+    const int registeredBefore = mServices.uploads().entries(QStringLiteral("/device/register")).size();
+    presenter->onDeviceDongleFlashID(QStringLiteral("0000000000000000"));
+    presenter->registerDevice();
+    QVERIFY(presenter->httpAnswered(P::StepRegisterDevice));
+    QTest::qWait(200);
+    QCOMPARE(mServices.uploads().entries(QStringLiteral("/device/register")).size(), registeredBefore);
+    QVERIFY(!presenter->timer(P::TimerHeartbeat)->isActive());
 }
 
 void TestConsoleLadder::optionalStepsGiveWayToRegistration()
