@@ -89,12 +89,13 @@ void TestConsoleController::slowEnumerationDoesNotHoldUpInput()
     backend.delayMs = 1500;
     MainWindowPresenter* presenter = rig.start();
 
-    // Every key and mouse event of the desktop comes through here on the main thread.
+    // Every key and mouse event of the desktop comes through here on the main thread. It
+    // takes well under a millisecond; held up by the enumeration it would take 1.5 s.
     QVERIFY(QTest::qWaitFor([&] { return backend.enumerating.load(); }, 5000));
     QElapsedTimer clock;
     clock.start();
     presenter->onWorkInput();
-    QVERIFY2(clock.elapsed() < 100, qPrintable(QString::number(clock.elapsed())));
+    QVERIFY2(clock.elapsed() < 500, qPrintable(QString::number(clock.elapsed())));
     QVERIFY(presenter->timer(MainWindowPresenter::TimerWorkTime)->isActive());
     backend.delayMs = 0;
 }
