@@ -1,6 +1,9 @@
 #include "Hid/VirtualDeviceConnection.h"
 
 #include "Utils/Logging.h"
+#include "Utils/SocketPath.h"
+
+#include <QFile>
 
 #include <sys/socket.h>
 #include <sys/un.h>
@@ -96,10 +99,16 @@ bool VirtualDeviceConnection::ensureConnected()
         finished.join();
     }
 
-    const QByteArray path = mSocketPath.toLocal8Bit();
+    const QByteArray path = QFile::encodeName(mSocketPath);
     sockaddr_un address{};
-    if (path.isEmpty() || static_cast<size_t>(path.size()) >= sizeof(address.sun_path)) {
-        qCWarning(lcDevice) << "unusable virtual device socket path" << mSocketPath;
+    const QString tooLong = SocketPath::tooLong(mSocketPath);
+    if (path.isEmpty() || !tooLong.isEmpty()) {
+        const std::lock_guard<std::mutex> lock(mMutex);
+        if (!mFailureLogged) {
+            qCWarning(lcDevice).noquote() << "cannot reach the virtual device:"
+                                          << (path.isEmpty() ? QStringLiteral("no socket path") : tooLong);
+            mFailureLogged = true;
+        }
         return false;
     }
     address.sun_family = AF_UNIX;

@@ -34,6 +34,12 @@ InternetUtils::InternetUtils()
     mOnline = isOnline(currentInterfaces());
 }
 
+InternetUtils::InternetUtils(std::function<QList<Interface>()> interfaces)
+    : mInterfaces(std::move(interfaces))
+{
+    mOnline = isOnline(mInterfaces());
+}
+
 InternetUtils::~InternetUtils()
 {
     delete mNotifier;
@@ -53,7 +59,7 @@ void InternetUtils::onRouteEvent()
 
 void InternetUtils::refresh()
 {
-    const bool online = isOnline(currentInterfaces());
+    const bool online = isOnline(mInterfaces());
     if (online != mOnline) {
         mOnline = online;
         qCInfo(lcSystem) << (online ? "network up" : "network down");

@@ -6,6 +6,8 @@
 #include <QObject>
 #include <QString>
 
+#include <functional>
+
 class QSocketNotifier;
 
 // Whether the machine is on a network, told on every change. Event-driven: the kernel's
@@ -23,6 +25,9 @@ public:
         bool hasGlobalAddress = false;  // an address beyond link-local
     };
 
+    // Tests: a watcher that reads these interfaces instead of the machine's and listens to
+    // nothing; refresh() looks again.
+    explicit InternetUtils(std::function<QList<Interface>()> interfaces);
     ~InternetUtils() override;
 
     bool isOnline() const { return mOnline; }
@@ -41,6 +46,7 @@ private:
     InternetUtils();
     void onRouteEvent();
 
+    std::function<QList<Interface>()> mInterfaces = &InternetUtils::currentInterfaces;
     int mSocket = -1;
     QSocketNotifier* mNotifier = nullptr;
     bool mOnline = false;

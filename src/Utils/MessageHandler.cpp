@@ -1,6 +1,7 @@
 #include "Utils/MessageHandler.h"
 
 #include <QFile>
+#include <QFileInfo>
 #include <QTextStream>
 #include <QTime>
 
@@ -12,7 +13,19 @@ namespace {
 
 // Written once by install() before the handler is active, then only read.
 QString gLogFilePath;
+qint64 gMaxFileBytes = MessageHandler::kMaxFileBytes;
 bool gEchoToStderr = false;
+
+void rotateIfFull()
+{
+    const QFileInfo info(gLogFilePath);
+    if (!info.isFile() || info.size() < gMaxFileBytes) {
+        return;
+    }
+    const QString older = gLogFilePath + QStringLiteral(".1");
+    QFile::remove(older);
+    QFile::rename(gLogFilePath, older);
+}
 
 QString levelText(QtMsgType type)
 {
@@ -51,6 +64,7 @@ void customMessageHandler(QtMsgType type, const QMessageLogContext& context, con
     const std::lock_guard<std::mutex> lock(mutex);
 
     const QString line = MessageHandler::formatLine(type, context, message);
+    rotateIfFull();
     QFile file(gLogFilePath);
     if (file.open(QIODevice::WriteOnly | QIODevice::Append)) {
         QTextStream stream(&file);
@@ -72,9 +86,10 @@ void MessageHandler::setEchoToStderr(bool echo)
     gEchoToStderr = echo;
 }
 
-void MessageHandler::install(const QString& logFilePath)
+void MessageHandler::install(const QString& logFilePath, qint64 maxFileBytes)
 {
     gLogFilePath = logFilePath;
+    gMaxFileBytes = maxFileBytes;
     gEchoToStderr = isatty(STDERR_FILENO) != 0;
     qInstallMessageHandler(customMessageHandler);
 }

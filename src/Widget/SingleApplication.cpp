@@ -1,6 +1,7 @@
 #include "Widget/SingleApplication.h"
 
 #include "Utils/Logging.h"
+#include "Utils/SocketPath.h"
 
 #include <QDir>
 #include <QLocalServer>
@@ -41,6 +42,12 @@ QString SingleApplication::socketPath()
 void SingleApplication::initLocalConnection()
 {
     mIsRunning = false;
+    const QString tooLong = SocketPath::tooLong(socketPath());
+    if (!tooLong.isEmpty()) {
+        // Neither side could use the socket: say why instead of failing on each start.
+        qCWarning(lcApp).noquote() << tooLong << "- running without the single-instance guard";
+        return;
+    }
     QLocalSocket socket;
     socket.connectToServer(socketPath(), QIODevice::ReadWrite);
     if (socket.waitForConnected(kConnectTimeoutMs)) {

@@ -17,6 +17,8 @@
 #include <QThread>
 #include <QTimer>
 
+#include <chrono>
+
 namespace {
 
 int primaryScreenWidth()
@@ -27,18 +29,25 @@ int primaryScreenWidth()
 
 }  // namespace
 
+namespace {
+
+MainWindowPresenter::Collaborators processWide()
+{
+    MainWindowPresenter::Collaborators c;
+    c.device = DeviceManager::getInstance();
+    c.db = DBManager::getInstance();
+    c.http = HttpManager::getInstance();
+    c.hook = HookManager::getInstance();
+    c.internet = InternetUtils::getInstance();
+    c.autoRun = AppAutoRunUtils::getInstance();
+    c.record = RecordManager::getInstance();
+    return c;
+}
+
+}  // namespace
+
 MainWindowPresenter::MainWindowPresenter(MainWindowView* view, QObject* parent)
-    : MainWindowPresenter(view,
-                          Collaborators{DeviceManager::getInstance(),
-                                        DBManager::getInstance(),
-                                        HttpManager::getInstance(),
-                                        HookManager::getInstance(),
-                                        InternetUtils::getInstance(),
-                                        AppAutoRunUtils::getInstance(),
-                                        RecordManager::getInstance(),
-                                        nullptr,
-                                        {}},
-                          parent)
+    : MainWindowPresenter(view, processWide(), parent)
 {
 }
 
@@ -68,6 +77,11 @@ void MainWindowPresenter::initDatas(const Collaborators& collaborators)
     mRecordManager = collaborators.record;
     mNotices = collaborators.notices;
     mScreenWidth = collaborators.screenWidth ? collaborators.screenWidth : primaryScreenWidth;
+    mClockMs = collaborators.clockMs ? collaborators.clockMs : [] {
+        return qint64(std::chrono::duration_cast<std::chrono::milliseconds>(
+                          std::chrono::steady_clock::now().time_since_epoch())
+                          .count());
+    };
 
     auto makeTimer = [this](TimerId id, int interval, bool singleShot) {
         QTimer* timer = new QTimer(this);
@@ -105,9 +119,9 @@ void MainWindowPresenter::initDatas(const Collaborators& collaborators)
     }
 
     // 7. The ladders and the version check.
-    mTimerDeviceController =
-        std::make_unique<CustomTimer>(kDeviceControllerMs, [this] { onTimerDeviceController(); });
-    connect(makeTimer(TimerDeviceMessage, kDeviceMessageMs, false), &QTimer::timeout, this,
+    mTimerDeviceController = std::make_unique<CustomTimer>(collaborators.deviceControllerMs,
+                                                           [this] { onTimerDeviceController(); });
+    connect(makeTimer(TimerDeviceMessage, collaborators.deviceMessageMs, false), &QTimer::timeout, this,
             &MainWindowPresenter::onTimerDeviceMessage);
     connect(makeTimer(TimerHttpController, kHttpControllerMs, false), &QTimer::timeout, this,
             &MainWindowPresenter::onTimerHttpController);
@@ -130,7 +144,14 @@ void MainWindowPresenter::initDatas(const Collaborators& collaborators)
             mDelayOpenActive = false;
         }
     });
-    connect(this, &MainWindowPresenter::signalStartDeviceDelayOpen, this, [this] { startDelayOpen(true); });
+    connect(this, &MainWindowPresenter::signalStartDeviceDelayOpen, this, [this, delayOpen] {
+        // Queued from the controller's thread: an unplug may have parked the delay since, and
+        // a single shot now would let the ladder try Bluetooth while the receiver is out.
+        if (delayOpen->isActive() && !delayOpen->isSingleShot()) {
+            return;
+        }
+        startDelayOpen(true);
+    });
     connect(makeTimer(TimerChargeAnimation, kChargeAnimationMs, false), &QTimer::timeout, this, [this] {
         mView->setChargeUpTrayAnimationImage(mChargeStep);
         mChargeStep = (mChargeStep + 1) % 24;
@@ -162,9 +183,13 @@ void MainWindowPresenter::initDatas(const Collaborators& collaborators)
     }
     mView->setVipFunction(false);
 
-    // 9. Online until told otherwise.
-    mIsInternet = true;
-    mTimers[TimerHttpController]->start();
+    // 9. The network as it is now; the watcher tells each change.
+    mIsInternet = collaborators.internet == nullptr || collaborators.internet->isOnline();
+    if (mIsInternet) {
+        mTimers[TimerHttpController]->start();
+    } else {
+        addErrorStatus(3);
+    }
 
     // 10. The Bluetooth guidance's check.
     QTimer* check = makeTimer(TimerConnectionCheck, kConnectionCheckMs, false);

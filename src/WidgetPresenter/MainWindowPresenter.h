@@ -3,18 +3,21 @@
 #include "Database/CommandWord.h"
 #include "Http/BackendRecords.h"
 #include "Http/HttpRequest.h"
+#include "Utils/AppVersion.h"
 #include "Utils/UserPreferences.h"
 #include "WidgetPresenter/DeviceStatus.h"
 
 #include <QList>
 #include <QObject>
 #include <QPointer>
+#include <QSet>
 #include <QString>
 
 #include <atomic>
 #include <functional>
 #include <memory>
 #include <mutex>
+#include <vector>
 
 class AppAutoRunUtils;
 class ConsoleNotices;
@@ -56,7 +59,11 @@ public:
     static constexpr int kHttpTimeoutMs = 8000;
     static constexpr int kOpenWaitTicks = 200;
     static constexpr int kLevelValueTries = 5;
-    static constexpr char kAppVersion[] = "2.8.1.0";
+    // A failing backend step is asked again at once this many times, then every kHttpBackoffMs.
+    static constexpr int kHttpQuickRetries = 2;
+    static constexpr int kHttpBackoffMs = 5000;
+    // The address report and the calendar phrase are given up for the run after this many tries.
+    static constexpr int kOptionalStepTries = 3;
     static constexpr char kNoDongleId[] = "0000000000000000";
 
     // What the presenter talks to. The plain constructor takes the process-wide instances;
@@ -73,6 +80,11 @@ public:
         ConsoleNotices* notices = nullptr;
         // Width of the primary screen's available area; the primary screen when unset.
         std::function<int()> screenWidth;
+        // The two device ladders' cadence; tests run them faster.
+        int deviceControllerMs = kDeviceControllerMs;
+        int deviceMessageMs = kDeviceMessageMs;
+        // A monotonic clock in milliseconds for the backend's retry pauses; steady_clock when unset.
+        std::function<qint64()> clockMs;
     };
 
     // The steps of the HTTP ladder, in the order they are taken and retried.
@@ -114,6 +126,7 @@ public:
     QList<int> errorStatus() const { return mErrorStatus; }
     bool httpRequested(HttpStep step) const { return mHttpRequested[step]; }
     bool httpAnswered(HttpStep step) const { return mHttpAnswered[step]; }
+    bool httpGivenUp(HttpStep step) const { return mHttpGivenUp[step]; }
     bool isConsoleDataComplete() const { return mConsoleDataComplete; }
     bool isDeviceInitialised() const;
     bool isDeviceControllerRunning() const;
@@ -171,7 +184,8 @@ public:
     CommandWord currentEditCommand() const { return mEditCommand; }
     void setShortcutList(QList<int> keys) { mShortcutList = keys; }
 
-    // The number on the fourth speed button for a resolution; 0 for a label without one.
+    // The number on the fourth speed button for a resolution, which the view is given; 0 for a
+    // label without one.
     static int cpiLabel(int value);
 
     // Rest reminder.
@@ -276,7 +290,8 @@ private:
     void runOnMain(std::function<void()> fn);
     void openSucceeded();
     void startDelayOpen(bool singleShot);
-    void httpStepFailed(HttpStep step);
+    void httpStepFailed(HttpStep step, const QString& reason);
+    void httpStepAnswered(HttpStep step);
     HttpRequest::TimeoutFunc onHttpTimeout(HttpStep step);
     HttpRequest::ErrorFunc onHttpError(HttpStep step);
     void persistPreferences();
@@ -284,10 +299,13 @@ private:
     void checkImage(const QString& reference, std::function<void(QString)> setImage, bool defaultIfEmpty);
     void offerUpdate(const VersionInfo& vi);
     void checkDpiButton(int level);
-    void syncSetting(DeviceStatus::Setting& setting, void (DeviceManager::*get)(),
-                     void (DeviceManager::*set)(bool), bool* acted);
-    void syncLowbatReport(bool* acted);
-    void syncDpi();
+    bool deviceInsertStep(bool state);
+    bool deviceControllerStep(std::vector<std::function<void()>>* io);
+    void deviceMessageStep(std::vector<std::function<void()>>* io);
+    bool syncSetting(DeviceStatus::Setting& setting, void (DeviceManager::*get)(),
+                     void (DeviceManager::*set)(bool), std::vector<std::function<void()>>* io);
+    bool syncLowbatReport(std::vector<std::function<void()>>* io);
+    void syncDpi(std::vector<std::function<void()>>* io);
     void firstSettingReply(DeviceStatus::Setting& setting, bool enable,
                            void (MainWindowView::*setOnOff)(bool), void (MainWindowView::*setStatus)(bool));
     void selectDpi(int target);
@@ -330,11 +348,16 @@ private:
     QString mIpAddress;
     std::atomic<bool> mIsInternet{true};
     QList<int> mErrorStatus;
+    QSet<QString> mImageDownloads;  // pictures being fetched, by local path
     bool mConsoleDataComplete = false;
     bool mGuidanceShown = false;
     bool mPowerHint = false;
     bool mHttpRequested[HttpStepCount] = {};
     bool mHttpAnswered[HttpStepCount] = {};
+    bool mHttpGivenUp[HttpStepCount] = {};
+    int mHttpFailures[HttpStepCount] = {};  // in a row, since the step last answered
+    qint64 mHttpRetryAt[HttpStepCount] = {};
+    std::function<qint64()> mClockMs;
     BatteryState mBattery;
     int mBlinkStep = 0;
     int mChargeStep = 0;

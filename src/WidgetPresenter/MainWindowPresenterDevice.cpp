@@ -30,81 +30,91 @@ bool inUsbRange(int number)
 
 }  // namespace
 
+// Each tick decides under the status lock and talks to the device after letting it go: a
+// slow enumeration or write must not hold up the main thread's slots, which take the lock
+// for every key and mouse event.
 void MainWindowPresenter::onTimerDeviceController()
 {
-    const Lock lock(mStatusMutex);
+    std::vector<std::function<void()>> io;
+    bool open = false;
+    {
+        const Lock lock(mStatusMutex);
+        open = deviceControllerStep(&io);
+    }
+    if (open) {
+        openDevice();
+    }
+    for (const auto& request : io) {
+        request();
+    }
+}
+
+// One tick of the ladder: true when the device is to be opened; requests go into io.
+bool MainWindowPresenter::deviceControllerStep(std::vector<std::function<void()>>* io)
+{
     DeviceStatus& s = mDeviceStatus;
     DeviceManager* d = mDeviceManager;
+    auto ask = [io, d](void (DeviceManager::*request)()) {
+        io->push_back([d, request] { (d->*request)(); });
+    };
     if (!s.opened) {
-        openDevice();
-        return;
+        return true;
     }
     if (!s.connected) {
         if (++mOpenWaitCount > kOpenWaitTicks) {
             addErrorStatus(1);
         }
-        return;
+        return false;
     }
     if (d->state() != 1) {
         qCInfo(lcConsole) << "device link lost";
         s = DeviceStatus();
         mDeviceInitialised = false;
         addErrorStatus(1);
-        return;
+        return false;
     }
     if (!s.ready) {
-        if (d->state() == 1) {
-            d->deviceReady();
-        }
-        return;
+        ask(&DeviceManager::deviceReady);
+        return false;
     }
     if (!s.activeKnown) {
-        d->getActive();
-        return;
+        ask(&DeviceManager::getActive);
+        return false;
     }
     if (!s.mouseActive) {
-        return;  // waits for the mouse to wake
+        return false;  // waits for the mouse to wake
     }
     if (!s.moduleKnown) {
-        d->getModule();
+        ask(&DeviceManager::getModule);
     }
     if (!s.dongleIdKnown) {
-        d->getDongleFlashID();
-        return;
+        ask(&DeviceManager::getDongleFlashID);
+        return false;
     }
     if (!s.remoteIdKnown) {
-        d->getRemoteFlashID();
-        return;
+        ask(&DeviceManager::getRemoteFlashID);
+        return false;
     }
     if (!s.levelValuesKnown && s.levelValueTries < kLevelValueTries) {
-        d->getDPILevelValue();
+        ask(&DeviceManager::getDPILevelValue);
         ++s.levelValueTries;
-        return;
+        return false;
     }
     if (!s.dpiKnown) {
         if (mUserPreferences.dpiValue < 3 || !s.levelValuesKnown) {
-            d->getDpi();
+            ask(&DeviceManager::getDpi);
         } else {
-            d->getCpi();
+            ask(&DeviceManager::getCpi);
         }
-        return;
+        return false;
     }
-    bool acted = false;
-    syncLowbatReport(&acted);
-    if (acted) {
-        return;
+    if (syncLowbatReport(io)) {
+        return false;
     }
-    syncSetting(s.shake, &DeviceManager::getShake, &DeviceManager::setShake, &acted);
-    if (acted) {
-        return;
-    }
-    syncSetting(s.lamplight, &DeviceManager::getLamplight, &DeviceManager::setLamplight, &acted);
-    if (acted) {
-        return;
-    }
-    syncSetting(s.soundEffect, &DeviceManager::getSoundEffect, &DeviceManager::setSoundEffect, &acted);
-    if (acted) {
-        return;
+    if (syncSetting(s.shake, &DeviceManager::getShake, &DeviceManager::setShake, io) ||
+        syncSetting(s.lamplight, &DeviceManager::getLamplight, &DeviceManager::setLamplight, io) ||
+        syncSetting(s.soundEffect, &DeviceManager::getSoundEffect, &DeviceManager::setSoundEffect, io)) {
+        return false;
     }
     if (!mDeviceInitialised) {
         mDeviceInitialised = true;
@@ -116,30 +126,35 @@ void MainWindowPresenter::onTimerDeviceController()
             }
         });
     }
+    return false;
 }
 
 // Asks for a supported setting the mouse has not reported, else sends the user's choice.
-void MainWindowPresenter::syncSetting(DeviceStatus::Setting& setting, void (DeviceManager::*get)(),
-                                      void (DeviceManager::*set)(bool), bool* acted)
+bool MainWindowPresenter::syncSetting(DeviceStatus::Setting& setting, void (DeviceManager::*get)(),
+                                      void (DeviceManager::*set)(bool),
+                                      std::vector<std::function<void()>>* io)
 {
-    *acted = false;
+    DeviceManager* d = mDeviceManager;
     if (!setting.supported) {
-        return;
+        return false;
     }
     if (!setting.known) {
-        (mDeviceManager->*get)();
-        *acted = true;
-    } else if (setting.status != setting.target) {
-        (mDeviceManager->*set)(setting.target);
-        *acted = true;
+        io->push_back([d, get] { (d->*get)(); });
+        return true;
     }
+    if (setting.status != setting.target) {
+        const bool target = setting.target;
+        io->push_back([d, set, target] { (d->*set)(target); });
+        return true;
+    }
+    return false;
 }
 
-void MainWindowPresenter::syncLowbatReport(bool* acted)
+bool MainWindowPresenter::syncLowbatReport(std::vector<std::function<void()>>* io)
 {
     DeviceStatus::Setting& report = mDeviceStatus.lowbatReport;
     report.supported = true;
-    syncSetting(report, &DeviceManager::getLowbatReport, &DeviceManager::setLowbatReport, acted);
+    return syncSetting(report, &DeviceManager::getLowbatReport, &DeviceManager::setLowbatReport, io);
 }
 
 void MainWindowPresenter::onTimerDeviceMessage()
@@ -147,140 +162,162 @@ void MainWindowPresenter::onTimerDeviceMessage()
     if (mDeviceManager->state() == 0) {
         return;
     }
-    const Lock lock(mStatusMutex);
+    std::vector<std::function<void()>> io;
+    {
+        const Lock lock(mStatusMutex);
+        deviceMessageStep(&io);
+    }
+    for (const auto& request : io) {
+        request();
+    }
+}
+
+void MainWindowPresenter::deviceMessageStep(std::vector<std::function<void()>>* io)
+{
     DeviceStatus& s = mDeviceStatus;
+    DeviceManager* d = mDeviceManager;
+    auto ask = [io, d](void (DeviceManager::*request)()) {
+        io->push_back([d, request] { (d->*request)(); });
+    };
     if (!s.moduleKnown) {
-        mDeviceManager->getModule();
+        ask(&DeviceManager::getModule);
     } else if (!s.activeKnown) {
-        mDeviceManager->getActive();
+        ask(&DeviceManager::getActive);
     } else if (mDeviceInitialised && s.mouseActive) {
-        bool acted = false;
         switch (s.messageTick % 5) {
             case 0:
                 if (!s.levelValuesKnown && s.levelValueTries < kLevelValueTries) {
-                    mDeviceManager->getDPILevelValue();
+                    ask(&DeviceManager::getDPILevelValue);
                     ++s.levelValueTries;
                     return;
                 }
                 if (s.dpiKnown) {
-                    syncDpi();
+                    syncDpi(io);
                 } else if (mUserPreferences.dpiValue >= 3) {
-                    if (!s.levelValuesKnown) {
-                        mDeviceManager->getDpi();
-                    } else {
-                        mDeviceManager->getCpi();
-                    }
+                    ask(s.levelValuesKnown ? &DeviceManager::getCpi : &DeviceManager::getDpi);
                     return;
                 } else {
-                    mDeviceManager->getDpi();
+                    ask(&DeviceManager::getDpi);
                 }
                 break;
             case 1:
-                syncLowbatReport(&acted);
+                syncLowbatReport(io);
                 break;
             case 2:
                 if (s.shake.supported) {
-                    syncSetting(s.shake, &DeviceManager::getShake, &DeviceManager::setShake, &acted);
+                    syncSetting(s.shake, &DeviceManager::getShake, &DeviceManager::setShake, io);
                     break;
                 }
                 Q_FALLTHROUGH();
             case 3:
                 if (s.lamplight.supported) {
-                    syncSetting(s.lamplight, &DeviceManager::getLamplight, &DeviceManager::setLamplight,
-                                &acted);
+                    syncSetting(s.lamplight, &DeviceManager::getLamplight, &DeviceManager::setLamplight, io);
                     break;
                 }
                 Q_FALLTHROUGH();
             default:
                 syncSetting(s.soundEffect, &DeviceManager::getSoundEffect, &DeviceManager::setSoundEffect,
-                            &acted);
+                            io);
                 break;
         }
     }
     ++s.messageTick;
 }
 
-void MainWindowPresenter::syncDpi()
+void MainWindowPresenter::syncDpi(std::vector<std::function<void()>>* io)
 {
     const DeviceStatus& s = mDeviceStatus;
     if (s.dpiLevel.level000 == s.targetDpi) {
         return;
     }
-    if (s.targetDpi >= 3) {
-        mDeviceManager->setCpi(s.targetDpi);
+    DeviceManager* d = mDeviceManager;
+    const int target = s.targetDpi;
+    if (target >= 3) {
+        io->push_back([d, target] { d->setCpi(target); });
     } else {
-        mDeviceManager->setDpi(s.targetDpi);
+        io->push_back([d, target] { d->setDpi(target); });
     }
 }
 
+// Decides under the lock, enumerates and opens without it, records the outcome under it.
 void MainWindowPresenter::openDevice()
 {
-    const Lock lock(mStatusMutex);
-    DeviceStatus& s = mDeviceStatus;
-    if (mDeviceOpenTime.id == -1) {
-        runOnMain([this] { getDeviceOpenTime(); });
-        return;
-    }
-    if (!s.delayStarted) {
-        // Counts as running from now: the timer itself starts on the main thread.
-        mDelayOpenActive = true;
-        emit signalStartDeviceDelayOpen();
-        s.delayStarted = true;
-        return;
-    }
-    if (mDelayOpenActive) {
-        return;
+    int savedVid = 0;
+    int savedPid = 0;
+    QString savedUuid;
+    QList<DeviceInfo> rows;
+    {
+        const Lock lock(mStatusMutex);
+        DeviceStatus& s = mDeviceStatus;
+        if (mDeviceOpenTime.id == -1) {
+            runOnMain([this] { getDeviceOpenTime(); });
+            return;
+        }
+        if (!s.delayStarted) {
+            // Counts as running from now: the timer itself starts on the main thread.
+            mDelayOpenActive = true;
+            emit signalStartDeviceDelayOpen();
+            s.delayStarted = true;
+            return;
+        }
+        if (mDelayOpenActive) {
+            return;
+        }
+        savedVid = mUserPreferences.saveVid;
+        savedPid = mUserPreferences.savePid;
+        savedUuid = mUserPreferences.saveDeviceUuid;
+        rows = mDeviceInfoList;
     }
     DeviceManager* d = mDeviceManager;
     if (d->state() == 1) {
-        s.opened = true;
+        const Lock lock(mStatusMutex);
+        mDeviceStatus.opened = true;
         return;
     }
     const QList<HidDevice> devices = d->enumerateHidDevice();
-    const int savedPid = mUserPreferences.savePid;
-    const int savedVid = mUserPreferences.saveVid;
-    if (inUsbRange(savedPid) && inUsbRange(savedVid)) {
-        for (const HidDevice& device : devices) {
-            if (device.vid == savedVid && device.pid == savedPid && d->openHidDevice(savedVid, savedPid)) {
-                qCInfo(lcConsole) << "open device success!";
-                mCurDevInf.vid = QString::number(savedVid, 16);
-                mCurDevInf.pid = QString::number(savedPid, 16);
-                mCurDevInf.customerCode = mUserPreferences.saveCustomerCode;
-                mCurDevInf.customerName = mUserPreferences.saveCustomerName;
-                mCurDevInf.homeImage = mUserPreferences.saveHomeImage;
-                mCurDevInf.explainImage = mUserPreferences.saveExplainImage;
-                mCurDevInf.navImage = mUserPreferences.saveNavImage;
-                openSucceeded();
-                return;
-            }
-        }
-    }
-    if (mDeviceInfoList.isEmpty()) {
-        return;
-    }
-    for (const DeviceInfo& row : qAsConst(mDeviceInfoList)) {
-        if (row.enable == 0) {
-            continue;
-        }
-        const int vid = parseHex(row.vid);
-        const int pid = parseHex(row.pid);
+    auto tryOpen = [&devices, d](int vid, int pid) {
         for (const HidDevice& device : devices) {
             if (device.vid == vid && device.pid == pid && d->openHidDevice(vid, pid)) {
-                qCInfo(lcConsole) << "open device success!";
-                mCurDevInf = row;
-                openSucceeded();
-                return;
+                return true;
             }
+        }
+        return false;
+    };
+    if (inUsbRange(savedPid) && inUsbRange(savedVid) && tryOpen(savedVid, savedPid)) {
+        qCInfo(lcConsole) << "open device success!";
+        const Lock lock(mStatusMutex);
+        mCurDevInf.vid = QString::number(savedVid, 16);
+        mCurDevInf.pid = QString::number(savedPid, 16);
+        mCurDevInf.customerCode = mUserPreferences.saveCustomerCode;
+        mCurDevInf.customerName = mUserPreferences.saveCustomerName;
+        mCurDevInf.homeImage = mUserPreferences.saveHomeImage;
+        mCurDevInf.explainImage = mUserPreferences.saveExplainImage;
+        mCurDevInf.navImage = mUserPreferences.saveNavImage;
+        openSucceeded();
+        return;
+    }
+    if (rows.isEmpty()) {
+        return;
+    }
+    for (const DeviceInfo& row : qAsConst(rows)) {
+        if (row.enable != 0 && tryOpen(parseHex(row.vid), parseHex(row.pid))) {
+            qCInfo(lcConsole) << "open device success!";
+            const Lock lock(mStatusMutex);
+            mCurDevInf = row;
+            openSucceeded();
+            return;
         }
     }
     emit signalStartCheckDeviceConnectionTimer();
-    if (!mUserPreferences.saveDeviceUuid.isEmpty()) {
-        d->openBLEDevice(mUserPreferences.saveDeviceUuid);
-    } else {
+    if (!savedUuid.isEmpty()) {
+        d->openBLEDevice(savedUuid);
+    }
+    const Lock lock(mStatusMutex);
+    if (savedUuid.isEmpty()) {
         mBleAnswered = true;
     }
     addErrorStatus(1);
-    s.opened = true;
+    mDeviceStatus.opened = true;
 }
 
 void MainWindowPresenter::openSucceeded()
@@ -305,16 +342,18 @@ void MainWindowPresenter::startDelayOpen(bool singleShot)
 void MainWindowPresenter::getDeviceOpenTime()
 {
     if (mIsInternet && mHttpManager != nullptr) {
-        if (mHttpRequested[StepDeviceOpenTime]) {
-            return;  // the ladder and the controller both ask; one request at a time
+        // The ladder and the controller both ask: one request at a time, and the pause after
+        // failures holds for both.
+        if (mHttpRequested[StepDeviceOpenTime] || mClockMs() < mHttpRetryAt[StepDeviceOpenTime]) {
+            return;
         }
         mHttpRequested[StepDeviceOpenTime] = true;
         mHttpManager->getDeviceOpenTime(guard([this](bool ok, DeviceOpenTime openTime) {
                                             if (!ok) {
-                                                mHttpRequested[StepDeviceOpenTime] = false;
+                                                httpStepFailed(StepDeviceOpenTime, QStringLiteral("refused"));
                                                 return;
                                             }
-                                            mHttpAnswered[StepDeviceOpenTime] = true;
+                                            httpStepAnswered(StepDeviceOpenTime);
                                             const Lock lock(mStatusMutex);
                                             mDeviceOpenTime = openTime;
                                             mUserPreferences.delayOpenDeviceTime = openTime.time;
@@ -370,50 +409,67 @@ void MainWindowPresenter::onDeviceModule(int lamplightModule, int shakeModule, i
                                          int keyType, QString customerCode, int mouseWriedType)
 {
     Q_UNUSED(mouseWriedType);
-    const Lock lock(mStatusMutex);
-    DeviceStatus& s = mDeviceStatus;
-    mUserPreferences.keyType = keyType;
+    DeviceStatus::Setting lamplight;
+    DeviceStatus::Setting shake;
+    DeviceStatus::Setting soundEffect;
+    {
+        const Lock lock(mStatusMutex);
+        DeviceStatus& s = mDeviceStatus;
+        mUserPreferences.keyType = keyType;
+        s.keyType = keyType;
+        s.lamplight.supported = lamplightModule != 0;
+        s.shake.supported = shakeModule != 0;
+        s.soundEffect.supported = soundEffectModule != 0;
+        lamplight = s.lamplight;
+        shake = s.shake;
+        soundEffect = s.soundEffect;
+    }
+    // The file is written with the lock let go (as everywhere): the controller waits for it.
     persistPreferences();
-    s.keyType = keyType;
-    s.lamplight.supported = lamplightModule != 0;
-    s.shake.supported = shakeModule != 0;
-    s.soundEffect.supported = soundEffectModule != 0;
 
     mView->showLamplightModule(lamplightModule);
-    mView->setCheckLightingEffectOnOffEnabled(s.lamplight.supported);
-    mView->setCheckLightingEffectStatusChecked(s.lamplight.supported);
-    mView->setCheckShakeOnOffEnabled(s.shake.supported);
-    mView->setCheckShakeStatusChecked(s.shake.supported);
-    mView->setCheckSoundEffectOnOffEnabled(s.soundEffect.supported);
-    mView->setCheckSoundEffectStatusChecked(s.soundEffect.supported);
+    mView->setCheckLightingEffectOnOffEnabled(lamplight.supported);
+    mView->setCheckLightingEffectStatusChecked(lamplight.supported);
+    mView->setCheckShakeOnOffEnabled(shake.supported);
+    mView->setCheckShakeStatusChecked(shake.supported);
+    mView->setCheckSoundEffectOnOffEnabled(soundEffect.supported);
+    mView->setCheckSoundEffectStatusChecked(soundEffect.supported);
     mView->setSignalClickModeEnable(keyType == 0);
 
     mDeviceManager->setLowbatReport(true);
     mView->setExplain(true);
 
-    UserPreferences& p = mUserPreferences;
-    if (mIsInternet) {
-        const auto row =
-            std::find_if(mDeviceInfoList.cbegin(), mDeviceInfoList.cend(),
-                         [&](const DeviceInfo& info) { return info.customerCode == customerCode; });
-        if (row == mDeviceInfoList.cend()) {
-            qCWarning(lcConsole) << "打开设备后无法匹配客户编码????" << customerCode;
-            return;
+    DeviceInfo current;
+    {
+        const Lock lock(mStatusMutex);
+        UserPreferences& p = mUserPreferences;
+        if (mIsInternet) {
+            const auto row =
+                std::find_if(mDeviceInfoList.cbegin(), mDeviceInfoList.cend(),
+                             [&](const DeviceInfo& info) { return info.customerCode == customerCode; });
+            if (row == mDeviceInfoList.cend()) {
+                qCWarning(lcConsole) << "打开设备后无法匹配客户编码????" << customerCode;
+                return;
+            }
+            mCurDevInf = *row;
+            p.isIFlySpeech = row->isIFlySpeech != 0;
+            mDevice.customerCode = customerCode;
         }
-        mCurDevInf = *row;
-        p.isIFlySpeech = row->isIFlySpeech != 0;
-        mDevice.customerCode = customerCode;
+        p.savePid = qMax(0, parseHex(mCurDevInf.pid));
+        p.saveVid = qMax(0, parseHex(mCurDevInf.vid));
+        p.saveCustomerCode = mCurDevInf.customerCode;
+        p.saveCustomerName = mCurDevInf.customerName;
+        p.saveHomeImage = mCurDevInf.homeImage;
+        p.saveExplainImage = mCurDevInf.explainImage;
+        p.saveNavImage = mCurDevInf.navImage;
+        current = mCurDevInf;
     }
-    p.savePid = qMax(0, parseHex(mCurDevInf.pid));
-    p.saveVid = qMax(0, parseHex(mCurDevInf.vid));
-    p.saveCustomerCode = mCurDevInf.customerCode;
-    p.saveCustomerName = mCurDevInf.customerName;
-    p.saveHomeImage = mCurDevInf.homeImage;
-    p.saveExplainImage = mCurDevInf.explainImage;
-    p.saveNavImage = mCurDevInf.navImage;
     persistPreferences();
-    emit signalGetDeviceInfo(mCurDevInf);
-    s.moduleKnown = true;
+    emit signalGetDeviceInfo(current);
+    {
+        const Lock lock(mStatusMutex);
+        mDeviceStatus.moduleKnown = true;
+    }
     checkHomeImage();
     checkExplainImage();
     checkNavImage();
@@ -438,17 +494,21 @@ void MainWindowPresenter::checkImage(const QString& reference, std::function<voi
         setImage(path);
         return;
     }
-    if (mHttpManager == nullptr) {
+    // Module replies come again while the first download runs: fetch each picture once.
+    if (mHttpManager == nullptr || mImageDownloads.contains(path)) {
         return;
     }
-    mHttpManager->downloadImage(reference, path, guard([setImage](bool ok, QString saved) {
+    mImageDownloads.insert(path);
+    mHttpManager->downloadImage(reference, path, guard([this, setImage, path](bool ok, QString saved) {
+                                    mImageDownloads.remove(path);
                                     if (ok) {
                                         setImage(saved);
                                     }
                                 }),
-                                [](QString url, QNetworkReply::NetworkError code) {
+                                guard([this, path](QString url, QNetworkReply::NetworkError code) {
+                                    mImageDownloads.remove(path);
                                     qCWarning(lcConsole).noquote() << "image download failed:" << url << code;
-                                });
+                                }));
 }
 
 void MainWindowPresenter::checkHomeImage()
@@ -507,6 +567,18 @@ void MainWindowPresenter::deviceOut(int vid, int pid)
 
 void MainWindowPresenter::deviceInsert(bool state)
 {
+    if (deviceInsertStep(state)) {
+        // Outside the lock: closing joins the link's threads.
+        mDeviceManager->close();
+        if (mRecordManager != nullptr) {
+            mRecordManager->destroyRecorder();
+        }
+    }
+}
+
+// True when the device is to be closed.
+bool MainWindowPresenter::deviceInsertStep(bool state)
+{
     const Lock lock(mStatusMutex);
     mOpenWaitCount = 0;
     if (state) {
@@ -527,7 +599,7 @@ void MainWindowPresenter::deviceInsert(bool state)
                 mDeviceStatus.opened = false;
             }
         }
-        return;
+        return false;
     }
     if (mDeviceState.insert) {
         mDeviceState.insertChange = true;
@@ -540,7 +612,6 @@ void MainWindowPresenter::deviceInsert(bool state)
         }
         mDeviceState.insertChange = false;
         addErrorStatus(1);
-        mDeviceManager->close();
         mTimers[TimerDeviceMessage]->stop();
         mDeviceStatus = DeviceStatus();
         mDeviceInitialised = false;
@@ -549,28 +620,33 @@ void MainWindowPresenter::deviceInsert(bool state)
         // Repeating: openDevice() stays parked until the next insertion.
         startDelayOpen(false);
         mDeviceStatus.delayStarted = true;
-        if (mRecordManager != nullptr) {
-            mRecordManager->destroyRecorder();
-        }
+        return true;
     }
+    return false;
 }
 
 void MainWindowPresenter::onBLEDeviceConnectState(bool connected, QString uuid)
 {
-    const Lock lock(mStatusMutex);
+    bool answered = false;
+    {
+        const Lock lock(mStatusMutex);
+        answered = mBleAnswered;
+        mBleAnswered = true;
+        if (connected) {
+            mUserPreferences.saveDeviceUuid = uuid;
+            mDeviceStatus.connected = true;
+        }
+    }
     if (connected) {
         emit signalHideBLEGuidanceDialog();
         if (mNotices != nullptr) {
             mNotices->showBleConnected();
         }
-        mUserPreferences.saveDeviceUuid = uuid;
         persistPreferences();
-        mDeviceStatus.connected = true;
         mView->setDeviceTypeIcon(1);
-    } else if (!mBleAnswered) {
+    } else if (!answered) {
         emit signalShowBLEGuidanceDialog();
     }
-    mBleAnswered = true;
 }
 
 void MainWindowPresenter::onTimerConnectionCheck()

@@ -22,6 +22,21 @@ void logError(QString message, QNetworkReply::NetworkError code)
     qCWarning(lcConsole).noquote() << "http error:" << message << code;
 }
 
+const char* stepName(MainWindowPresenter::HttpStep step)
+{
+    static const char* const kNames[] = {
+        "app version", "device list",     "device open time",    "ip address",    "ip info",
+        "ip upload",   "calendar phrase", "device registration", "direct UI list"};
+    return kNames[step];
+}
+
+// Steps that nothing else waits for: the address report and the calendar phrase.
+bool isOptional(MainWindowPresenter::HttpStep step)
+{
+    return step == MainWindowPresenter::StepIpAddress || step == MainWindowPresenter::StepIpInfo ||
+           step == MainWindowPresenter::StepUploadIpInfo || step == MainWindowPresenter::StepCalendarPhrases;
+}
+
 }  // namespace
 
 void MainWindowPresenter::onTimerHttpController()
@@ -49,8 +64,12 @@ void MainWindowPresenter::onTimerHttpController()
         {StepRegisterDevice, &MainWindowPresenter::registerDevice},
         {StepDirectUI, &MainWindowPresenter::getDirectUIList},
     };
-    auto walk = [this](const Step& step) {
-        if (!mHttpRequested[step.step]) {
+    const qint64 now = mClockMs();
+    auto walk = [this, now](const Step& step) {
+        if (mHttpGivenUp[step.step]) {
+            return true;
+        }
+        if (!mHttpRequested[step.step] && now >= mHttpRetryAt[step.step]) {
             (this->*step.request)();
         }
         return mHttpAnswered[step.step];
@@ -78,26 +97,60 @@ void MainWindowPresenter::onTimerHttpController()
     controller->stop();
 }
 
-void MainWindowPresenter::httpStepFailed(HttpStep step)
+// A failed step is asked again at once a couple of times, then every few seconds, so that a
+// backend that is down is not asked ten times a second. The first failure of a streak is
+// written; the ones after it only when the step is given up or answers again.
+void MainWindowPresenter::httpStepFailed(HttpStep step, const QString& reason)
 {
+    if (!mHttpRequested[step]) {
+        return;  // the error that follows a time-out: the same try
+    }
     mHttpRequested[step] = false;
+    const int failures = ++mHttpFailures[step];
+    if (failures == 1) {
+        qCWarning(lcConsole).noquote() << stepName(step) << "failed:" << reason << "- asking again";
+    }
+    if (failures > kHttpQuickRetries) {
+        mHttpRetryAt[step] = mClockMs() + kHttpBackoffMs;
+    }
+    if (!isOptional(step) || failures < kOptionalStepTries) {
+        return;
+    }
+    // Nothing waits for these: the registration goes out without an address id.
+    qCWarning(lcConsole).noquote() << stepName(step) << "failed" << failures << "times:" << reason
+                                   << "- given up for this run";
+    if (step == StepCalendarPhrases) {
+        mHttpGivenUp[step] = true;
+        return;
+    }
+    for (HttpStep each : {StepIpAddress, StepIpInfo, StepUploadIpInfo}) {
+        mHttpGivenUp[each] = true;  // each needs the one before
+    }
 }
 
-// A step that times out or fails is asked again on the next tick. Each request carries its
-// own step: the open time is also asked by the device controller, out of the ladder's order.
+void MainWindowPresenter::httpStepAnswered(HttpStep step)
+{
+    if (mHttpFailures[step] > 1) {
+        qCInfo(lcConsole).noquote() << stepName(step) << "answered after" << mHttpFailures[step]
+                                    << "failures";
+    }
+    mHttpFailures[step] = 0;
+    mHttpRetryAt[step] = 0;
+    mHttpAnswered[step] = true;
+}
+
+// Each request carries its own step: the open time is also asked by the device controller,
+// out of the ladder's order.
 HttpRequest::TimeoutFunc MainWindowPresenter::onHttpTimeout(HttpStep step)
 {
-    return guard([this, step](QString message) {
-        logTimeout(message);
-        httpStepFailed(step);
-    });
+    return guard(
+        [this, step](QString message) { httpStepFailed(step, QStringLiteral("time-out ") + message); });
 }
 
 HttpRequest::ErrorFunc MainWindowPresenter::onHttpError(HttpStep step)
 {
     return guard([this, step](QString message, QNetworkReply::NetworkError code) {
-        logError(message, code);
-        httpStepFailed(step);
+        httpStepFailed(step, QStringLiteral("error %1 %2").arg(QString::number(int(code)), message));
     });
 }
 
@@ -107,10 +160,10 @@ void MainWindowPresenter::getAppVersion()
     mHttpManager->getAppVersion(
         guard([this](bool ok, VersionInfo vi) {
             if (!ok) {
-                httpStepFailed(StepAppVersion);
+                httpStepFailed(StepAppVersion, QStringLiteral("refused"));
                 return;
             }
-            mHttpAnswered[StepAppVersion] = true;
+            httpStepAnswered(StepAppVersion);
             emit signalAppVersion(vi);
             if (userPreferences().checkUpdate != 0 && vi.version != QLatin1String(kAppVersion)) {
                 offerUpdate(vi);
@@ -124,10 +177,10 @@ void MainWindowPresenter::getDeviceList()
     mHttpRequested[StepDeviceList] = true;
     mHttpManager->getDeviceInfoList(guard([this](bool ok, QList<DeviceInfo> list) {
                                         if (!ok) {
-                                            httpStepFailed(StepDeviceList);
+                                            httpStepFailed(StepDeviceList, QStringLiteral("refused"));
                                             return;
                                         }
-                                        mHttpAnswered[StepDeviceList] = true;
+                                        httpStepAnswered(StepDeviceList);
                                         const Lock lock(mStatusMutex);
                                         mDeviceInfoList = list;
                                     }),
@@ -139,11 +192,11 @@ void MainWindowPresenter::getIpAddress()
     mHttpRequested[StepIpAddress] = true;
     mHttpManager->getIpAddress(guard([this](bool ok, QString ip) {
                                    if (!ok) {
-                                       httpStepFailed(StepIpAddress);
+                                       httpStepFailed(StepIpAddress, QStringLiteral("refused"));
                                        return;
                                    }
                                    mIpAddress = ip;
-                                   mHttpAnswered[StepIpAddress] = true;
+                                   httpStepAnswered(StepIpAddress);
                                }),
                                onHttpTimeout(StepIpAddress), onHttpError(StepIpAddress));
 }
@@ -153,11 +206,11 @@ void MainWindowPresenter::getIpInfo()
     mHttpRequested[StepIpInfo] = true;
     mHttpManager->getIpInfo(mIpAddress, guard([this](bool ok, IpInfo info) {
                                 if (!ok) {
-                                    httpStepFailed(StepIpInfo);
+                                    httpStepFailed(StepIpInfo, QStringLiteral("refused"));
                                     return;
                                 }
                                 mIpInfo = info;
-                                mHttpAnswered[StepIpInfo] = true;
+                                httpStepAnswered(StepIpInfo);
                             }),
                             onHttpTimeout(StepIpInfo), onHttpError(StepIpInfo));
 }
@@ -167,13 +220,13 @@ void MainWindowPresenter::uploadIpInfo()
     mHttpRequested[StepUploadIpInfo] = true;
     mHttpManager->uploadIpInfo(mIpInfo, guard([this](bool ok, IpInfo info) {
                                    if (!ok) {
-                                       httpStepFailed(StepUploadIpInfo);
+                                       httpStepFailed(StepUploadIpInfo, QStringLiteral("refused"));
                                        return;
                                    }
                                    mIpInfo = info;
-                                   mHttpAnswered[StepUploadIpInfo] = true;
+                                   httpStepAnswered(StepUploadIpInfo);
                                    emit signalLocalIpId(info.id);
-                                   storePreference(&UserPreferences::saveIpAddress, info.id);
+                                   storePreference(&UserPreferences::saveIpAddress, 1);
                                }),
                                onHttpTimeout(StepUploadIpInfo), onHttpError(StepUploadIpInfo));
 }
@@ -183,13 +236,13 @@ void MainWindowPresenter::getCalendarPhrases()
     mHttpRequested[StepCalendarPhrases] = true;
     mHttpManager->getCalendarPhrases(guard([this](bool ok, CalendarPhrases phrases) {
                                          if (!ok) {
-                                             httpStepFailed(StepCalendarPhrases);
+                                             httpStepFailed(StepCalendarPhrases, QStringLiteral("refused"));
                                              return;
                                          }
                                          if (userPreferences().calendarPhrases != 0) {
                                              mView->showCalendarPhrases(phrases);
                                          }
-                                         mHttpAnswered[StepCalendarPhrases] = true;
+                                         httpStepAnswered(StepCalendarPhrases);
                                      }),
                                      onHttpTimeout(StepCalendarPhrases), onHttpError(StepCalendarPhrases));
 }
@@ -204,7 +257,7 @@ void MainWindowPresenter::registerDevice()
     mHttpManager->registerDevice(mDevice, guard([this](bool ok, Device device) {
                                      if (!ok) {
                                          qCWarning(lcConsole) << "登录失败...";
-                                         httpStepFailed(StepRegisterDevice);
+                                         httpStepFailed(StepRegisterDevice, QStringLiteral("refused"));
                                          return;
                                      }
                                      mDevice.id = device.id;
@@ -215,7 +268,7 @@ void MainWindowPresenter::registerDevice()
                                      mDeviceRecord.systemVersion =
                                          QString(QSysInfo::prettyProductName() + QLatin1Char('(') +
                                                  QSysInfo::kernelVersion() + QLatin1Char(')'));
-                                     mHttpAnswered[StepRegisterDevice] = true;
+                                     httpStepAnswered(StepRegisterDevice);
                                      emit signalStartHeartbeat();
                                  }),
                                  onHttpTimeout(StepRegisterDevice), onHttpError(StepRegisterDevice));
@@ -226,10 +279,10 @@ void MainWindowPresenter::getDirectUIList()
     mHttpRequested[StepDirectUI] = true;
     mHttpManager->getDirectUIList(guard([this](bool ok, QList<DirectUI> list) {
                                       if (!ok) {
-                                          httpStepFailed(StepDirectUI);
+                                          httpStepFailed(StepDirectUI, QStringLiteral("refused"));
                                           return;
                                       }
-                                      mHttpAnswered[StepDirectUI] = true;
+                                      httpStepAnswered(StepDirectUI);
                                       emit signalDirectUIsToInput(list);
                                   }),
                                   onHttpTimeout(StepDirectUI), onHttpError(StepDirectUI));

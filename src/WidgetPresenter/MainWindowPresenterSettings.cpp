@@ -38,7 +38,8 @@ void MainWindowPresenter::onDeviceDpi(int level)
 
 void MainWindowPresenter::onDeviceCpi(int value)
 {
-    const Lock lock(mStatusMutex);
+    std::unique_lock<std::recursive_mutex> lock(mStatusMutex);
+    bool persist = false;
     DeviceStatus& s = mDeviceStatus;
     s.dpiLevel.level000 = value;
     if (!s.dpiKnown) {
@@ -48,27 +49,35 @@ void MainWindowPresenter::onDeviceCpi(int value)
     } else if (value == s.targetDpi) {
         mView->setDeviceRadioLevel3Checked(true);
         mUserPreferences.dpiValue = value;
+        persist = true;
+    }
+    lock.unlock();
+    if (persist) {
         persistPreferences();
     }
 }
 
 void MainWindowPresenter::onChangeMouseDpiKey(int level)
 {
-    const Lock lock(mStatusMutex);
-    DeviceStatus& s = mDeviceStatus;
-    s.dpiLevel.level000 = level;
-    s.targetDpi = level;
-    s.dpiKnown = true;
-    checkDpiButton(level);
-    mUserPreferences.dpiValue = level;
+    {
+        const Lock lock(mStatusMutex);
+        DeviceStatus& s = mDeviceStatus;
+        s.dpiLevel.level000 = level;
+        s.targetDpi = level;
+        s.dpiKnown = true;
+        checkDpiButton(level);
+        mUserPreferences.dpiValue = level;
+    }
     persistPreferences();
 }
 
 void MainWindowPresenter::selectDpi(int target)
 {
-    const Lock lock(mStatusMutex);
-    mDeviceStatus.targetDpi = target;
-    mUserPreferences.dpiValue = target;
+    {
+        const Lock lock(mStatusMutex);
+        mDeviceStatus.targetDpi = target;
+        mUserPreferences.dpiValue = target;
+    }
     persistPreferences();
 }
 
@@ -111,7 +120,7 @@ void MainWindowPresenter::onDeviceDpiLevelValue(int v1, int v2, int v3)
         mDeviceStatus.bestCpiValue = int(float(width) / 1.2f * factor);
         mDeviceStatus.levelValuesShown = true;
     }
-    mView->setCpiValue(int(float(width) / 1.2f));
+    mView->setCpiValue(cpiLabel(int(float(width) / 1.2f)));
     mView->setVipFunction(true);
 }
 

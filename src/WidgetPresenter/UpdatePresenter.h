@@ -1,6 +1,7 @@
 #pragma once
 
 #include "Http/BackendRecords.h"
+#include "Utils/AppVersion.h"
 
 #include <QObject>
 #include <QString>
@@ -18,7 +19,6 @@ class UpdatePresenter : public QObject {
     Q_OBJECT
 
 public:
-    static constexpr char kAppVersion[] = "2.8.1.0";
     // The backend serves a self-extracting installer on this platform; the desktop's handler
     // for it takes over.
     static constexpr char kInstallerName[] = "ZorvaneInstaller.run";

@@ -3,8 +3,11 @@
 #include "FakeHidBackend.h"
 #include "Utils/KeyTable.h"
 
+#include <QDir>
 #include <QFile>
 #include <QSignalSpy>
+#include <QSqlDatabase>
+#include <QSqlQuery>
 #include <QStandardPaths>
 #include <QTemporaryDir>
 #include <QTimer>
@@ -164,22 +167,66 @@ void TestCommandWords::databaseThatCannotOpen()
              QStringLiteral("setAddCommandWarningText(* 打开数据失败！！！)"));
 }
 
+namespace {
+
+// An older version's database as it lies on disk, made without DBManager: its file name is
+// the Base64 of "zorvane_db", keyword and target are Base64 text, pro and type are plain.
+bool makeOldDatabase(const QString& dir, const QList<QVariantList>& rows)
+{
+    bool ok = QDir().mkpath(dir);
+    {
+        QSqlDatabase db = QSqlDatabase::addDatabase(QStringLiteral("QSQLITE"), QStringLiteral("handmade"));
+        db.setDatabaseName(dir + QStringLiteral("/em9ydmFuZV9kYg=="));
+        ok = ok && db.open();
+        QSqlQuery query(db);
+        ok = ok && query.exec(QStringLiteral(
+                       "create table if not exists command_word(id integer primary key autoincrement, "
+                       "keyword varchar(200), target varchar(200), type int, pro varchar(200))"));
+        for (const QVariantList& row : rows) {
+            ok = ok && query.prepare(QStringLiteral(
+                           "insert into command_word(keyword, target, type, pro) values(?, ?, ?, ?)"));
+            for (const QVariant& value : row) {
+                query.addBindValue(value);
+            }
+            ok = ok && query.exec();
+        }
+        db.close();
+    }
+    QSqlDatabase::removeDatabase(QStringLiteral("handmade"));
+    return ok;
+}
+
+}  // namespace
+
 void TestCommandWords::migrationReversesAndRemovesTheOldFile()
 {
     QTemporaryDir dir;
     const QString oldDir = dir.path() + QStringLiteral("/ZorvaneBT");
     const QString newDir = dir.path() + QStringLiteral("/ZorvaneV2");
-    {
-        DBManager old(oldDir, dir.path() + QStringLiteral("/none"));
-        old.open();
-        old.addCommandWord(word(QStringLiteral("先"), QStringLiteral("a")));
-        old.addCommandWord(word(QStringLiteral("后"), QStringLiteral("b")));
-        old.close();
-        QCOMPARE(keywords(old), (QStringList{QStringLiteral("后"), QStringLiteral("先")}));
-    }
+    QVERIFY(makeOldDatabase(
+        oldDir,
+        {{QStringLiteral("5YWI"), QStringLiteral("aHR0cHM6Ly9leGFtcGxlLm9yZy8/cT0x"), 0, QString()},
+         {QStringLiteral("5ZCO"), QStringLiteral("Yg=="), 2, QString()},
+         {QStringLiteral("5YWo6YCJ"), QStringLiteral("Q29udHJsICsgQQ=="), 3, QStringLiteral("55,0")}}));
+
+    // Read newest first and added in that order: the order turns around, with new ids.
     DBManager db(newDir, oldDir);
-    QCOMPARE(keywords(db), (QStringList{QStringLiteral("先"), QStringLiteral("后")}));
-    QVERIFY(!QFile::exists(oldDir + QLatin1Char('/') + DBManager::fileName()));
+    QList<CommandWord> words;
+    QVERIFY(db.open());
+    QVERIFY(db.queryCommandWordList(&words));
+    db.close();
+    QCOMPARE(words.size(), 3);
+    QCOMPARE(words.at(0).keyword, QStringLiteral("先"));
+    QCOMPARE(words.at(0).target, QStringLiteral("https://example.org/?q=1"));
+    QCOMPARE(words.at(0).type, 0);
+    QCOMPARE(words.at(1).keyword, QStringLiteral("后"));
+    QCOMPARE(words.at(1).type, 2);
+    QCOMPARE(words.at(2).keyword, QStringLiteral("全选"));
+    QCOMPARE(words.at(2).target, QStringLiteral("Contrl + A"));
+    QCOMPARE(words.at(2).type, 3);
+    QCOMPARE(words.at(2).pro, QStringLiteral("55,0"));
+    QCOMPARE(words.at(0).id, 3);
+    QVERIFY(!QFile::exists(oldDir + QStringLiteral("/em9ydmFuZV9kYg==")));
     QVERIFY(QFile::exists(newDir + QStringLiteral("/em9ydmFuZV9kYg==")));
 }
 
@@ -187,14 +234,10 @@ void TestCommandWords::emptyOldDatabaseStays()
 {
     QTemporaryDir dir;
     const QString oldDir = dir.path() + QStringLiteral("/ZorvaneBT");
-    {
-        DBManager old(oldDir, dir.path() + QStringLiteral("/none"));
-        QVERIFY(old.open());
-        old.close();
-    }
+    QVERIFY(makeOldDatabase(oldDir, {}));
     DBManager db(dir.path() + QStringLiteral("/ZorvaneV2"), oldDir);
     QVERIFY(keywords(db).isEmpty());
-    QVERIFY(QFile::exists(oldDir + QLatin1Char('/') + DBManager::fileName()));
+    QVERIFY(QFile::exists(oldDir + QStringLiteral("/em9ydmFuZV9kYg==")));
 }
 
 QTEST_GUILESS_MAIN(TestCommandWords)

@@ -4,6 +4,10 @@
 #include <QStandardPaths>
 #include <QtTest>
 
+#include <atomic>
+#include <chrono>
+#include <thread>
+
 // The device controller's thread against the main thread: the ladder opens and loses the
 // receiver while the page's and the device's slots change the same state.
 class TestConsoleController : public QObject {
@@ -12,7 +16,30 @@ class TestConsoleController : public QObject {
 private slots:
     void initTestCase();
     void controllerAndSlotsShareTheState();
+    void slowEnumerationDoesNotHoldUpInput();
 };
+
+namespace {
+
+// A receiver whose enumeration takes its time, as a busy USB bus's does. Only the device
+// controller's: the plug watch enumerates on its own thread as well.
+class SlowHidBackend : public FakeHidBackend {
+public:
+    std::atomic<bool> enumerating{false};
+    std::atomic<int> delayMs{0};
+    QList<Interface> enumerate() override
+    {
+        if (QThread::currentThread()->objectName() == QLatin1String("UsbChangeWorker")) {
+            return FakeHidBackend::enumerate();
+        }
+        enumerating = true;
+        std::this_thread::sleep_for(std::chrono::milliseconds(delayMs.load()));
+        enumerating = false;
+        return FakeHidBackend::enumerate();
+    }
+};
+
+}  // namespace
 
 void TestConsoleController::initTestCase()
 {
@@ -51,6 +78,26 @@ void TestConsoleController::controllerAndSlotsShareTheState()
     backend.pullOut();
     QTRY_VERIFY_WITH_TIMEOUT(rig.errors().contains(1), 3000);
     QTRY_VERIFY(!presenter->deviceStatus().connected);
+}
+
+void TestConsoleController::slowEnumerationDoesNotHoldUpInput()
+{
+    SlowHidBackend backend;
+    ConsoleRig rig(&backend);
+    rig.tickMs = 20;
+    rig.prepare([](UserPreferences& p) { p.restRemind = 1; });
+    backend.delayMs = 1500;
+    MainWindowPresenter* presenter = rig.start();
+
+    // Every key and mouse event of the desktop comes through here on the main thread. It
+    // takes well under a millisecond; held up by the enumeration it would take 1.5 s.
+    QVERIFY(QTest::qWaitFor([&] { return backend.enumerating.load(); }, 5000));
+    QElapsedTimer clock;
+    clock.start();
+    presenter->onWorkInput();
+    QVERIFY2(clock.elapsed() < 500, qPrintable(QString::number(clock.elapsed())));
+    QVERIFY(presenter->timer(MainWindowPresenter::TimerWorkTime)->isActive());
+    backend.delayMs = 0;
 }
 
 QTEST_GUILESS_MAIN(TestConsoleController)

@@ -1,5 +1,6 @@
 #include "ConsoleRig.h"
 #include "Hid/DeviceMessage.h"
+#include "Hid/UsbChangeWorker.h"
 #include "Hid/VirtualHidBackend.h"
 #include "Http/HttpManager.h"
 #include "MouseSimulator.h"
@@ -19,12 +20,39 @@ namespace {
 
 constexpr int kVid = 0x3151;
 constexpr int kPid = 0x4011;
+// Both device ladders tick this fast here; what counts is the number of ticks.
+constexpr int kTickMs = 40;
 
 // The line the simulator prints when the application writes this record.
 QString out(const st_small_base_com_msg& record)
 {
     return QStringLiteral("out ") + QString::fromLatin1(record.toByteArray(31).toHex(' '));
 }
+
+// Waits until the device message loop has ticked n more times.
+bool waitTicks(MainWindowPresenter* presenter, int n)
+{
+    QSignalSpy ticks(presenter->timer(MainWindowPresenter::TimerDeviceMessage), &QTimer::timeout);
+    return QTest::qWaitFor([&] { return ticks.size() >= n; }, 100 * n * kTickMs);
+}
+
+// The console's log lines while it lives.
+class ConsoleLog {
+public:
+    ConsoleLog() : mPrevious(qInstallMessageHandler(&ConsoleLog::handle)) { sLines.clear(); }
+    ~ConsoleLog() { qInstallMessageHandler(mPrevious); }
+    int count(const QString& text) const { return sLines.filter(text).size(); }
+
+private:
+    static void handle(QtMsgType, const QMessageLogContext& context, const QString& message)
+    {
+        if (qstrcmp(context.category, "zorvane.console") == 0) {
+            sLines << message;
+        }
+    }
+    static inline QStringList sLines;
+    QtMessageHandler mPrevious;
+};
 
 void saveNumbers(UserPreferences& p, int vid, int pid)
 {
@@ -44,8 +72,8 @@ private slots:
     void asleepMouseWaitsThenSettingsReachIt();
     void unplugAndReplug();
     void onlineLadderOpensFromTheListAndRegisters();
-    void zeroDongleIsNeverRegistered();
     void httpStepsRunInOrderAndRetry();
+    void optionalStepsGiveWayToRegistration();
     void openDelayOnlineAndOffline();
 
 private:
@@ -93,6 +121,7 @@ void TestConsoleLadder::asleepMouseWaitsThenSettingsReachIt()
     QVERIFY(sim);
     VirtualHidBackend link(mSocketPath);
     ConsoleRig rig(&link);
+    rig.tickMs = kTickMs;
     rig.prepare([](UserPreferences& p) { saveNumbers(p, kVid, kPid); });
     MainWindowPresenter* presenter = rig.start();
     presenter->onInternetStateChange(false);  // no backend: the saved branding counts
@@ -102,7 +131,7 @@ void TestConsoleLadder::asleepMouseWaitsThenSettingsReachIt()
     QVERIFY(sim->waitForLine(QStringLiteral("open")));
     sim->command("active 0");
     QTRY_VERIFY(presenter->deviceStatus().activeKnown);
-    QTest::qWait(3 * MainWindowPresenter::kDeviceControllerMs);
+    QVERIFY(waitTicks(presenter, 4));
     QVERIFY(!sim->hasLine(out(DM::getDongleFlashID())));
     QVERIFY(!sim->hasLine(out(DM::getDPILevelValue())));
     QVERIFY(!presenter->deviceStatus().dongleIdKnown);
@@ -117,16 +146,22 @@ void TestConsoleLadder::asleepMouseWaitsThenSettingsReachIt()
     QVERIFY(rig.view.calls.contains(QStringLiteral("setVipFunction(true)")));
     QVERIFY(!rig.errors().contains(1));
 
-    // A switch on the page reaches the mouse by the message loop within five ticks.
+    // A switch on the page reaches the mouse within five ticks of the message loop, here
+    // ticked by hand.
+    presenter->timer(MainWindowPresenter::TimerDeviceMessage)->stop();
     presenter->onCheckShake(false);
-    QVERIFY(sim->waitForLine(out(DM::setShake(false)), 3500));
+    for (int tick = 0; tick < 5; ++tick) {
+        presenter->onTimerDeviceMessage();
+    }
+    QVERIFY(sim->waitForLine(out(DM::setShake(false))));
+    presenter->timer(MainWindowPresenter::TimerDeviceMessage)->start();
     QTRY_VERIFY(!presenter->deviceStatus().shake.status);
 
     // Asleep again: everything waits, the link stays.
     sim->command("active 0");
     QTRY_VERIFY(!presenter->deviceStatus().mouseActive);
     presenter->onCheckShake(true);
-    QTest::qWait(6 * MainWindowPresenter::kDeviceMessageMs);
+    QVERIFY(waitTicks(presenter, 6));
     QVERIFY(!sim->hasLine(out(DM::setShake(true))));
     QCOMPARE(rig.device.state(), 1);
     QVERIFY(!sim->hasLine(QStringLiteral("closed")));
@@ -138,6 +173,7 @@ void TestConsoleLadder::unplugAndReplug()
     QVERIFY(sim);
     VirtualHidBackend link(mSocketPath);
     ConsoleRig rig(&link);
+    rig.tickMs = kTickMs;
     rig.prepare([](UserPreferences& p) {
         saveNumbers(p, kVid, kPid);
         p.delayOpenDeviceTime = 300;
@@ -147,7 +183,16 @@ void TestConsoleLadder::unplugAndReplug()
     QTRY_VERIFY_WITH_TIMEOUT(presenter->isDeviceInitialised(), 15000);
     QCOMPARE(presenter->timer(MainWindowPresenter::TimerDeviceDelayOpen)->interval(), 300);
 
-    sim->command("unplug");
+    // The plug watch looks now rather than at its next second. Its first look is not
+    // announced: it only learns what is there.
+    auto plug = [&sim, &rig](const QByteArray& command) {
+        sim->command(command);
+        sim->command("echo " + command);
+        return sim->waitForLine(QString::fromLatin1(command)) &&
+               QMetaObject::invokeMethod(rig.hid.changeWorker(), "onCheck", Qt::BlockingQueuedConnection);
+    };
+    QVERIFY(QMetaObject::invokeMethod(rig.hid.changeWorker(), "onCheck", Qt::BlockingQueuedConnection));
+    QVERIFY(plug("unplug"));
     QTRY_VERIFY_WITH_TIMEOUT(rig.errors().contains(1), 1000);
     QCOMPARE(rig.view.callsOf(QStringLiteral("updateSystemTray")).last(),
              QStringLiteral("updateSystemTray(1)"));
@@ -158,7 +203,7 @@ void TestConsoleLadder::unplugAndReplug()
     // Parked: the delay repeats until the receiver comes back.
     QVERIFY(!presenter->timer(MainWindowPresenter::TimerDeviceDelayOpen)->isSingleShot());
 
-    sim->command("plug");
+    QVERIFY(plug("plug"));
     QTRY_COMPARE(rig.notices.shown.size(), 2);
     QCOMPARE(rig.notices.shown.last(), QStringLiteral("change(true)"));
     QVERIFY(presenter->timer(MainWindowPresenter::TimerDeviceDelayOpen)->isSingleShot());
@@ -176,6 +221,7 @@ void TestConsoleLadder::onlineLadderOpensFromTheListAndRegisters()
     const int registeredBefore = mServices.uploads().entries(QStringLiteral("/device/register")).size();
     VirtualHidBackend link(mSocketPath);
     ConsoleRig rig(&link);
+    rig.tickMs = kTickMs;
     // Numbers of a receiver that is not there: the backend's list finds the one that is.
     rig.prepare([](UserPreferences& p) { saveNumbers(p, 0x2222, 0x1111); });
     MainWindowPresenter* presenter = rig.start(http.get());
@@ -184,15 +230,21 @@ void TestConsoleLadder::onlineLadderOpensFromTheListAndRegisters()
 
     QTRY_VERIFY_WITH_TIMEOUT(presenter->isConsoleDataComplete(), 20000);
     QCOMPARE(presenter->currentDeviceInfo().customerName, QStringLiteral("Zorvane"));
-    // The branding pictures are fetched once, named by the Base64 of their file names.
+    // The branding pictures are named by the Base64 of their file names.
     const QString home = QStringLiteral("setHomeImage(") +
                          AppPaths::dataFile(QStringLiteral("/em9ydmFuZV9ob21lLnBuZw")) + QLatin1Char(')');
     QTRY_VERIFY(rig.view.calls.contains(home));
-    QTRY_COMPARE(rig.view.callsOf(QStringLiteral("setNavImage")).size(), 1);
+    // Module replies may repeat; each shows the one picture again.
+    QTRY_VERIFY(!rig.view.callsOf(QStringLiteral("setNavImage")).isEmpty());
+    const QStringList navCalls = rig.view.callsOf(QStringLiteral("setNavImage"));
+    QCOMPARE(navCalls.count(navCalls.first()), navCalls.size());
     QVERIFY(QFileInfo(AppPaths::dataFile(QStringLiteral("/em9ydmFuZV9ob21lLnBuZw"))).size() > 0);
     const UserPreferences saved = PreferencesUtils::getInstance()->getUserPreferences();
     QCOMPARE(saved.saveVid, kVid);
     QCOMPARE(saved.savePid, kPid);
+    QCOMPARE(saved.saveIpAddress, 1);  // a flag, not the id
+    // The stand-in publishes this build's version as the newest: nothing to offer.
+    QCOMPARE(rig.view.callsOf(QStringLiteral("setUpdateView")), QStringList());
     QCOMPARE(directUIs.size(), 1);
     QCOMPARE(directUIs.at(0).at(0).value<QList<DirectUI>>().size(), 4);
 
@@ -229,28 +281,16 @@ void TestConsoleLadder::onlineLadderOpensFromTheListAndRegisters()
     QCOMPARE(presenter->currentDeviceInfo().customerName, QStringLiteral("Zorvane"));
 }
 
-void TestConsoleLadder::zeroDongleIsNeverRegistered()
-{
-    auto sim = simulator({QStringLiteral("set dongle-flash 0000000000000000")});
-    QVERIFY(sim);
-    auto http = backend();
-    const int registeredBefore = mServices.uploads().entries(QStringLiteral("/device/register")).size();
-    VirtualHidBackend link(mSocketPath);
-    ConsoleRig rig(&link);
-    rig.prepare([](UserPreferences& p) { saveNumbers(p, kVid, kPid); });
-    MainWindowPresenter* presenter = rig.start(http.get());
-    QTRY_VERIFY_WITH_TIMEOUT(presenter->isConsoleDataComplete(), 20000);
-    QVERIFY(presenter->httpAnswered(MainWindowPresenter::StepRegisterDevice));
-    QCOMPARE(mServices.uploads().entries(QStringLiteral("/device/register")).size(), registeredBefore);
-    QVERIFY(!presenter->timer(MainWindowPresenter::TimerHeartbeat)->isActive());
-}
-
 void TestConsoleLadder::httpStepsRunInOrderAndRetry()
 {
     using P = MainWindowPresenter;
     auto http = backend();
     VirtualHidBackend noReceiver(mSocketPath + QStringLiteral(".absent"));
     ConsoleRig rig(&noReceiver);
+    rig.tickMs = kTickMs;
+    qint64 now = 0;
+    rig.clockMs = [&now] { return now; };
+    ConsoleLog log;
     MainWindowPresenter* presenter = rig.start(http.get());
     presenter->timer(P::TimerHttpController)->stop();  // ticks by hand from here
     http->setTimeout(200);
@@ -263,11 +303,30 @@ void TestConsoleLadder::httpStepsRunInOrderAndRetry()
     QTRY_VERIFY(!presenter->httpRequested(P::StepAppVersion));
     QVERIFY(!presenter->httpAnswered(P::StepAppVersion));
     fault.clear();
-    // An error is retried the same way.
+    http->setTimeout(MainWindowPresenter::kHttpTimeoutMs);  // no more time-outs from a busy machine
+    // Errors are retried the same way, at once the second time, then only after a pause.
     fault.httpStatus = 500;
+    for (int attempt = 0; attempt < 2; ++attempt) {
+        presenter->onTimerHttpController();
+        QVERIFY(presenter->httpRequested(P::StepAppVersion));
+        QTRY_VERIFY(!presenter->httpRequested(P::StepAppVersion));
+    }
+    now += P::kHttpBackoffMs - 1;
     presenter->onTimerHttpController();
+    QVERIFY(!presenter->httpRequested(P::StepAppVersion));
+    now += 1;
+    presenter->onTimerHttpController();
+    QVERIFY(presenter->httpRequested(P::StepAppVersion));
     QTRY_VERIFY(!presenter->httpRequested(P::StepAppVersion));
     fault.clear();
+    // The streak of four failures is written once, and its end once.
+    QCOMPARE(log.count(QStringLiteral("app version failed")), 1);
+    now += P::kHttpBackoffMs;
+    QTRY_VERIFY([&] {
+        presenter->onTimerHttpController();
+        return presenter->httpAnswered(P::StepAppVersion);
+    }());
+    QCOMPARE(log.count(QStringLiteral("app version")), 2);
 
     // Each step is asked only once the one before has answered. The device controller asks
     // for the open time on its own, so that step is left out of the order.
@@ -296,6 +355,41 @@ void TestConsoleLadder::httpStepsRunInOrderAndRetry()
     presenter->onInternetStateChange(true);
     QVERIFY(presenter->timer(P::TimerHttpController)->isActive());
     QVERIFY(!rig.errors().contains(3));
+
+    // A receiver whose id is sixteen zeros is never registered.
+    const int registeredBefore = mServices.uploads().entries(QStringLiteral("/device/register")).size();
+    presenter->onDeviceDongleFlashID(QStringLiteral("0000000000000000"));
+    presenter->registerDevice();
+    QVERIFY(presenter->httpAnswered(P::StepRegisterDevice));
+    QTest::qWait(200);
+    QCOMPARE(mServices.uploads().entries(QStringLiteral("/device/register")).size(), registeredBefore);
+    QVERIFY(!presenter->timer(P::TimerHeartbeat)->isActive());
+}
+
+void TestConsoleLadder::optionalStepsGiveWayToRegistration()
+{
+    auto sim = simulator();
+    QVERIFY(sim);
+    auto http = backend();
+    mServices.fault(ServiceSet::IpLookup).httpStatus = 500;
+    const int registeredBefore = mServices.uploads().entries(QStringLiteral("/device/register")).size();
+    VirtualHidBackend link(mSocketPath);
+    ConsoleRig rig(&link);
+    rig.tickMs = kTickMs;
+    rig.prepare([](UserPreferences& p) { saveNumbers(p, kVid, kPid); });
+    MainWindowPresenter* presenter = rig.start(http.get());
+    QSignalSpy directUIs(presenter, &MainWindowPresenter::signalDirectUIsToInput);
+
+    // The address report is given up after a few tries; the mouse is registered without it.
+    QTRY_VERIFY_WITH_TIMEOUT(presenter->isConsoleDataComplete(), 20000);
+    mServices.fault(ServiceSet::IpLookup).clear();
+    QCOMPARE(directUIs.size(), 1);
+    QCOMPARE(mServices.uploads().entries(QStringLiteral("/device/register")).size(), registeredBefore + 1);
+    QVERIFY(presenter->httpGivenUp(MainWindowPresenter::StepIpInfo));
+    QVERIFY(presenter->httpGivenUp(MainWindowPresenter::StepUploadIpInfo));
+    QVERIFY(!presenter->httpGivenUp(MainWindowPresenter::StepCalendarPhrases));
+    QCOMPARE(presenter->deviceRecord().ip, 0);
+    QCOMPARE(PreferencesUtils::getInstance()->getUserPreferences().saveIpAddress, 0);
 }
 
 void TestConsoleLadder::openDelayOnlineAndOffline()
@@ -304,12 +398,14 @@ void TestConsoleLadder::openDelayOnlineAndOffline()
     VirtualHidBackend noReceiver(mSocketPath + QStringLiteral(".absent"));
     {
         ConsoleRig rig(&noReceiver);
+        rig.tickMs = kTickMs;
         rig.prepare([](UserPreferences& p) { p.delayOpenDeviceTime = 1234; });
         MainWindowPresenter* presenter = rig.start(http.get());
         presenter->onInternetStateChange(false);  // before the controller's request is handled
         QTRY_COMPARE(presenter->timer(MainWindowPresenter::TimerDeviceDelayOpen)->interval(), 1234);
     }
     ConsoleRig rig(&noReceiver);
+    rig.tickMs = kTickMs;
     rig.prepare([](UserPreferences& p) { p.delayOpenDeviceTime = 1234; });
     MainWindowPresenter* presenter = rig.start(http.get());
     // The backend's value (1000 in the stand-in's data) replaces the saved one.

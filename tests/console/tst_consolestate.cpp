@@ -1,5 +1,6 @@
 #include "ConsoleRig.h"
 #include "FakeHidBackend.h"
+#include "Platform/InternetUtils.h"
 
 #include <QStandardPaths>
 #include <QTimer>
@@ -20,6 +21,8 @@ private slots:
     void plugAndShutdown();
     void batteryFigureRecovery();
     void workClock();
+    void unplugKeepsTheDelayParked();
+    void startsWithTheNetworkAsItIs();
 };
 
 namespace {
@@ -83,6 +86,13 @@ void TestConsoleState::bestResolutionForTheScreen()
     // Nominal values (factor 1) on a 1440-pixel screen: 1200.
     p->onDeviceDpiLevelValue(1000, 1200, 1600);
     QVERIFY(rig->view.calls.contains(QStringLiteral("setCpiValue(1200)")));
+    {
+        // The button shows the label of the screen's value: none past 1400 (a 1920-pixel screen).
+        ConsoleRig wide(&backend);
+        wide.start(nullptr, nullptr, 1920)->onDeviceDpiLevelValue(1000, 1200, 1600);
+        QCOMPARE(wide.view.callsOf(QStringLiteral("setCpiValue")),
+                 QStringList{QStringLiteral("setCpiValue(0)")});
+    }
     QCOMPARE(rig->view.callsOf(QStringLiteral("setVipFunction")).last(),
              QStringLiteral("setVipFunction(true)"));
     QCOMPARE(p->deviceStatus().bestCpiValue, 1200);
@@ -101,13 +111,12 @@ void TestConsoleState::cpiLabels_data()
 {
     QTest::addColumn<int>("value");
     QTest::addColumn<int>("label");
-    QTest::newRow("1024 px") << 853 << 853;
-    QTest::newRow("1280 px") << 1066 << 1066;
-    QTest::newRow("edge") << 1138 << 1138;
-    QTest::newRow("1440 px") << 1200 << 1200;
-    QTest::newRow("1600 px") << 1333 << 1333;
-    QTest::newRow("1680 px") << 1400 << 1400;
-    QTest::newRow("wider") << 1600 << 0;
+    // Each side of every step.
+    const int rows[][2] = {{853, 853},   {854, 1066},  {1066, 1066}, {1067, 1138}, {1138, 1138}, {1139, 1200},
+                           {1200, 1200}, {1201, 1333}, {1333, 1333}, {1334, 1400}, {1400, 1400}, {1401, 0}};
+    for (const auto& row : rows) {
+        QTest::addRow("%d", row[0]) << row[0] << row[1];
+    }
 }
 
 void TestConsoleState::cpiLabels()
@@ -271,6 +280,46 @@ void TestConsoleState::workClock()
     QVERIFY(!work->isActive() && !reset->isActive());
     QCOMPARE(rig->view.callsOf(QStringLiteral("setComboRestTime")).last(),
              QStringLiteral("setComboRestTime(4)"));
+}
+
+void TestConsoleState::unplugKeepsTheDelayParked()
+{
+    FakeHidBackend backend;
+    ConsoleRig rig(&backend);
+    MainWindowPresenter* p = rig.start();
+    QTimer* delay = p->timer(MainWindowPresenter::TimerDeviceDelayOpen);
+    p->deviceInsert(true);
+    p->deviceInsert(false);
+    QVERIFY(delay->isActive() && !delay->isSingleShot());
+    // The controller asked for the first delay just before the unplug; its request lands now
+    // and must not end the parking, or Bluetooth would be tried with the receiver out.
+    emit p->signalStartDeviceDelayOpen();
+    QVERIFY(delay->isActive() && !delay->isSingleShot());
+    p->deviceInsert(true);
+    QVERIFY(delay->isActive() && delay->isSingleShot());
+}
+
+void TestConsoleState::startsWithTheNetworkAsItIs()
+{
+    bool up = false;
+    InternetUtils watcher([&up] {
+        QList<InternetUtils::Interface> interfaces{{QStringLiteral("lo"), true, true, true, true}};
+        if (up) {
+            interfaces.append({QStringLiteral("eth0"), true, true, false, true});
+        }
+        return interfaces;
+    });
+    FakeHidBackend backend;
+    ConsoleRig rig(&backend);
+    rig.internet = &watcher;
+    MainWindowPresenter* p = rig.start();
+    QCOMPARE(rig.errors(), QList<int>{3});
+    QVERIFY(!p->timer(MainWindowPresenter::TimerHttpController)->isActive());
+
+    up = true;
+    watcher.refresh();
+    QVERIFY(!rig.errors().contains(3));
+    QVERIFY(p->timer(MainWindowPresenter::TimerHttpController)->isActive());
 }
 
 QTEST_GUILESS_MAIN(TestConsoleState)

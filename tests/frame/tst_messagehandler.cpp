@@ -16,6 +16,7 @@ private slots:
     void lineFormat();
     void installedHandlerAppendsToTheFile();
     void linesFromManyThreadsStayWhole();
+    void fullLogMovesAsideKeepingOneOlderFile();
     void unopenableFileLosesTheLineQuietly();
 
 private:
@@ -129,6 +130,36 @@ void TestMessageHandler::linesFromManyThreadsStayWhole()
         QCOMPARE(m.captured(2).toInt(), next[t]);
         ++next[t];
     }
+}
+
+void TestMessageHandler::fullLogMovesAsideKeepingOneOlderFile()
+{
+    QTemporaryDir dir;
+    const QString path = dir.filePath(QStringLiteral("ZorvaneLog.txt"));
+    constexpr int kLimit = 1000;
+    MessageHandler::install(path, kLimit);
+    MessageHandler::setEchoToStderr(false);
+    // Each line is a little over 100 bytes: three files' worth in all.
+    for (int i = 0; i < 30; ++i) {
+        qDebug("line %02d %s", i, "padding padding padding padding padding padding");
+    }
+    qInstallMessageHandler(nullptr);
+
+    const QStringList current = readLines(path);
+    const QStringList older = readLines(path + QStringLiteral(".1"));
+    QVERIFY(!QFile::exists(path + QStringLiteral(".2")));
+    QVERIFY(QFileInfo(path).size() < kLimit);
+    QVERIFY(QFileInfo(path + QStringLiteral(".1")).size() < kLimit + 200);
+    // Nothing between the two files was lost; the oldest lines went with the third file.
+    QVERIFY(!older.isEmpty() && !current.isEmpty());
+    QVERIFY(
+        current.last().endsWith(QStringLiteral("line 29 padding padding padding padding padding padding")));
+    const QStringList both = older + current;
+    for (int i = 0; i < both.size(); ++i) {
+        QCOMPARE(both.at(i).mid(both.at(i).indexOf(QStringLiteral("line ")), 7),
+                 QStringLiteral("line %1").arg(30 - both.size() + i, 2, 10, QLatin1Char('0')));
+    }
+    QVERIFY(both.size() < 30);
 }
 
 void TestMessageHandler::unopenableFileLosesTheLineQuietly()

@@ -17,7 +17,6 @@ private slots:
     void defaultsOfAnEmptyFile();
     void writesOnlyWhatDiffersFromTheFile();
     void memoryOnlyFieldsTravelInTheSignal();
-    void signalIsEmittedInsideTheCall();
     void badFilesGiveDefaults();
     void habits();
 
@@ -55,14 +54,6 @@ void TestPreferences::defaultsOfAnEmptyFile()
     QCOMPARE(p.workTime, 7200000);
     QCOMPARE(p.lastVoiceTranslateTargetLanguage, 7);
     QCOMPARE(p.textTranslateLanguage, 2);
-    QCOMPARE(p.recognitionLanguage, 0);
-    QCOMPARE(p.voiceTranslateTargetLanguage, 0);
-    QCOMPARE(p.isClickMode, 0);
-    QCOMPARE(p.restRemind, 0);
-    QCOMPARE(p.pronPerson, 0);
-    QVERIFY(p.saveDeviceUuid.isEmpty());
-    QVERIFY(p.dataLog.isEmpty());
-    QVERIFY(!p.isIFlySpeech);
     // Reading writes nothing.
     QVERIFY(!QFile::exists(PreferencesUtils::preferencesPath()));
 }
@@ -91,7 +82,8 @@ void TestPreferences::writesOnlyWhatDiffersFromTheFile()
     prefs()->setUserPreferences(p);
     QCOMPARE(prefs()->getUserPreferences().checkUpdate, 0);
 
-    // An equal record leaves the file as it is and still reaches the listeners.
+    // An equal record leaves the file as it is and still reaches the listeners, before the
+    // call returns (the spy counts without an event loop).
     const QByteArray before = fileText(PreferencesUtils::preferencesPath());
     QSignalSpy spy(prefs(), &PreferencesUtils::signalPreferencesChange);
     prefs()->setUserPreferences(prefs()->getUserPreferences());
@@ -114,18 +106,6 @@ void TestPreferences::memoryOnlyFieldsTravelInTheSignal()
     QVERIFY(reread.saveNavImage.isEmpty());
     QVERIFY(!reread.isIFlySpeech);
     QVERIFY(!fileText(PreferencesUtils::preferencesPath()).contains("nav.png"));
-}
-
-void TestPreferences::signalIsEmittedInsideTheCall()
-{
-    int seen = -1;
-    const QMetaObject::Connection c = connect(prefs(), &PreferencesUtils::signalPreferencesChange, this,
-                                              [&](UserPreferences p) { seen = p.restRemind; });
-    UserPreferences p = prefs()->getUserPreferences();
-    p.restRemind = 1;
-    prefs()->setUserPreferences(p);
-    QCOMPARE(seen, 1);  // no event loop ran in between
-    disconnect(c);
 }
 
 void TestPreferences::badFilesGiveDefaults()

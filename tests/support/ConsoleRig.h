@@ -16,6 +16,7 @@
 #include <memory>
 
 class HidBackend;
+class InternetUtils;
 class HttpManager;
 class DBManager;
 
@@ -55,11 +56,22 @@ struct ConsoleRig {
         c.http = http;
         c.notices = &notices;
         c.screenWidth = [screenWidth] { return screenWidth; };
+        c.clockMs = clockMs;
+        c.internet = internet;
+        if (tickMs > 0) {
+            c.deviceControllerMs = tickMs;
+            c.deviceMessageMs = tickMs;
+        }
         presenter = std::make_unique<MainWindowPresenter>(&view, c);
         return presenter.get();
     }
     QList<int> errors() const { return presenter->errorStatus(); }
 
+    // The cadence of both device ladders; 0 keeps the product's.
+    int tickMs = 0;
+    InternetUtils* internet = nullptr;  // online when null
+    // The clock of the backend's retry pauses; the real one when unset.
+    std::function<qint64()> clockMs;
     HidManager hid;
     FakeBleTransport bleTransport;
     BLEManager ble{&bleTransport, nullptr};

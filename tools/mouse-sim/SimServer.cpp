@@ -2,6 +2,9 @@
 
 #include "Hid/VirtualDeviceConnection.h"
 
+#include "Utils/SocketPath.h"
+
+#include <QDir>
 #include <QLocalServer>
 #include <QLocalSocket>
 
@@ -17,6 +20,14 @@ SimServer::SimServer(SimDevice* device, int vid, int pid, QObject* parent)
 
 bool SimServer::listen(const QString& socketPath)
 {
+    // A bare name lands in the temporary folder, as the local server would put it.
+    const QString fullPath = socketPath.startsWith(QLatin1Char('/'))
+                                 ? socketPath
+                                 : QDir::cleanPath(QDir::tempPath()) + QLatin1Char('/') + socketPath;
+    mError = SocketPath::tooLong(fullPath);
+    if (!mError.isEmpty()) {
+        return false;
+    }
     QLocalServer::removeServer(socketPath);
     mServer->setSocketOptions(QLocalServer::UserAccessOption);
     return mServer->listen(socketPath);
@@ -24,7 +35,7 @@ bool SimServer::listen(const QString& socketPath)
 
 QString SimServer::errorString() const
 {
-    return mServer->errorString();
+    return mError.isEmpty() ? mServer->errorString() : mError;
 }
 
 QString SimServer::vendorPath() const

@@ -63,6 +63,7 @@ private:
     int mPid;
     bool mPlugged = true;
     QLocalServer* mServer;
+    QString mError;  // why listen() refused before asking the server
     QList<QLocalSocket*> mClients;
     QHash<QLocalSocket*, QByteArray> mBuffers;
     QLocalSocket* mOpenBy = nullptr;

@@ -1,0 +1,3 @@
+#include "Utils/AppVersion.h"
+
+const char kAppVersion[] = ZORVANE_APP_VERSION;
