@@ -6,6 +6,7 @@
 #include "InputView.h"
 #include "Platform/AppLauncher.h"
 #include "Utils/AppConfig.h"
+#include "Utils/AppVersion.h"
 #include "Utils/LanguageTables.h"
 #include "Utils/Logging.h"
 
@@ -14,7 +15,6 @@
 
 namespace {
 
-const QString kSemanticVersion = QStringLiteral("2.8.1.0");
 constexpr int kTraditionalChineseRow = 1;
 
 void trace(int step)
@@ -229,7 +229,7 @@ void InputPresenter::finishVoiceCommand(const QString& content)
     const quint64 session = mSession;
     const QPointer<InputPresenter> self(this);
     mHttpManager->analyzeWord(
-        command, mServiceCategory, mLocalIpId, kSemanticVersion,
+        command, mServiceCategory, mLocalIpId, QString::fromLatin1(kAppVersion),
         [self, session, command](bool ok, SemanticParsingResult result) {
             if (self) {
                 self->onSemanticReply(session, ok, command, result);
