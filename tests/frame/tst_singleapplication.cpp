@@ -20,7 +20,6 @@ public:
 
 private slots:
     void staleSocketWasReplacedAndIsPrivate();
-    void secondStartExitsZeroAndShowsHiddenWindow();
     void secondStartRestoresMinimisedWindow();
     void closingOnlyHides();
     void secondStartBeforeTheWindowExistsDoesNothing();
@@ -63,15 +62,6 @@ void TestSingleApplication::staleSocketWasReplacedAndIsPrivate()
     QLocalSocket probe;
     probe.connectToServer(SingleApplication::socketPath());
     QVERIFY(probe.waitForConnected(1000));
-}
-
-void TestSingleApplication::secondStartExitsZeroAndShowsHiddenWindow()
-{
-    MainWindow* window = MainWindow::getInstance(nullptr);
-    mApp->mainWindow = window;
-    QVERIFY(!window->isVisible());
-    QCOMPARE(startSecondInstance(), 0);
-    QTRY_VERIFY(window->isVisible());
 }
 
 void TestSingleApplication::secondStartRestoresMinimisedWindow()
