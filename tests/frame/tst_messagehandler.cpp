@@ -20,7 +20,23 @@ private slots:
 
 private:
     QStringList readLines(const QString& path);
+    // Logs quietly into a file in dir that already holds `earlier`.
+    QString installIn(const QTemporaryDir& dir, const QByteArray& earlier = QByteArray(),
+                      qint64 limit = MessageHandler::kMaxFileBytes);
 };
+
+QString TestMessageHandler::installIn(const QTemporaryDir& dir, const QByteArray& earlier, qint64 limit)
+{
+    const QString path = dir.filePath(QStringLiteral("ZorvaneLog.txt"));
+    QFile file(path);
+    if (file.open(QIODevice::WriteOnly)) {
+        file.write(earlier);
+    }
+    file.close();
+    MessageHandler::install(path, limit);
+    MessageHandler::setEchoToStderr(false);
+    return path;
+}
 
 QStringList TestMessageHandler::readLines(const QString& path)
 {
@@ -61,14 +77,7 @@ void TestMessageHandler::lineFormat()
 void TestMessageHandler::installedHandlerAppendsToTheFile()
 {
     QTemporaryDir dir;
-    const QString path = dir.filePath(QStringLiteral("ZorvaneLog.txt"));
-    {
-        QFile earlier(path);
-        QVERIFY(earlier.open(QIODevice::WriteOnly));
-        earlier.write("earlier\r\n");
-    }
-    MessageHandler::install(path);
-    MessageHandler::setEchoToStderr(false);
+    const QString path = installIn(dir, "earlier\r\n");
     qDebug() << "first";
     qWarning("second %d", 2);
     qInstallMessageHandler(nullptr);
@@ -85,10 +94,7 @@ void TestMessageHandler::installedHandlerAppendsToTheFile()
 void TestMessageHandler::linesFromManyThreadsStayWhole()
 {
     QTemporaryDir dir;
-    const QString path = dir.filePath(QStringLiteral("ZorvaneLog.txt"));
-    MessageHandler::install(path);
-    MessageHandler::setEchoToStderr(false);
-
+    const QString path = installIn(dir);
     constexpr int kThreads = 4;
     constexpr int kLines = 150;
     // std::thread, not QThread: ThreadSanitizer sees its join, but not the one inside Qt.
@@ -124,10 +130,8 @@ void TestMessageHandler::linesFromManyThreadsStayWhole()
 void TestMessageHandler::fullLogMovesAsideKeepingOneOlderFile()
 {
     QTemporaryDir dir;
-    const QString path = dir.filePath(QStringLiteral("ZorvaneLog.txt"));
     constexpr int kLimit = 1000;
-    MessageHandler::install(path, kLimit);
-    MessageHandler::setEchoToStderr(false);
+    const QString path = installIn(dir, QByteArray(), kLimit);
     // Each line is a little over 100 bytes: three files' worth in all.
     for (int i = 0; i < 30; ++i) {
         qDebug("line %02d %s", i, "padding padding padding padding padding padding");

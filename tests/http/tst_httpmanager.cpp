@@ -60,10 +60,6 @@ void TestHttpManager::feedbackBySubstring()
         QStringLiteral("标题"), QStringLiteral("内容 text"), 999999, [&](bool ok) { answer = ok; }, nullptr,
         nullptr);
     QTRY_COMPARE(answer, 1);
-    const QByteArray target = mBackend.requests().last().target;
-    QVERIFY(target.startsWith("/BelmorZorvaneV2Mac/feedback/upload?title="));
-    QCOMPARE(QUrl::fromPercentEncoding(target),
-             QStringLiteral("/BelmorZorvaneV2Mac/feedback/upload?title=标题&content=内容 text"));
 
     mBackend.setAnswer(QStringLiteral("/BelmorZorvaneV2Mac/feedback/upload"), {200, R"({"code":1})", 0});
     answer = -1;

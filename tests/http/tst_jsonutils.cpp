@@ -120,12 +120,6 @@ void TestJsonUtils::listsAndOddElements()
     QCOMPARE(infos.at(0).isIFlySpeech, 1);
     QCOMPARE(infos.at(1).vid, QString());  // not an object: an empty record
     QCOMPARE(infos.at(2).customerCode, QStringLiteral("X"));
-
-    QList<DirectUI> uis;
-    QVERIFY(JsonUtils::getDirectUIList(R"({"code":1,"data":[]})", &uis));
-    QVERIFY(uis.isEmpty());
-    QVERIFY(JsonUtils::getDirectUIList("[]", &uis));
-    QVERIFY(!JsonUtils::getDeviceInfoList("[]", &infos));
 }
 
 void TestJsonUtils::versionEnableIsACharacter()

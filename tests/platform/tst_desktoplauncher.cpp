@@ -61,10 +61,6 @@ void TestDesktopLauncher::execQuotingAndFieldCodes_data()
 {
     QTest::addColumn<QString>("exec");
     QTest::addColumn<QStringList>("arguments");  // empty: refused
-    QTest::newRow("plain") << QStringLiteral("gnome-calculator")
-                           << QStringList{QStringLiteral("gnome-calculator")};
-    QTest::newRow("file codes dropped")
-        << QStringLiteral("firefox-esr %u") << QStringList{QStringLiteral("firefox-esr")};
     QTest::newRow("codes inside a word")
         << QStringLiteral("app --file=%f --x")
         << QStringList{QStringLiteral("app"), QStringLiteral("--file="), QStringLiteral("--x")};

@@ -49,7 +49,6 @@ void TestSystem::autostartRoundTrip()
     const QStringList lines = QString::fromUtf8(file.readAll()).split(QLatin1Char('\n'));
     QCOMPARE(lines.value(0), QStringLiteral("[Desktop Entry]"));
     QVERIFY(lines.contains(QStringLiteral("Type=Application")));
-    QVERIFY(lines.contains(QStringLiteral("Name=Zorvane")));
     QVERIFY(lines.contains(QStringLiteral("X-GNOME-Autostart-enabled=true")));
     QVERIFY(lines.contains(QStringLiteral("Exec=") +
                            AppAutoRunUtils::execArgument(QCoreApplication::applicationFilePath())));
