@@ -33,12 +33,7 @@ void TestHttpManager::postsIndentedJsonUnderThePrefix()
     mBackend.setAnswer(QStringLiteral("/BelmorZorvaneV2Mac/textrecord/upload"),
                        {200, R"({"code":1,"msg":"ok"})", 0});
     TextRecord record;
-    record.ip = 12;
-    record.from = QStringLiteral("zh");
-    record.to = QStringLiteral("en");
     record.src = QStringLiteral("你好");
-    record.dst = QStringLiteral("hello");
-    record.type = 1;
     int answer = -1;
     mManager->uploadRecoed(
         record, [&](bool ok) { answer = ok; }, nullptr, nullptr);

@@ -18,7 +18,6 @@ private slots:
     void getAndPostReachHandleWithJsonHeader();
     void timeOutThenErrorAndNeverHandle();
     void overlappingCallsKeepTheirOwnCallbacks();
-    void httpErrorGoesToOnError();
     void downloadReplacesFileWithProgressOnTheWay();
     void cancelAbortsDownloadsAndIsHarmlessWhenIdle();
     void syncCallsFromAWorkerThread();
@@ -90,17 +89,6 @@ void TestHttpRequest::overlappingCallsKeepTheirOwnCallbacks()
     QTRY_COMPARE(second, QByteArray("two"));
     QVERIFY(first.isEmpty());
     QTRY_COMPARE(first, QByteArray("one"));
-}
-
-void TestHttpRequest::httpErrorGoesToOnError()
-{
-    bool handled = false;
-    QNetworkReply::NetworkError error = QNetworkReply::NoError;
-    http->get(
-        mServer.url(QStringLiteral("/missing")).toString(), [&](const QByteArray&) { handled = true; }, 2000,
-        nullptr, [&](QString, QNetworkReply::NetworkError e) { error = e; });
-    QTRY_COMPARE(error, QNetworkReply::ContentNotFoundError);
-    QVERIFY(!handled);
 }
 
 void TestHttpRequest::downloadReplacesFileWithProgressOnTheWay()
