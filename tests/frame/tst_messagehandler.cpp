@@ -145,8 +145,6 @@ void TestMessageHandler::fullLogMovesAsideKeepingOneOlderFile()
     QVERIFY(QFileInfo(path + QStringLiteral(".1")).size() < kLimit + 200);
     // Nothing between the two files was lost; the oldest lines went with the third file.
     QVERIFY(!older.isEmpty() && !current.isEmpty());
-    QVERIFY(
-        current.last().endsWith(QStringLiteral("line 29 padding padding padding padding padding padding")));
     const QStringList both = older + current;
     for (int i = 0; i < both.size(); ++i) {
         QCOMPARE(both.at(i).mid(both.at(i).indexOf(QStringLiteral("line ")), 7),

@@ -190,12 +190,8 @@ void TestStandInHttp::uploadsAreLogged()
     QTRY_COMPARE(uploaded, 1);
 
     QCOMPARE(mServices.uploads().entries().size(), before + 3);
-    const QJsonObject sent = mServices.uploads()
-                                 .entries(QStringLiteral("/feedback/upload"))
-                                 .last()
-                                 .toObject()
-                                 .value(QLatin1String("body"))
-                                 .toObject();
+    const QJsonArray feedbacks = mServices.uploads().entries(QStringLiteral("/feedback/upload"));
+    const QJsonObject sent = feedbacks.last()[QLatin1String("body")].toObject();
     QCOMPARE(sent.value(QLatin1String("title")).toString(), QStringLiteral("标题 & more #1"));
     QCOMPARE(sent.value(QLatin1String("content")).toString(), QStringLiteral("内容 100% + 1"));
 }

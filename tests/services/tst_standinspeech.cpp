@@ -482,13 +482,7 @@ void TestStandInSpeech::iflyFrameChecks()
     // A refused frame ends the conversation with the error as the last word.
     QCOMPARE(replies.last().value(QLatin1String("code")).toInt(), code);
     if (code == 0) {
-        QVERIFY(replies.last()
-                    .value(QLatin1String("data"))
-                    .toObject()
-                    .value(QLatin1String("result"))
-                    .toObject()
-                    .value(QLatin1String("ls"))
-                    .toBool());
+        QVERIFY(replies.last()[QLatin1String("data")][QLatin1String("result")][QLatin1String("ls")].toBool());
     } else {
         QVERIFY(!replies.last().value(QLatin1String("message")).toString().isEmpty());
     }
@@ -510,8 +504,7 @@ void TestStandInSpeech::iflyCorrectionOnlyWhenAsked()
     }
     QString text;
     for (const QJsonObject& reply : converse(ifly.service.port(), ifly.credentials, frames)) {
-        const QJsonObject result =
-            reply.value(QLatin1String("data")).toObject().value(QLatin1String("result")).toObject();
+        const QJsonObject result = reply[QLatin1String("data")][QLatin1String("result")].toObject();
         QVERIFY(!result.contains(QLatin1String("pgs")));
         for (const QJsonValue& ws : result.value(QLatin1String("ws")).toArray()) {
             text += ws[QLatin1String("cw")][0][QLatin1String("w")].toString();
