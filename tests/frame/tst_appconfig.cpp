@@ -9,7 +9,6 @@ class TestAppConfig : public QObject {
     Q_OBJECT
 
 private slots:
-    void buildDefaultsPointAtLoopback();
     void fileThenEnvironmentOverride();
     void unreadableOrCorruptFileGivesDefaults();
     void missingCredentialIsLoggedNotFatal();
@@ -30,27 +29,6 @@ QString TestAppConfig::writeFile(const QByteArray& contents)
     }
     file.write(contents);
     return path;
-}
-
-void TestAppConfig::buildDefaultsPointAtLoopback()
-{
-    const AppConfig config = AppConfig::fromSources(QString(), {});
-    QCOMPARE(config.gatewayHost(), QStringLiteral("127.0.0.1"));
-    QCOMPARE(config.gatewayControlPort(), quint16(9721));
-    const QList<QUrl> urls = {config.backendUrl(),   config.ipLookupUrl(), config.iflyUrl(),
-                              config.translateUrl(), config.tokenUrl(),    config.synthesisUrl(),
-                              config.searchUrl()};
-    for (const QUrl& url : urls) {
-        QVERIFY2(url.isValid(), qPrintable(url.toString()));
-        QCOMPARE(url.host(), QStringLiteral("127.0.0.1"));
-    }
-    // Each stand-in listens on its own port.
-    QSet<int> ports;
-    for (const QUrl& url : urls) {
-        ports.insert(url.port());
-    }
-    QCOMPARE(ports.size(), urls.size());
-    QCOMPARE(config.origin(AppConfig::BackendUrl), QStringLiteral("build"));
 }
 
 void TestAppConfig::fileThenEnvironmentOverride()

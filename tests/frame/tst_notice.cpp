@@ -1,5 +1,3 @@
-#include "RecordingNoticeSink.h"
-#include "Utils/Notice.h"
 #include "Widget/NotificationDialog.h"
 #include "Widget/WidgetNoticeSink.h"
 
@@ -11,20 +9,8 @@ class TestNotice : public QObject {
     Q_OBJECT
 
 private slots:
-    void logicReachesTheSink();
     void stripShowsAndGoesByItself();
 };
-
-void TestNotice::logicReachesTheSink()
-{
-    Notice::show(QStringLiteral("nobody listens"));  // logged, no crash
-    RecordingNoticeSink sink;
-    Notice::setSink(&sink);
-    Notice::show(QStringLiteral("无法连接到服务!"));
-    Notice::setSink(nullptr);
-    Notice::show(QStringLiteral("after"));
-    QCOMPARE(sink.notices, QStringList({QStringLiteral("无法连接到服务!")}));
-}
 
 void TestNotice::stripShowsAndGoesByItself()
 {

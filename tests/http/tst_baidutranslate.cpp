@@ -17,7 +17,7 @@ private slots:
     void queryBreakingCharactersReachTheServiceAsSigned();
     void replyRules();
     void translationIsReportedAsATextRecord();
-    void blockingFormAndFailures();
+    void blockingFormFailsWithoutAService();
 
 private:
     QString signFromServer(const QByteArray& target) const;
@@ -132,16 +132,8 @@ void TestBaiduTranslate::translationIsReportedAsATextRecord()
     QCOMPARE(record.value(QLatin1String("type")).toInt(), 1);
 }
 
-void TestBaiduTranslate::blockingFormAndFailures()
+void TestBaiduTranslate::blockingFormFailsWithoutAService()
 {
-    mService.setAnswer(QStringLiteral("/api/trans/vip/translate"),
-                       {200, R"({"from":"zh","to":"cht","trans_result":[{"src":"后","dst":"後"}]})", 0});
-    // The blocking call's own event loop keeps this thread's test servers answering.
-    BaiduTranslateMessage message;
-    QVERIFY(mManager->syncBaiduTranslate(1, QStringLiteral("zh"), QStringLiteral("cht"), QStringLiteral("后"),
-                                         &message));
-    QCOMPARE(message.result.value(0).dst, QStringLiteral("後"));
-
     HttpManager unreachable(HttpRequest::getInstance(), mBackend.url(), mBackend.url());
     BaiduTranslate nowhere(QUrl(QStringLiteral("http://127.0.0.1:1")), QStringLiteral("1"),
                            QStringLiteral("k"));

@@ -1,7 +1,5 @@
-#include "Platform/MacKeyMap.h"
 #include "Platform/X11InputBackend.h"
 #include "RecordingInputBackend.h"
-#include "Utils/KeyTable.h"
 #include "Utils/WinUtils.h"
 
 #include <QtTest>
@@ -16,12 +14,13 @@ private slots:
     void textAndDesktop();
     void positionRules();
     void simplifiedToTraditional();
-    void everyTableKeyHasAKeysym();
+    void keysymsOfCharacters();
     void withoutADisplayNothingHappens();
 
 private:
     RecordingInputBackend mRecorder;
     WinUtils* win() { return WinUtils::getInstance(); }
+    QString log() { return mRecorder.takeLog().join(QStringLiteral(", ")); }
 };
 
 void TestWinUtils::init()
@@ -38,11 +37,10 @@ void TestWinUtils::storedCodesBecomeKeys()
     }
     win()->sendKeyboard(0, false);
     win()->sendKeyboard(55, false);
-    QCOMPARE(mRecorder.takeLog(), QStringList({QStringLiteral("down Control_L"), QStringLiteral("down a"),
-                                               QStringLiteral("up a"), QStringLiteral("up Control_L")}));
+    QCOMPARE(log(), QStringLiteral("down Control_L, down a, up a, up Control_L"));
     // The low 16 bits of a stored number count.
     win()->sendKeyboard(static_cast<unsigned short>(0x10000 + 36), true);
-    QCOMPARE(mRecorder.takeLog(), QStringList({QStringLiteral("down Return")}));
+    QCOMPARE(log(), QStringLiteral("down Return"));
     // A code with no key is dropped.
     win()->sendKeyboard(52, true);
     QVERIFY(mRecorder.log.isEmpty());
@@ -55,14 +53,10 @@ void TestWinUtils::editingChordsArePressedWhole()
     win()->cutContent();
     win()->deleteFile();
     win()->backspace();
-    QCOMPARE(mRecorder.takeLog(),
-             QStringList({QStringLiteral("down Control_L"), QStringLiteral("down a"), QStringLiteral("up a"),
-                          QStringLiteral("up Control_L"), QStringLiteral("down Control_L"),
-                          QStringLiteral("down c"), QStringLiteral("up c"), QStringLiteral("up Control_L"),
-                          QStringLiteral("down Control_L"), QStringLiteral("down x"), QStringLiteral("up x"),
-                          QStringLiteral("up Control_L"), QStringLiteral("down Delete"),
-                          QStringLiteral("up Delete"), QStringLiteral("down BackSpace"),
-                          QStringLiteral("up BackSpace")}));
+    QCOMPARE(log(), QStringLiteral("down Control_L, down a, up a, up Control_L, "
+                                   "down Control_L, down c, up c, up Control_L, "
+                                   "down Control_L, down x, up x, up Control_L, "
+                                   "down Delete, up Delete, down BackSpace, up BackSpace"));
 }
 
 void TestWinUtils::textAndDesktop()
@@ -85,22 +79,16 @@ void TestWinUtils::positionRules()
     QCOMPARE(win()->getPosition(), QPoint(1920, 1080));
     mRecorder.caret = QPoint(2500, 10);  // another screen: no caret
     QCOMPARE(win()->getPosition(), QPoint(0, 0));
-    mRecorder.windowClass = QStringLiteral("Gedit");
-    QCOMPARE(win()->getForegroundWindowName(), QStringLiteral("Gedit"));
 }
 
 void TestWinUtils::simplifiedToTraditional()
 {
     QCOMPARE(win()->SimplifiedToTraditional(QStringLiteral("后来的发展, ok")),
              QStringLiteral("後來的發展, ok"));
-    QCOMPARE(win()->SimplifiedToTraditional(QString()), QString());
 }
 
-void TestWinUtils::everyTableKeyHasAKeysym()
+void TestWinUtils::keysymsOfCharacters()
 {
-    for (const KeyRow& row : kKeyTable) {
-        QVERIFY2(MacKeyMap::toKeysym(row.macKey) != 0, row.name);
-    }
     QCOMPARE(X11InputBackend::keysymFor(0x4F60), 0x01004F60UL);  // 你
     QCOMPARE(X11InputBackend::keysymFor(0xFC), 0xFCUL);          // ü is Latin-1
     QCOMPARE(X11InputBackend::keysymFor('\n'), 0xFF0DUL);        // Return

@@ -1,7 +1,7 @@
 /* A GTK 3 window with one text view, the kind of field most desktop editors are. Speaks the
  * same lines as typing_receiver: prints "ready WINID" once the view has the keyboard focus; on
- * "get" prints "text:" and the buffer, on "quit" leaves. With "--busy MS" each change of the
- * buffer costs MS milliseconds of work, as in an editor that highlights or counts as you type. */
+ * "get" prints "text:" and the buffer, on "quit" leaves (one request at a time). With "--busy MS" each change
+ * of the buffer costs MS milliseconds of work, as in an editor that highlights or counts as you type. */
 #include <gdk/gdkx.h>
 #include <gtk/gtk.h>
 #include <stdio.h>
@@ -10,7 +10,6 @@
 #include <unistd.h>
 
 static GtkWidget* view;
-static GString* pending;
 static int busy_ms;
 
 static void on_changed(GtkTextBuffer* buffer, gpointer data)
@@ -41,28 +40,19 @@ static gboolean on_input(GIOChannel* channel, GIOCondition condition, gpointer d
     (void)condition;
     (void)data;
     char chunk[256];
-    const ssize_t n = read(g_io_channel_unix_get_fd(channel), chunk, sizeof(chunk));
-    if (n <= 0) {
+    const ssize_t n = read(g_io_channel_unix_get_fd(channel), chunk, sizeof(chunk) - 1);
+    chunk[n > 0 ? n : 0] = '\0';
+    if (n <= 0 || strstr(chunk, "quit") != NULL) {
         gtk_main_quit();
         return G_SOURCE_REMOVE;
     }
-    g_string_append_len(pending, chunk, (gssize)n);
-    char* end;
-    while ((end = memchr(pending->str, '\n', pending->len)) != NULL) {
-        const gsize length = (gsize)(end - pending->str);
-        if (length == 3 && strncmp(pending->str, "get", 3) == 0) {
-            GtkTextBuffer* buffer = gtk_text_view_get_buffer(GTK_TEXT_VIEW(view));
-            GtkTextIter start, stop;
-            gtk_text_buffer_get_bounds(buffer, &start, &stop);
-            gchar* text = gtk_text_buffer_get_text(buffer, &start, &stop, FALSE);
-            printf("text:%s\n", text);
-            fflush(stdout);
-            g_free(text);
-        } else if (length == 4 && strncmp(pending->str, "quit", 4) == 0) {
-            gtk_main_quit();
-        }
-        g_string_erase(pending, 0, (gssize)length + 1);
-    }
+    GtkTextBuffer* buffer = gtk_text_view_get_buffer(GTK_TEXT_VIEW(view));
+    GtkTextIter start, stop;
+    gtk_text_buffer_get_bounds(buffer, &start, &stop);
+    gchar* text = gtk_text_buffer_get_text(buffer, &start, &stop, FALSE);
+    printf("text:%s\n", text);
+    fflush(stdout);
+    g_free(text);
     return G_SOURCE_CONTINUE;
 }
 
@@ -72,7 +62,6 @@ int main(int argc, char* argv[])
     if (argc == 3 && strcmp(argv[1], "--busy") == 0) {
         busy_ms = atoi(argv[2]);
     }
-    pending = g_string_new(NULL);
     GtkWidget* window = gtk_window_new(GTK_WINDOW_TOPLEVEL);
     gtk_window_set_title(GTK_WINDOW(window), "gtk receiver");
     gtk_window_set_default_size(GTK_WINDOW(window), 600, 300);

@@ -49,8 +49,8 @@ void TestServicesProgram::defaultPortsAreTheApplicationDefaults()
 {
     // With no configuration at all the application and the stand-ins meet.
     const AppConfig config = AppConfig::fromSources(QString(), {});
+    QCOMPARE(config.gatewayHost(), QStringLiteral("127.0.0.1"));
     QCOMPARE(ServiceSet::defaultPort(ServiceSet::Gateway), config.gatewayControlPort());
-    QCOMPARE(ServiceSet::defaultPort(ServiceSet::Gateway), quint16(9721));
     const QList<QPair<ServiceSet::Id, QUrl>> urls{
         {ServiceSet::Backend, config.backendUrl()},     {ServiceSet::IFly, config.iflyUrl()},
         {ServiceSet::Translate, config.translateUrl()}, {ServiceSet::Token, config.tokenUrl()},
@@ -107,24 +107,18 @@ void TestServicesProgram::badArgumentsAreRefused_data()
 {
     QTest::addColumn<QStringList>("arguments");
     QTest::addColumn<QString>("message");
-    QTest::newRow("unknown service") << QStringList{QStringLiteral("--fault"), QStringLiteral("mail:refuse")}
-                                     << QStringLiteral("SERVICE:SWITCH");
-    QTest::newRow("unknown switch") << QStringList{QStringLiteral("--fault"),
-                                                   QStringLiteral("backend:explode")}
-                                    << QStringLiteral("explode");
-    QTest::newRow("port out of range")
-        << QStringList{QStringLiteral("--port"), QStringLiteral("backend=70000")}
-        << QStringLiteral("SERVICE=PORT");
-    QTest::newRow("counts") << QStringList{QStringLiteral("--gateway-counts"), QStringLiteral("1,-2")}
-                            << QStringLiteral("-2");
-    QTest::newRow("params") << QStringList{QStringLiteral("--gateway-params"), QStringLiteral("accept,maybe")}
-                            << QStringLiteral("maybe");
-    QTest::newRow("engine") << QStringList{QStringLiteral("--engine"), QStringLiteral("oracle")}
-                            << QStringLiteral("oracle");
-    QTest::newRow("script") << QStringList{QStringLiteral("--script"), QStringLiteral("/nonexistent/script")}
-                            << QStringLiteral("/nonexistent/script");
-    QTest::newRow("installer size") << QStringList{QStringLiteral("--installer-kib"), QStringLiteral("lots")}
-                                    << QStringLiteral("lots");
+    const auto row = [](const char* name, const char* option, const char* value, const char* message) {
+        QTest::newRow(name) << QStringList{QLatin1String(option), QLatin1String(value)}
+                            << QString::fromLatin1(message);
+    };
+    row("unknown service", "--fault", "mail:refuse", "SERVICE:SWITCH");
+    row("unknown switch", "--fault", "backend:explode", "explode");
+    row("port out of range", "--port", "backend=70000", "SERVICE=PORT");
+    row("counts", "--gateway-counts", "1,-2", "-2");
+    row("params", "--gateway-params", "accept,maybe", "maybe");
+    row("engine", "--engine", "oracle", "oracle");
+    row("script", "--script", "/nonexistent/script", "/nonexistent/script");
+    row("installer size", "--installer-kib", "lots", "lots");
 }
 
 void TestServicesProgram::badArgumentsAreRefused()

@@ -31,6 +31,14 @@ unsigned long keysymOfName(const QString& name)
     return name.at(0).toLower().unicode();
 }
 
+// A box taking a shortcut, and the chords it reported.
+struct ShortcutBox {
+    LineEdit box;
+    QSignalSpy spy{&box, &LineEdit::signalShortcut};
+    ShortcutBox() { box.setShortcutMode(true); }
+    QList<int> chord(int i = 0) const { return spy.at(i).at(0).value<QList<int>>(); }
+};
+
 }  // namespace
 
 class TestKeyTable : public QObject {
@@ -50,12 +58,11 @@ private slots:
 
 void TestKeyTable::tableAndItsQuirks()
 {
-    QCOMPARE(int(sizeof(kKeyTable) / sizeof(kKeyTable[0])), 81);
     QSet<QString> names;
     for (const KeyRow& row : kKeyTable) {
         names.insert(QString::fromLatin1(row.name));
     }
-    QCOMPARE(names.size(), 81);
+    QCOMPARE(names.size(), int(std::size(kKeyTable)));  // no name twice
     // "`" and "'" share a code; the comma comes before "Command", which is never found.
     QCOMPARE(KeyTable::getWinKey(Qt::Key_QuoteLeft), 39);
     QCOMPARE(KeyTable::getWinKey(Qt::Key_Apostrophe), 39);
@@ -85,79 +92,69 @@ void TestKeyTable::storedAndShownForms()
 
 void TestKeyTable::captureChord()
 {
-    LineEdit box;
-    box.setShortcutMode(true);
-    QSignalSpy spy(&box, &LineEdit::signalShortcut);
-    QTest::keyPress(&box, Qt::Key_Control);
-    QTest::keyPress(&box, Qt::Key_A);
-    QCOMPARE(box.text(), QStringLiteral("Control+A"));
-    QVERIFY(box.clearTimer()->isActive());
-    QTest::keyRelease(&box, Qt::Key_A);
-    QCOMPARE(spy.size(), 0);
-    QTest::keyRelease(&box, Qt::Key_Control);
-    QCOMPARE(spy.size(), 1);
-    QCOMPARE(spy.at(0).at(0).value<QList<int>>(), QList<int>({Qt::Key_Control, Qt::Key_A}));
-    QCOMPARE(box.text(), QStringLiteral("Control+A"));  // the box keeps its text
+    ShortcutBox s;
+    QTest::keyPress(&s.box, Qt::Key_Control);
+    QTest::keyPress(&s.box, Qt::Key_A);
+    QCOMPARE(s.box.text(), QStringLiteral("Control+A"));
+    QVERIFY(s.box.clearTimer()->isActive());
+    QTest::keyRelease(&s.box, Qt::Key_A);
+    QCOMPARE(s.spy.size(), 0);
+    QTest::keyRelease(&s.box, Qt::Key_Control);
+    QCOMPARE(s.spy.size(), 1);
+    QCOMPARE(s.chord(), QList<int>({Qt::Key_Control, Qt::Key_A}));
+    QCOMPARE(s.box.text(), QStringLiteral("Control+A"));  // the box keeps its text
 }
 
 void TestKeyTable::unknownKeyInAChord()
 {
-    LineEdit box;
-    box.setShortcutMode(true);
-    QSignalSpy spy(&box, &LineEdit::signalShortcut);
-    QTest::keyPress(&box, Qt::Key_A);
-    QTest::keyPress(&box, Qt::Key_Pause);
-    QCOMPARE(box.text(), QStringLiteral("A+"));
-    QTest::keyRelease(&box, Qt::Key_Pause);
-    QTest::keyRelease(&box, Qt::Key_A);
-    QCOMPARE(spy.size(), 1);
-    QCOMPARE(KeyTable::buildShortcut(spy.at(0).at(0).value<QList<int>>()), QStringLiteral("0#,#0"));
+    ShortcutBox s;
+    QTest::keyPress(&s.box, Qt::Key_A);
+    QTest::keyPress(&s.box, Qt::Key_Pause);
+    QCOMPARE(s.box.text(), QStringLiteral("A+"));
+    QTest::keyRelease(&s.box, Qt::Key_Pause);
+    QTest::keyRelease(&s.box, Qt::Key_A);
+    QCOMPARE(s.spy.size(), 1);
+    QCOMPARE(KeyTable::buildShortcut(s.chord()), QStringLiteral("0#,#0"));
 }
 
 void TestKeyTable::releaseFinishesAChord()
 {
-    LineEdit box;
-    box.setShortcutMode(true);
-    QSignalSpy spy(&box, &LineEdit::signalShortcut);
-    QTest::keyPress(&box, Qt::Key_A);
-    QTest::keyRelease(&box, Qt::Key_A);
-    QTest::keyPress(&box, Qt::Key_B);
-    QCOMPARE(spy.size(), 1);
-    QCOMPARE(spy.at(0).at(0).value<QList<int>>(), QList<int>({Qt::Key_A}));
-    QCOMPARE(box.text(), QStringLiteral("B"));
+    ShortcutBox s;
+    QTest::keyPress(&s.box, Qt::Key_A);
+    QTest::keyRelease(&s.box, Qt::Key_A);
+    QTest::keyPress(&s.box, Qt::Key_B);
+    QCOMPARE(s.spy.size(), 1);
+    QCOMPARE(s.chord(), QList<int>({Qt::Key_A}));
+    QCOMPARE(s.box.text(), QStringLiteral("B"));
 }
 
 void TestKeyTable::heldModifierDropsReleasedKeys()
 {
-    LineEdit box;
-    box.setShortcutMode(true);
-    QSignalSpy spy(&box, &LineEdit::signalShortcut);
-    QTest::keyPress(&box, Qt::Key_Shift);
-    QTest::keyPress(&box, Qt::Key_A);
-    QTest::keyRelease(&box, Qt::Key_A);
-    QTest::keyPress(&box, Qt::Key_B);
-    QCOMPARE(box.text(), QStringLiteral("Shift+B"));
-    QTest::keyRelease(&box, Qt::Key_B);
-    QTest::keyRelease(&box, Qt::Key_Shift);
-    QCOMPARE(spy.size(), 1);
-    QCOMPARE(spy.at(0).at(0).value<QList<int>>(), QList<int>({Qt::Key_Shift, Qt::Key_B}));
+    ShortcutBox s;
+    QTest::keyPress(&s.box, Qt::Key_Shift);
+    QTest::keyPress(&s.box, Qt::Key_A);
+    QTest::keyRelease(&s.box, Qt::Key_A);
+    QTest::keyPress(&s.box, Qt::Key_B);
+    QCOMPARE(s.box.text(), QStringLiteral("Shift+B"));
+    QTest::keyRelease(&s.box, Qt::Key_B);
+    QTest::keyRelease(&s.box, Qt::Key_Shift);
+    QCOMPARE(s.spy.size(), 1);
+    QCOMPARE(s.chord(), QList<int>({Qt::Key_Shift, Qt::Key_B}));
 }
 
 void TestKeyTable::unfinishedChordLapses()
 {
-    LineEdit box;
-    box.setShortcutMode(true);
-    QSignalSpy spy(&box, &LineEdit::signalShortcut);
-    QTest::keyPress(&box, Qt::Key_Control);
-    QCOMPARE(box.clearTimer()->interval(), 3000);
-    box.onClearTimeout();
-    QVERIFY(box.text().isEmpty());
-    QVERIFY(!box.clearTimer()->isActive());
+    ShortcutBox s;
+    QTest::keyPress(&s.box, Qt::Key_Control);
+    QCOMPARE(s.box.clearTimer()->interval(), 3000);
+    s.box.onClearTimeout();
+    QVERIFY(s.box.text().isEmpty());
+    QVERIFY(!s.box.clearTimer()->isActive());
     // The lapsed press is forgotten: the next chord starts afresh.
-    QTest::keyPress(&box, Qt::Key_X);
-    QTest::keyRelease(&box, Qt::Key_X);
-    QCOMPARE(spy.size(), 1);
-    QCOMPARE(spy.at(0).at(0).value<QList<int>>(), QList<int>({Qt::Key_X}));
+    QTest::keyPress(&s.box, Qt::Key_X);
+    QTest::keyRelease(&s.box, Qt::Key_X);
+    QCOMPARE(s.spy.size(), 1);
+    QCOMPARE(s.chord(), QList<int>({Qt::Key_X}));
 }
 
 void TestKeyTable::ordinaryEditBoxOutsideShortcutMode()
