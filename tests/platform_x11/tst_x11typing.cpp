@@ -323,8 +323,12 @@ bool TestX11Typing::startInputMethod(const QString& name)
         mInputMethod.setProcessEnvironment(env);
     }
     const bool ibus = name == QLatin1String("ibus-daemon");
-    const QStringList arguments = ibus ? QStringList{QStringLiteral("--panel=disable")}
-                                       : QStringList{QStringLiteral("--disable=wayland,waylandim")};
+    // ibus would put its bus socket in the cache folder, inside the build tree, where a deep
+    // checkout leaves too little of a socket path's 107 bytes: the short runtime folder instead.
+    const QStringList arguments =
+        ibus ? QStringList{QStringLiteral("--panel=disable"),
+                           QStringLiteral("--address=unix:tmpdir=") + qEnvironmentVariable("XDG_RUNTIME_DIR")}
+             : QStringList{QStringLiteral("--disable=wayland,waylandim")};
     QElapsedTimer clock;
     clock.start();
     while (clock.elapsed() < 15000) {
