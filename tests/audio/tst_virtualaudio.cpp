@@ -1,8 +1,8 @@
+#include "MouseSimulator.h"
 #include "Recorder/RecordManager.h"
 #include "Recorder/VirtualAudioSource.h"
 
 #include <QFile>
-#include <QProcess>
 #include <QSignalSpy>
 #include <QStandardPaths>
 #include <QtEndian>
@@ -13,28 +13,7 @@ class TestVirtualAudio : public QObject {
 
 private slots:
     void receiverSpeaksIntoTheRecorder();
-
-private:
-    bool waitForLine(QProcess& sim, const QString& line, int timeoutMs = 5000);
-    QStringList mLines;
 };
-
-bool TestVirtualAudio::waitForLine(QProcess& sim, const QString& line, int timeoutMs)
-{
-    QElapsedTimer clock;
-    clock.start();
-    while (clock.elapsed() < timeoutMs) {
-        while (sim.canReadLine()) {
-            mLines << QString::fromUtf8(sim.readLine()).trimmed();
-        }
-        if (mLines.removeOne(line)) {
-            return true;
-        }
-        sim.waitForReadyRead(20);
-        QCoreApplication::processEvents();
-    }
-    return false;
-}
 
 void TestVirtualAudio::receiverSpeaksIntoTheRecorder()
 {
@@ -45,19 +24,11 @@ void TestVirtualAudio::receiverSpeaksIntoTheRecorder()
     for (int i = 0; i < pcm.size() / 2; ++i) {
         qToLittleEndian(static_cast<qint16>(i), pcm.data() + 2 * i);
     }
+    // The format chunk: PCM, mono, 16 kHz, 32000 bytes a second, 2-byte frames of 16 bits.
     QByteArray wav = "RIFF" + QByteArray(4, '\0') + "WAVEfmt " +
-                     QByteArray::fromHex(
-                         "10000000"
-                         "0100"
-                         "0100"
-                         "803e0000"
-                         "007d0000"
-                         "0200"
-                         "1000") +
-                     "data";
-    wav.append(static_cast<char>(pcm.size() & 0xFF));
-    wav.append(static_cast<char>((pcm.size() >> 8) & 0xFF));
-    wav.append(QByteArray(2, '\0'));
+                     QByteArray::fromHex("1000000001000100803e0000007d000002001000") + "data" +
+                     QByteArray(4, '\0');
+    qToLittleEndian(static_cast<quint32>(pcm.size()), wav.data() + wav.size() - 4);
     wav.append(pcm);
     const QString wavPath = dir + QStringLiteral("/ramp.wav");
     {
@@ -66,33 +37,29 @@ void TestVirtualAudio::receiverSpeaksIntoTheRecorder()
         file.write(wav);
     }
 
-    QProcess sim;
-    sim.start(QStringLiteral(MOUSE_SIM_BINARY), {socket});
-    QVERIFY(waitForLine(sim, QStringLiteral("ready ") + socket));
+    MouseSimulator sim(QStringLiteral(MOUSE_SIM_BINARY), socket);
+    QVERIFY(sim.waitReady());
 
     VirtualAudioSource source(socket);
     RecordManager recorder(&source);
     QByteArray heard;
     connect(&recorder, &RecordManager::signalAudioData, this, [&](const QByteArray& data) { heard += data; });
     QVERIFY(recorder.startRecorder());
-    QVERIFY(waitForLine(sim, QStringLiteral("recording")));
-    sim.write("audio " + wavPath.toLocal8Bit() + "\n");
-    QVERIFY(waitForLine(sim, QStringLiteral("audio done")));
+    QVERIFY(sim.waitForLine(QStringLiteral("recording")));
+    sim.command("audio " + wavPath.toLocal8Bit());
+    QVERIFY(sim.waitForLine(QStringLiteral("audio done")));
     QTRY_COMPARE(heard.size(), pcm.size());
     QCOMPARE(heard, pcm);
 
     recorder.stopRecorder();
-    QVERIFY(waitForLine(sim, QStringLiteral("not recording")));
+    QVERIFY(sim.waitForLine(QStringLiteral("not recording")));
 
     // Pulled out: the input is gone and a start fails.
-    sim.write("unplug\necho unplugged\n");
-    QVERIFY(waitForLine(sim, QStringLiteral("unplugged")));
+    sim.command("unplug\necho unplugged");
+    QVERIFY(sim.waitForLine(QStringLiteral("unplugged")));
     QTRY_VERIFY(source.inputNames().isEmpty());
     recorder.destroyRecorder();
     QVERIFY(!recorder.startRecorder());
-
-    sim.write("quit\n");
-    QVERIFY(sim.waitForFinished(3000));
 }
 
 QTEST_GUILESS_MAIN(TestVirtualAudio)

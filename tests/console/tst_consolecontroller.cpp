@@ -83,8 +83,7 @@ void TestConsoleController::controllerAndSlotsShareTheState()
 void TestConsoleController::slowEnumerationDoesNotHoldUpInput()
 {
     SlowHidBackend backend;
-    ConsoleRig rig(&backend);
-    rig.tickMs = 20;
+    ConsoleRig rig(&backend, 20);
     rig.prepare([](UserPreferences& p) { p.restRemind = 1; });
     backend.delayMs = 1500;
     MainWindowPresenter* presenter = rig.start();

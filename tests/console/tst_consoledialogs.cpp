@@ -34,23 +34,14 @@ public:
 
 class RecordingFeedbackView : public FeedbackView, public CallRecorder {
 public:
-    QString getFeedbackEditTitleText() override { return ask(QStringLiteral("title"), QString()).toString(); }
-    QString getFeedbackEditContentPlainText() override
-    {
-        return ask(QStringLiteral("content"), QString()).toString();
-    }
-    void setFeedbackEditTitlePlaceholderText(QString text) override
-    {
-        record(QStringLiteral("titleHint"), text);
-    }
-    void setFeedbackEditContentPlaceholderText(QString text) override
-    {
-        record(QStringLiteral("contentHint"), text);
-    }
-    void toClose() override { record(QStringLiteral("toClose")); }
-    void toShow() override { record(QStringLiteral("toShow")); }
-    bool isHidden() override { return ask(QStringLiteral("isHidden"), true).toBool(); }
-    void clearText() override { record(QStringLiteral("clearText")); }
+    ANSWERS(QString, getFeedbackEditTitleText, QString(), toString);
+    ANSWERS(QString, getFeedbackEditContentPlainText, QString(), toString);
+    RECORDS_ARG(setFeedbackEditTitlePlaceholderText, QString);
+    RECORDS_ARG(setFeedbackEditContentPlaceholderText, QString);
+    RECORDS(toClose);
+    RECORDS(toShow);
+    ANSWERS(bool, isHidden, true, toBool);
+    RECORDS(clearText);
 };
 
 class RecordingMessageBox : public MessageBoxView, public CallRecorder {
@@ -187,15 +178,16 @@ void TestConsoleDialogs::feedbackChecksAndFarewell()
 
     // Both empty: only the title warns, nothing is sent.
     presenter.submit();
-    QCOMPARE(view.callsOf(QStringLiteral("titleHint")), QStringList{QStringLiteral("titleHint(不能为空!)")});
-    QVERIFY(view.callsOf(QStringLiteral("contentHint")).isEmpty());
-    view.answers[QStringLiteral("title")] = QStringLiteral(" ");
+    const QString titleHint = QStringLiteral("setFeedbackEditTitlePlaceholderText");
+    const QString contentHint = QStringLiteral("setFeedbackEditContentPlaceholderText");
+    QCOMPARE(view.callsOf(titleHint), QStringList{titleHint + QStringLiteral("(不能为空!)")});
+    QVERIFY(view.callsOf(contentHint).isEmpty());
+    view.answers[QStringLiteral("getFeedbackEditTitleText")] = QStringLiteral(" ");
     presenter.submit();
-    QCOMPARE(view.callsOf(QStringLiteral("contentHint")),
-             QStringList{QStringLiteral("contentHint(不能为空!)")});
+    QCOMPARE(view.callsOf(contentHint), QStringList{contentHint + QStringLiteral("(不能为空!)")});
 
     // A blank title counts as text. The thanks come before any answer.
-    view.answers[QStringLiteral("content")] = QStringLiteral("很好用");
+    view.answers[QStringLiteral("getFeedbackEditContentPlainText")] = QStringLiteral("很好用");
     presenter.submit();
     QCOMPARE(box.takeCalls(),
              (QStringList{QStringLiteral("setTitle(感谢您的建议, 我们将尽快处理, 此界面3秒后退出)"),

@@ -120,8 +120,7 @@ void TestConsoleLadder::asleepMouseWaitsThenSettingsReachIt()
     auto sim = simulator();
     QVERIFY(sim);
     VirtualHidBackend link(mSocketPath);
-    ConsoleRig rig(&link);
-    rig.tickMs = kTickMs;
+    ConsoleRig rig(&link, kTickMs);
     rig.prepare([](UserPreferences& p) { saveNumbers(p, kVid, kPid); });
     MainWindowPresenter* presenter = rig.start();
     presenter->onInternetStateChange(false);  // no backend: the saved branding counts
@@ -172,8 +171,7 @@ void TestConsoleLadder::unplugAndReplug()
     auto sim = simulator();
     QVERIFY(sim);
     VirtualHidBackend link(mSocketPath);
-    ConsoleRig rig(&link);
-    rig.tickMs = kTickMs;
+    ConsoleRig rig(&link, kTickMs);
     rig.prepare([](UserPreferences& p) {
         saveNumbers(p, kVid, kPid);
         p.delayOpenDeviceTime = 300;
@@ -220,8 +218,7 @@ void TestConsoleLadder::onlineLadderOpensFromTheListAndRegisters()
     auto http = backend();
     const int registeredBefore = mServices.uploads().entries(QStringLiteral("/device/register")).size();
     VirtualHidBackend link(mSocketPath);
-    ConsoleRig rig(&link);
-    rig.tickMs = kTickMs;
+    ConsoleRig rig(&link, kTickMs);
     // Numbers of a receiver that is not there: the backend's list finds the one that is.
     rig.prepare([](UserPreferences& p) { saveNumbers(p, 0x2222, 0x1111); });
     MainWindowPresenter* presenter = rig.start(http.get());
@@ -250,19 +247,12 @@ void TestConsoleLadder::onlineLadderOpensFromTheListAndRegisters()
 
     // The address report goes first, so that the registration and the records carry its id.
     QCOMPARE(ipIds.size(), 1);
-    const QJsonArray uploads = mServices.uploads().entries();
-    int ipAt = -1;
-    int registerAt = -1;
-    for (int i = 0; i < uploads.size(); ++i) {
-        const QString endpoint = uploads.at(i).toObject().value(QLatin1String("endpoint")).toString();
-        if (endpoint == QLatin1String("/ipinfo/upload") && ipAt < 0) {
-            ipAt = i;
-        }
-        if (endpoint == QLatin1String("/device/register")) {
-            registerAt = i;
-        }
+    QStringList endpoints;
+    for (const QJsonValue& entry : mServices.uploads().entries()) {
+        endpoints << entry.toObject().value(QLatin1String("endpoint")).toString();
     }
-    QVERIFY(ipAt >= 0 && registerAt > ipAt);
+    const int ipAt = endpoints.indexOf(QStringLiteral("/ipinfo/upload"));
+    QVERIFY(ipAt >= 0 && endpoints.lastIndexOf(QStringLiteral("/device/register")) > ipAt);
     QCOMPARE(mServices.uploads().entries(QStringLiteral("/device/register")).size(), registeredBefore + 1);
     QCOMPARE(presenter->deviceRecord().ip, ipIds.at(0).at(0).toInt());
     QVERIFY(presenter->timer(MainWindowPresenter::TimerHeartbeat)->isActive());
@@ -286,8 +276,7 @@ void TestConsoleLadder::httpStepsRunInOrderAndRetry()
     using P = MainWindowPresenter;
     auto http = backend();
     VirtualHidBackend noReceiver(mSocketPath + QStringLiteral(".absent"));
-    ConsoleRig rig(&noReceiver);
-    rig.tickMs = kTickMs;
+    ConsoleRig rig(&noReceiver, kTickMs);
     qint64 now = 0;
     rig.clockMs = [&now] { return now; };
     ConsoleLog log;
@@ -374,8 +363,7 @@ void TestConsoleLadder::optionalStepsGiveWayToRegistration()
     mServices.fault(ServiceSet::IpLookup).httpStatus = 500;
     const int registeredBefore = mServices.uploads().entries(QStringLiteral("/device/register")).size();
     VirtualHidBackend link(mSocketPath);
-    ConsoleRig rig(&link);
-    rig.tickMs = kTickMs;
+    ConsoleRig rig(&link, kTickMs);
     rig.prepare([](UserPreferences& p) { saveNumbers(p, kVid, kPid); });
     MainWindowPresenter* presenter = rig.start(http.get());
     QSignalSpy directUIs(presenter, &MainWindowPresenter::signalDirectUIsToInput);
@@ -396,22 +384,19 @@ void TestConsoleLadder::openDelayOnlineAndOffline()
 {
     auto http = backend();
     VirtualHidBackend noReceiver(mSocketPath + QStringLiteral(".absent"));
-    {
-        ConsoleRig rig(&noReceiver);
-        rig.tickMs = kTickMs;
+    for (bool online : {false, true}) {
+        ConsoleRig rig(&noReceiver, kTickMs);
         rig.prepare([](UserPreferences& p) { p.delayOpenDeviceTime = 1234; });
         MainWindowPresenter* presenter = rig.start(http.get());
-        presenter->onInternetStateChange(false);  // before the controller's request is handled
-        QTRY_COMPARE(presenter->timer(MainWindowPresenter::TimerDeviceDelayOpen)->interval(), 1234);
+        // Offline (told before the controller's request is handled) the saved value holds;
+        // online the backend's (1000 in the stand-in's data) replaces it.
+        if (!online) {
+            presenter->onInternetStateChange(false);
+        }
+        const int expected = online ? 1000 : 1234;
+        QTRY_COMPARE(presenter->timer(MainWindowPresenter::TimerDeviceDelayOpen)->interval(), expected);
+        QCOMPARE(presenter->userPreferences().delayOpenDeviceTime, expected);
     }
-    ConsoleRig rig(&noReceiver);
-    rig.tickMs = kTickMs;
-    rig.prepare([](UserPreferences& p) { p.delayOpenDeviceTime = 1234; });
-    MainWindowPresenter* presenter = rig.start(http.get());
-    // The backend's value (1000 in the stand-in's data) replaces the saved one.
-    QTRY_VERIFY(presenter->httpAnswered(MainWindowPresenter::StepDeviceOpenTime));
-    QCOMPARE(presenter->timer(MainWindowPresenter::TimerDeviceDelayOpen)->interval(), 1000);
-    QCOMPARE(presenter->userPreferences().delayOpenDeviceTime, 1000);
 }
 
 QTEST_GUILESS_MAIN(TestConsoleLadder)

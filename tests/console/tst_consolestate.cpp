@@ -27,6 +27,8 @@ private slots:
 
 namespace {
 
+using P = MainWindowPresenter;
+
 std::unique_ptr<ConsoleRig> rigWith(FakeHidBackend* backend, int dpiValue)
 {
     auto rig = std::make_unique<ConsoleRig>(backend);
@@ -128,7 +130,6 @@ void TestConsoleState::cpiLabels()
 
 void TestConsoleState::lowAndCriticalReminders()
 {
-    using P = MainWindowPresenter;
     FakeHidBackend backend;
     auto rig = rigWith(&backend, 0);
     P* p = rig->presenter.get();
@@ -199,7 +200,6 @@ void TestConsoleState::plugAndShutdown()
 
 void TestConsoleState::batteryFigureRecovery()
 {
-    using P = MainWindowPresenter;
     FakeHidBackend backend;
     auto rig = rigWith(&backend, 0);
     P* p = rig->presenter.get();
@@ -237,7 +237,6 @@ void TestConsoleState::batteryFigureRecovery()
 
 void TestConsoleState::workClock()
 {
-    using P = MainWindowPresenter;
     FakeHidBackend backend;
     auto rig = rigWith(&backend, 0);
     P* p = rig->presenter.get();

@@ -17,29 +17,13 @@ namespace {
 constexpr int kVid = 0x3151;
 constexpr int kPid = 0x4011;
 
-HidBackend::Interface iface(const QString& path, int vid, int pid, int usagePage)
-{
-    return HidBackend::Interface{path, vid, pid, usagePage};
-}
-
-HidBackend::Interface iface(const char* path, int vid, int pid, int usagePage)
-{
-    return iface(QString::fromLatin1(path), vid, pid, usagePage);
-}
-
 // The receiver as it shows itself: a keyboard and mouse interface before the vendor one.
-QList<HidBackend::Interface> receiver(const char* prefix = "/dev/hidraw")
+QList<HidBackend::Interface> receiver(const QString& prefix = QStringLiteral("/dev/hidraw"))
 {
-    const QString p = QString::fromLatin1(prefix);
-    return {iface(p + QLatin1Char('1'), kVid, kPid, 0x0001), iface(p + QLatin1Char('2'), kVid, kPid, 0x000C),
-            iface(p + QLatin1Char('3'), kVid, kPid, 0xFF00)};
+    return {{prefix + QLatin1Char('1'), kVid, kPid, 0x0001},
+            {prefix + QLatin1Char('2'), kVid, kPid, 0x000C},
+            {prefix + QLatin1Char('3'), kVid, kPid, 0xFF00}};
 }
-
-struct Change {
-    int vid;
-    int pid;
-    bool enable;
-};
 
 }  // namespace
 
@@ -61,8 +45,8 @@ private slots:
 void TestHidManager::enumerateKeepsVendorPageOnly()
 {
     FakeHidBackend backend;
-    backend.setInterfaces(receiver() +
-                          QList<HidBackend::Interface>{iface("/dev/hidraw9", 0x46d, 0xc52b, 0xFF00)});
+    backend.setInterfaces(
+        receiver() + QList<HidBackend::Interface>{{QStringLiteral("/dev/hidraw9"), 0x46d, 0xc52b, 0xFF00}});
     HidManager hid(&backend);
     const QList<HidDevice> list = hid.enumerate();
     QCOMPARE(list.size(), 2);
@@ -94,7 +78,7 @@ void TestHidManager::openTakesTheVendorInterfaceByPath()
 
     // Without the vendor page nothing is opened.
     FakeHidBackend bare;
-    bare.setInterfaces({iface("/dev/hidraw1", kVid, kPid, 0x0001)});
+    bare.setInterfaces({{QStringLiteral("/dev/hidraw1"), kVid, kPid, 0x0001}});
     HidManager other(&bare);
     QVERIFY(!other.open(kVid, kPid));
     QCOMPARE(bare.openHandles(), 0);
@@ -118,7 +102,6 @@ void TestHidManager::writeSendsReportZeroAndLosesByte31()
     QCOMPARE(writes.at(0).size(), 32);
     QCOMPARE(writes.at(0).at(0), '\0');
     QCOMPARE(writes.at(0).mid(1), msg.toByteArray(31));
-    QVERIFY(!writes.at(0).contains('\xCD'));
 }
 
 void TestHidManager::readLoopDeliversWholeReportsAndLeavesOnClose()
@@ -241,29 +224,26 @@ void TestHidManager::plugDetection()
     FakeHidBackend backend;
     backend.setInterfaces(receiver());
     UsbChangeWorker worker(&backend);
-    QList<Change> changes;
-    connect(&worker, &UsbChangeWorker::signalChange, this, [&](int vid, int pid, bool enable) {
-        changes.append({vid, pid, enable});
-    });
+    QSignalSpy changes(&worker, &UsbChangeWorker::signalChange);
 
     // What is there at the first look is not announced.
     worker.onCheck();
     QVERIFY(changes.isEmpty());
 
     // A second receiver of the same kind on other paths is another device.
-    backend.setInterfaces(receiver() + receiver("/dev/hidraw-b"));
+    backend.setInterfaces(receiver() + receiver(QStringLiteral("/dev/hidraw-b")));
     worker.onCheck();
     QCOMPARE(changes.size(), 1);
-    QVERIFY(changes.at(0).enable);
+    QCOMPARE(changes.at(0).at(2), QVariant(true));
     changes.clear();
 
     // Moving to another port: the removal comes first.
-    backend.setInterfaces(receiver("/dev/hidraw-c") + receiver("/dev/hidraw-b"));
+    backend.setInterfaces(receiver(QStringLiteral("/dev/hidraw-c")) +
+                          receiver(QStringLiteral("/dev/hidraw-b")));
     worker.onCheck();
     QCOMPARE(changes.size(), 2);
-    QVERIFY(!changes.at(0).enable);
-    QVERIFY(changes.at(1).enable);
-    QCOMPARE(changes.at(1).vid, kVid);
+    QCOMPARE(changes.at(0).at(2), QVariant(false));
+    QCOMPARE(changes.at(1), QVariantList({kVid, kPid, true}));
     changes.clear();
 
     // No change, no event; a failing library ends the tick quietly.
@@ -275,7 +255,7 @@ void TestHidManager::plugDetection()
     backend.setInitFails(false);
     worker.onCheck();
     QCOMPARE(changes.size(), 2);
-    QVERIFY(!changes.at(0).enable && !changes.at(1).enable);
+    QVERIFY(!changes.at(0).at(2).toBool() && !changes.at(1).at(2).toBool());
 
     // Paths compare exactly.
     QVERIFY(!UsbChangeWorker::devExist({HidDevice{QStringLiteral("/dev/HIDRAW3"), kVid, kPid}},

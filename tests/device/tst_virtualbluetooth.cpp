@@ -4,17 +4,37 @@
 #include "Hid/HidManager.h"
 #include "Hid/VirtualBleTransport.h"
 #include "Hid/VirtualDeviceConnection.h"
+#include "MouseSimulator.h"
 
 #include <QFile>
 #include <QLocalServer>
 #include <QLocalSocket>
-#include <QProcess>
 #include <QSignalSpy>
 #include <QStandardPaths>
 #include <QTemporaryDir>
 #include <QtEndian>
 #include <QtMath>
 #include <QtTest>
+
+namespace {
+
+QString runtimePath(const char* name)
+{
+    return QStandardPaths::writableLocation(QStandardPaths::RuntimeLocation) + QLatin1Char('/') +
+           QLatin1String(name);
+}
+
+// The application's Bluetooth side over the simulator's socket; no receiver is plugged in.
+struct BleRig {
+    explicit BleRig(const QString& socket) : transport(socket) {}
+    FakeHidBackend noReceiver;
+    HidManager hid{&noReceiver};
+    VirtualBleTransport transport;
+    BLEManager ble{&transport, nullptr};
+    DeviceManager device{&hid, &ble};
+};
+
+}  // namespace
 
 class TestVirtualBluetooth : public QObject {
     Q_OBJECT
@@ -24,46 +44,16 @@ private slots:
     void scanFindsAndAttaches();
     void linkLostInMidAudio();
     void systemListAndScanAsTheSystemStackTellsThem();
-
-private:
-    bool waitForLine(QProcess& sim, const QString& line, int timeoutMs = 5000);
-    QStringList mLines;
 };
-
-bool TestVirtualBluetooth::waitForLine(QProcess& sim, const QString& line, int timeoutMs)
-{
-    QElapsedTimer clock;
-    clock.start();
-    while (clock.elapsed() < timeoutMs) {
-        while (sim.canReadLine()) {
-            mLines << QString::fromUtf8(sim.readLine()).trimmed();
-        }
-        for (int i = 0; i < mLines.size(); ++i) {
-            if (mLines.at(i).startsWith(line)) {
-                mLines.removeAt(i);
-                return true;
-            }
-        }
-        sim.waitForReadyRead(20);
-        QCoreApplication::processEvents();
-    }
-    return false;
-}
 
 void TestVirtualBluetooth::attachTalkListenAndLose()
 {
-    const QString dir = QStandardPaths::writableLocation(QStandardPaths::RuntimeLocation);
-    const QString socket = dir + QStringLiteral("/mouse-sim-ble");
+    const QString socket = runtimePath("mouse-sim-ble");
     const QString address = QStringLiteral("C8:47:8C:5A:01:02");
-    QProcess sim;
-    sim.start(QStringLiteral(MOUSE_SIM_BINARY), {socket, QStringLiteral("--unplugged")});
-    QVERIFY(waitForLine(sim, QStringLiteral("ready ")));
-
-    FakeHidBackend noReceiver;
-    HidManager hid(&noReceiver);
-    VirtualBleTransport transport(socket);
-    BLEManager ble(&transport, nullptr);
-    DeviceManager device(&hid, &ble);
+    MouseSimulator sim(QStringLiteral(MOUSE_SIM_BINARY), socket, {QStringLiteral("--unplugged")});
+    QVERIFY(sim.waitReady());
+    BleRig rig(socket);
+    DeviceManager& device = rig.device;
     QSignalSpy state(&device, &DeviceManager::signalBLEDeviceConnectState);
 
     // The system holds no connection to the mouse yet: refused at once.
@@ -72,19 +62,19 @@ void TestVirtualBluetooth::attachTalkListenAndLose()
     QCOMPARE(state.at(0).at(0).toBool(), false);
 
     // The mouse connecting to the system is picked up without another call.
-    sim.write("ble-on\n");
+    sim.command("ble-on");
     QTRY_COMPARE(state.size(), 2);
     QCOMPARE(state.at(1), QVariantList({true, address}));
-    QVERIFY(waitForLine(sim, QStringLiteral("ble attached")));
+    QVERIFY(sim.waitForLine(QStringLiteral("ble attached")));
     QCOMPARE(device.state(), 1);
     QVERIFY(device.isConnected());
 
     // A request and its reply travel the characteristic pair.
     QSignalSpy dpi(&device, &DeviceManager::signalDpi);
-    sim.write("set dpi 1\necho set\n");
-    QVERIFY(waitForLine(sim, QStringLiteral("set")));
+    sim.command("set dpi 1\necho set");
+    QVERIFY(sim.waitForLine(QStringLiteral("set")));
     device.getDpi();
-    QVERIFY(waitForLine(sim, QStringLiteral("out 01 00 00 00 00 06 02 01")));
+    QVERIFY(sim.waitForLine(QStringLiteral("out 01 00 00 00 00 06 02 01")));
     QTRY_COMPARE(dpi.size(), 1);
     QCOMPARE(dpi.at(0).at(0).toInt(), 1);
 
@@ -94,7 +84,7 @@ void TestVirtualBluetooth::attachTalkListenAndLose()
         qToLittleEndian(static_cast<qint16>(6000 * std::sin(2 * M_PI * 440 * i / 16000.0)),
                         pcm.data() + 2 * i);
     }
-    const QString raw = dir + QStringLiteral("/tone.pcm");
+    const QString raw = runtimePath("tone.pcm");
     {
         QFile file(raw);
         QVERIFY(file.open(QIODevice::WriteOnly));
@@ -102,10 +92,10 @@ void TestVirtualBluetooth::attachTalkListenAndLose()
     }
     QSignalSpy keys(&device, &DeviceManager::signalKeyEvent);
     QSignalSpy audio(&device, &DeviceManager::signalAudioData);
-    sim.write("press 6\n");
+    sim.command("press 6");
     QTRY_COMPARE(keys.size(), 1);
-    sim.write("audio " + raw.toLocal8Bit() + " D\n");
-    QVERIFY(waitForLine(sim, QStringLiteral("audio done")));
+    sim.command("audio " + raw.toLocal8Bit() + " D");
+    QVERIFY(sim.waitForLine(QStringLiteral("audio done")));
     QTRY_VERIFY(audio.size() >= pcm.size() / 256 - 2);
     QVERIFY(device.isAudioActive());
     QByteArray heard;
@@ -117,34 +107,25 @@ void TestVirtualBluetooth::attachTalkListenAndLose()
         energy += std::abs(qFromLittleEndian<qint16>(heard.constData() + 2 * i));
     }
     QVERIFY2(energy / (heard.size() / 2) > 1000, "the decoded audio is silent");
-    sim.write("release 6\n");
+    sim.command("release 6");
     QTRY_COMPARE(keys.size(), 2);
     QVERIFY(!device.isAudioActive());
 
     // The mouse leaves the system: the link goes down and the poll sees it.
-    sim.write("ble-off\n");
-    QVERIFY(waitForLine(sim, QStringLiteral("ble detached")));
+    sim.command("ble-off");
+    QVERIFY(sim.waitForLine(QStringLiteral("ble detached")));
     QTRY_COMPARE(device.state(), 0);
-
-    sim.write("quit\n");
-    QVERIFY(sim.waitForFinished(3000));
 }
 
 void TestVirtualBluetooth::scanFindsAndAttaches()
 {
-    const QString socket =
-        QStandardPaths::writableLocation(QStandardPaths::RuntimeLocation) + QStringLiteral("/mouse-sim-scan");
-    QProcess sim;
-    sim.start(QStringLiteral(MOUSE_SIM_BINARY), {socket, QStringLiteral("--unplugged")});
-    QVERIFY(waitForLine(sim, QStringLiteral("ready ")));
-    sim.write("ble-on\necho on\n");
-    QVERIFY(waitForLine(sim, QStringLiteral("on")));
-
-    FakeHidBackend noReceiver;
-    HidManager hid(&noReceiver);
-    VirtualBleTransport transport(socket);
-    BLEManager ble(&transport, nullptr);
-    DeviceManager device(&hid, &ble);
+    const QString socket = runtimePath("mouse-sim-scan");
+    MouseSimulator sim(QStringLiteral(MOUSE_SIM_BINARY), socket, {QStringLiteral("--unplugged")});
+    QVERIFY(sim.waitReady());
+    sim.command("ble-on\necho on");
+    QVERIFY(sim.waitForLine(QStringLiteral("on")));
+    BleRig rig(socket);
+    DeviceManager& device = rig.device;
     QSignalSpy state(&device, &DeviceManager::signalBLEDeviceConnectState);
     QSignalSpy finished(&device, &DeviceManager::signalScanFinished);
     device.scanBleDevice();
@@ -152,44 +133,36 @@ void TestVirtualBluetooth::scanFindsAndAttaches()
     QTRY_COMPARE(state.size(), 1);
     QCOMPARE(state.at(0), QVariantList({true, QStringLiteral("C8:47:8C:5A:01:02")}));
     QTRY_COMPARE(finished.size(), 1);
-    QVERIFY(waitForLine(sim, QStringLiteral("ble attached")));
-    sim.write("quit\n");
-    QVERIFY(sim.waitForFinished(3000));
+    QVERIFY(sim.waitForLine(QStringLiteral("ble attached")));
 }
 
 void TestVirtualBluetooth::linkLostInMidAudio()
 {
-    const QString dir = QStandardPaths::writableLocation(QStandardPaths::RuntimeLocation);
-    const QString socket = dir + QStringLiteral("/mouse-sim-drop");
-    const QString raw = dir + QStringLiteral("/long.pcm");
+    const QString socket = runtimePath("mouse-sim-drop");
+    const QString raw = runtimePath("long.pcm");
     {
         QFile file(raw);
         QVERIFY(file.open(QIODevice::WriteOnly));
         file.write(QByteArray(16000 * 2 * 2, '\x10'));  // 2 s
     }
-    auto* sim = new QProcess(this);
-    sim->start(QStringLiteral(MOUSE_SIM_BINARY), {socket, QStringLiteral("--unplugged")});
-    QVERIFY(waitForLine(*sim, QStringLiteral("ready ")));
-    sim->write("ble-on\necho on\n");
-    QVERIFY(waitForLine(*sim, QStringLiteral("on")));
-
-    FakeHidBackend noReceiver;
-    HidManager hid(&noReceiver);
-    VirtualBleTransport transport(socket);
-    BLEManager ble(&transport, nullptr);
-    DeviceManager device(&hid, &ble);
+    MouseSimulator sim(QStringLiteral(MOUSE_SIM_BINARY), socket, {QStringLiteral("--unplugged")});
+    QVERIFY(sim.waitReady());
+    sim.command("ble-on\necho on");
+    QVERIFY(sim.waitForLine(QStringLiteral("on")));
+    BleRig rig(socket);
+    DeviceManager& device = rig.device;
     QSignalSpy state(&device, &DeviceManager::signalBLEDeviceConnectState);
     QTRY_VERIFY(device.isConnected());
     device.openBLEDevice(QStringLiteral("C8:47:8C:5A:01:02"));
     QTRY_COMPARE(state.size(), 1);
-    QVERIFY(waitForLine(*sim, QStringLiteral("ble attached")));
+    QVERIFY(sim.waitForLine(QStringLiteral("ble attached")));
     QSignalSpy audio(&device, &DeviceManager::signalAudioData);
-    sim->write("press 5\naudio " + raw.toLocal8Bit() + " B\n");
+    sim.command("press 5\naudio " + raw.toLocal8Bit() + " B");
     QTRY_VERIFY(audio.size() > 10);
     QVERIFY(device.isAudioActive());
 
     // The mouse leaves while it streams: the link goes down, nothing more arrives.
-    sim->write("ble-off\n");
+    sim.command("ble-off");
     QTRY_COMPARE(device.state(), 0);
     QTest::qWait(100);
     const int heard = audio.size();
@@ -197,21 +170,19 @@ void TestVirtualBluetooth::linkLostInMidAudio()
     QCOMPARE(audio.size(), heard);
 
     // Back again, attached anew by itself: the channel is free for requests.
-    sim->write("ble-on\n");
+    sim.command("ble-on");
     QTRY_COMPARE(state.size(), 2);
-    QVERIFY(waitForLine(*sim, QStringLiteral("ble attached")));
+    QVERIFY(sim.waitForLine(QStringLiteral("ble attached")));
     QVERIFY(!device.isAudioActive());
     device.getDpi();
-    QVERIFY(waitForLine(*sim, QStringLiteral("out 01 00 00 00 00 06 02 01")));
+    QVERIFY(sim.waitForLine(QStringLiteral("out 01 00 00 00 00 06 02 01")));
 
     // The simulator vanishes in mid-stream: the link goes down, the application carries on.
-    sim->write("press 5\naudio " + raw.toLocal8Bit() + " C\n");
+    sim.command("press 5\naudio " + raw.toLocal8Bit() + " C");
     QTRY_VERIFY(device.isAudioActive());
-    sim->kill();
-    sim->waitForFinished();
+    sim.kill();
     QTRY_COMPARE(device.state(), 0);
     QVERIFY(!device.isConnected());
-    delete sim;
 }
 
 void TestVirtualBluetooth::systemListAndScanAsTheSystemStackTellsThem()

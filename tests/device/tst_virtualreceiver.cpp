@@ -58,6 +58,10 @@ void TestVirtualReceiver::requestsAndRepliesTravelTheSocket()
         const std::lock_guard<std::mutex> lock(mutex);
         return received.size();
     };
+    auto record = [&](int i) {
+        const std::lock_guard<std::mutex> lock(mutex);
+        return st_small_base_com_msg::fromBytes(received.at(i));
+    };
 
     QVERIFY(hid.open(0x3151, 0x4011));
     QVERIFY(sim.waitForLine(QStringLiteral("open")));
@@ -70,27 +74,19 @@ void TestVirtualReceiver::requestsAndRepliesTravelTheSocket()
     QVERIFY(
         sim.waitForLine(QStringLiteral("out ") + QString::fromLatin1(request.toByteArray(31).toHex(' '))));
     QTRY_COMPARE(receivedCount(), 1);
-    {
-        const std::lock_guard<std::mutex> lock(mutex);
-        const st_small_base_com_msg reply = st_small_base_com_msg::fromBytes(received.at(0));
-        QCOMPARE(reply.route(), 1);
-        QCOMPARE(reply.configType(), int(DM::CFG_SET_REMOTE_MOUSE_DPI));
-        QVERIFY(reply.resultFlag());
-        QCOMPARE(reply.u8(8), 3);
-    }
+    const st_small_base_com_msg reply = record(0);
+    QCOMPARE(reply.route(), 1);
+    QCOMPARE(reply.configType(), int(DM::CFG_SET_REMOTE_MOUSE_DPI));
+    QVERIFY(reply.resultFlag());
+    QCOMPARE(reply.u8(8), 3);
 
     // A click with its timing: press and release 150 ms apart.
     sim.command("click 6 150");
     QTRY_COMPARE(receivedCount(), 3);
-    {
-        const std::lock_guard<std::mutex> lock(mutex);
-        const st_small_base_com_msg press = st_small_base_com_msg::fromBytes(received.at(1));
-        const st_small_base_com_msg release = st_small_base_com_msg::fromBytes(received.at(2));
-        QCOMPARE(press.interactiveType(), int(DM::TYPE_PC_KEY_PASSTHROUGH));
-        QCOMPARE(press.u8(5), 6);
-        QCOMPARE(press.u8(6), 1);
-        QCOMPARE(release.u8(6), 0);
-    }
+    QCOMPARE(record(1).interactiveType(), int(DM::TYPE_PC_KEY_PASSTHROUGH));
+    QCOMPARE(record(1).u8(5), 6);
+    QCOMPARE(record(1).u8(6), 1);
+    QCOMPARE(record(2).u8(6), 0);
     hid.close();
     QVERIFY(sim.waitForLine(QStringLiteral("closed")));
 }

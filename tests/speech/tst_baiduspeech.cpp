@@ -25,6 +25,11 @@ QByteArray packet(int level, int tag = 0)
     return bytes;
 }
 
+QString uid(const FakeSpeechGateway::Frame& params)
+{
+    return QJsonDocument::fromJson(params.payload).object().value(QLatin1String("uid")).toString();
+}
+
 QList<quint32> types(const QList<FakeSpeechGateway::Frame>& frames)
 {
     QList<quint32> list;
@@ -90,7 +95,7 @@ void TestBaiduSpeech::sessionStreamsInOrder()
     const QJsonObject params = QJsonDocument::fromJson(gateway.frames.at(0).payload).object();
     QCOMPARE(gateway.frames.at(0).type, kParams);
     QCOMPARE(params.value(QLatin1String("language")).toString(), QStringLiteral("1537"));
-    QCOMPARE(params.value(QLatin1String("uid")).toString().size(), 64);
+    QCOMPARE(uid(gateway.frames.at(0)).size(), 64);
 
     // Audio before the acknowledgement waits; afterwards one frame per packet drains it.
     QByteArray sent;
@@ -230,16 +235,10 @@ void TestBaiduSpeech::stopSkipAndEnds()
     QTRY_COMPARE(gateway.frames.last().type, kEndAck);
 
     // A new session asks the control port again, with a new uid.
-    const QString firstUid =
-        QJsonDocument::fromJson(gateway.frames.at(0).payload).object().value(QLatin1String("uid")).toString();
     speech.start(1537);
     QTRY_COMPARE(gateway.controlRequests, 2);
     QTRY_COMPARE(types(gateway.frames).count(kParams), 2);
-    const QString secondUid = QJsonDocument::fromJson(gateway.frames.last().payload)
-                                  .object()
-                                  .value(QLatin1String("uid"))
-                                  .toString();
-    QVERIFY(firstUid != secondUid);
+    QVERIFY(uid(gateway.frames.first()) != uid(gateway.frames.last()));
 
     // Skipped: results are dropped, and the end comes only from the timer.
     speech.skip();

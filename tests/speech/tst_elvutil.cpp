@@ -6,22 +6,10 @@ class TestElvUtil : public QObject {
     Q_OBJECT
 
 private slots:
-    void framesOnTheWire();
     void lengthCutsOrPads();
     void parameterObjectIsIndentedText();
     void serverListAndSocketLines();
 };
-
-void TestElvUtil::framesOnTheWire()
-{
-    QCOMPARE(ElvUtil::readServerList().toHex(' '), QByteArray("5a 5b 6c 03 00 00 00 00"));
-    QCOMPARE(ElvUtil::dataFinish().toHex(' '), QByteArray("5a 5b 6c 12 00 00 00 00"));
-    QCOMPARE(ElvUtil::endAck().toHex(' '), QByteArray("5a 5b 6c 13 00 00 00 00"));
-    const QByteArray audio = ElvUtil::dataUpload(QByteArray(1280, '\0'), 1280);
-    QCOMPARE(audio.size(), 1288);
-    QCOMPARE(audio.left(8).toHex(' '), QByteArray("5a 5b 6c 11 00 00 05 00"));
-    QCOMPARE(ElvUtil::intToByte(-2).toHex(), QByteArray("fffffffe"));
-}
 
 void TestElvUtil::lengthCutsOrPads()
 {

@@ -4,6 +4,15 @@
 #include <QStringList>
 #include <QVariant>
 
+// A recording view's operations, one line each; the recorded name is the method's own, so
+// it cannot drift from it.
+// clang-format off
+#define RECORDS(name) void name() override { record(QStringLiteral(#name)); }
+#define RECORDS_ARG(name, Type) void name(Type value) override { record(QStringLiteral(#name), value); }
+#define ANSWERS(Type, name, unset, convert) \
+    Type name() override { return ask(QStringLiteral(#name), unset).convert(); }
+// clang-format on
+
 // The bookkeeping of a recording view: every call in order as "name(arg,arg)", and the
 // answers a test sets for the questions, keyed by operation name. Queries are recorded too.
 class CallRecorder {

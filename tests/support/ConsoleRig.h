@@ -35,7 +35,7 @@ public:
 // a fake), with a recording view and notices. Preferences start from an empty file changed
 // by prepare; the presenter is made by start(), so that a test can set things up first.
 struct ConsoleRig {
-    explicit ConsoleRig(HidBackend* hidBackend) : hid(hidBackend)
+    explicit ConsoleRig(HidBackend* hidBackend, int ticks = 0) : tickMs(ticks), hid(hidBackend)
     {
         QFile::remove(PreferencesUtils::preferencesPath());
     }

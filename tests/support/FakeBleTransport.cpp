@@ -6,7 +6,6 @@ void FakeBleTransport::connectToDevice(const QString& address)
 {
     calls << QStringLiteral("connect ") + address;
     link = true;
-    linkOpen = true;
     emit signalLinkStateChanged();
 }
 
@@ -23,7 +22,7 @@ bool FakeBleTransport::isLinkOpen() const
     if (QThread::currentThread() != thread()) {
         ++offThreadCalls;
     }
-    return link && linkOpen;
+    return link;
 }
 
 void FakeBleTransport::releaseLink()
@@ -32,7 +31,6 @@ void FakeBleTransport::releaseLink()
         calls << QStringLiteral("release");
     }
     link = false;
-    linkOpen = false;
     service = false;
     emit signalLinkStateChanged();
 }
@@ -50,7 +48,7 @@ bool FakeBleTransport::hasCharacteristic(const QString& uuid) const
         return false;
     }
     return uuid == QLatin1String(BLEManager::kReadCharacteristic) ||
-           (hasWriteCharacteristic && uuid == QLatin1String(BLEManager::kWriteCharacteristic));
+           uuid == QLatin1String(BLEManager::kWriteCharacteristic);
 }
 
 bool FakeBleTransport::enableNotifications(const QString&)

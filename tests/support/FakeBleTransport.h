@@ -17,10 +17,8 @@ public:
     QList<QByteArray> writes;
     QList<QThread*> writeThreads;
     bool link = false;
-    bool linkOpen = false;
     bool service = false;
     bool hasNotifyDescriptor = true;
-    bool hasWriteCharacteristic = true;
     // Calls on the link from another thread than the transport's: the Bluetooth stack is not
     // made for them.
     mutable std::atomic<int> offThreadCalls{0};

@@ -43,8 +43,7 @@ bool FakeSpeechGateway::start(const QList<int>& counts)
                 mClient = socket;
                 mBuffer.clear();
                 sdkConnections << port;
-                connect(socket, &QTcpSocket::readyRead, this,
-                        [this, socket, port] { onSdkData(socket, port); });
+                connect(socket, &QTcpSocket::readyRead, this, [this, socket] { onSdkData(socket); });
             }
         });
         mSdk << server;
@@ -76,7 +75,7 @@ void FakeSpeechGateway::closeControl()
     mControl->close();
 }
 
-void FakeSpeechGateway::onSdkData(QTcpSocket* socket, quint16 port)
+void FakeSpeechGateway::onSdkData(QTcpSocket* socket)
 {
     if (socket != mClient) {
         socket->readAll();
@@ -89,7 +88,7 @@ void FakeSpeechGateway::onSdkData(QTcpSocket* socket, quint16 port)
         if (static_cast<quint32>(mBuffer.size()) < 8 + length) {
             return;
         }
-        frames.append({type, mBuffer.mid(8, static_cast<int>(length)), port});
+        frames.append({type, mBuffer.mid(8, static_cast<int>(length))});
         mBuffer.remove(0, 8 + static_cast<int>(length));
         if (type == 0x5A5B6C10 && mParamsAnswer != Silent) {
             sendEvent(56, mParamsAnswer == Accept ? 1 : 0);

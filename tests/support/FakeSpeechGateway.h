@@ -19,7 +19,6 @@ public:
     struct Frame {
         quint32 type;
         QByteArray payload;
-        quint16 port;  // the SDK port it came in on
     };
 
     explicit FakeSpeechGateway(QObject* parent = nullptr);
@@ -40,7 +39,7 @@ public:
     static QString result(const QString& text);
 
 private:
-    void onSdkData(QTcpSocket* socket, quint16 port);
+    void onSdkData(QTcpSocket* socket);
 
     QTcpServer* mControl;
     QList<QTcpServer*> mSdk;

@@ -10,8 +10,6 @@ LocalHttpServer::LocalHttpServer(QObject* parent) : QObject(parent), mServer(new
     connect(mServer, &QTcpServer::newConnection, this, &LocalHttpServer::onConnection);
 }
 
-LocalHttpServer::~LocalHttpServer() = default;
-
 bool LocalHttpServer::start()
 {
     return mServer->listen(QHostAddress::LocalHost, 0);

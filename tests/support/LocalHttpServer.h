@@ -32,7 +32,6 @@ public:
     };
 
     explicit LocalHttpServer(QObject* parent = nullptr);
-    ~LocalHttpServer() override;
 
     bool start();
     QUrl url(const QString& pathAndQuery = QString()) const;

@@ -16,41 +16,56 @@ public:
     }
     ~MouseSimulator()
     {
+        if (mProcess.state() == QProcess::NotRunning) {
+            return;
+        }
         mProcess.write("quit\n");
         if (!mProcess.waitForFinished(3000)) {
-            mProcess.kill();
-            mProcess.waitForFinished();
+            kill();
         }
+    }
+    // Gone at once, as a crashed or killed device process would be.
+    void kill()
+    {
+        mProcess.kill();
+        mProcess.waitForFinished();
     }
     // Whether a line has come, reading what is waiting first.
     bool hasLine(const QString& line)
     {
-        while (mProcess.canReadLine()) {
-            mLines << QString::fromUtf8(mProcess.readLine()).trimmed();
-        }
+        readLines();
         return mLines.contains(line);
     }
     bool waitReady() { return waitForLine(QStringLiteral("ready ") + mSocketPath); }
     void command(const QByteArray& line) { mProcess.write(line + '\n'); }
-    // Waits for a line of output; lines read on the way are kept.
-    bool waitForLine(const QString& line, int timeoutMs = 5000)
+    // Waits for a line of output that starts with the text, and takes it: waiting again for
+    // the same text needs a new line. Lines read on the way are kept.
+    bool waitForLine(const QString& start, int timeoutMs = 5000)
     {
         QElapsedTimer clock;
         clock.start();
         while (clock.elapsed() < timeoutMs) {
-            while (mProcess.canReadLine()) {
-                mLines << QString::fromUtf8(mProcess.readLine()).trimmed();
+            readLines();
+            for (int i = 0; i < mLines.size(); ++i) {
+                if (mLines.at(i).startsWith(start)) {
+                    mLines.removeAt(i);
+                    return true;
+                }
             }
-            if (mLines.contains(line)) {
-                return true;
-            }
-            mProcess.waitForReadyRead(50);
+            mProcess.waitForReadyRead(20);
             QCoreApplication::processEvents();
         }
         return false;
     }
 
 private:
+    void readLines()
+    {
+        while (mProcess.canReadLine()) {
+            mLines << QString::fromUtf8(mProcess.readLine()).trimmed();
+        }
+    }
+
     QString mSocketPath;
     QProcess mProcess;
     QStringList mLines;

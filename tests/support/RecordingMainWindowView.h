@@ -9,244 +9,100 @@
 // "content|link".
 class RecordingMainWindowView : public MainWindowView, public CallRecorder {
 public:
-    bool isShow() override { return ask(QStringLiteral("isShow"), false).toBool(); }
-    void recvMenuSiganl(int index) override { record(QStringLiteral("recvMenuSiganl"), index); }
-    void setCheckVoiceTranslateOnOffChecked(bool checked) override
-    {
-        record(QStringLiteral("setCheckVoiceTranslateOnOffChecked"), checked);
-    }
-    void setCheckTextTranslateOnOffChecked(bool checked) override
-    {
-        record(QStringLiteral("setCheckTextTranslateOnOffChecked"), checked);
-    }
-    void setCheckAutoRunOnOffChecked(bool checked) override
-    {
-        record(QStringLiteral("setCheckAutoRunOnOffChecked"), checked);
-    }
-    void setCheckAutoRunStatusChecked(bool checked) override
-    {
-        record(QStringLiteral("setCheckAutoRunStatusChecked"), checked);
-    }
-    void setComboDictationLanguageCurrentIndex(int index) override
-    {
-        record(QStringLiteral("setComboDictationLanguageCurrentIndex"), index);
-    }
-    void setComboVoiceTranslateSrcLanguageCurrentIndex(int index) override
-    {
-        record(QStringLiteral("setComboVoiceTranslateSrcLanguageCurrentIndex"), index);
-    }
-    void setComboVoiceTranslateTarLanguageCurrentIndex(int index) override
-    {
-        record(QStringLiteral("setComboVoiceTranslateTarLanguageCurrentIndex"), index);
-    }
-    void setComboTextTranslateLanguageCurrentIndex(int index) override
-    {
-        record(QStringLiteral("setComboTextTranslateLanguageCurrentIndex"), index);
-    }
-    void setCheckCalendarPhrasesOnOffChecked(bool checked) override
-    {
-        record(QStringLiteral("setCheckCalendarPhrasesOnOffChecked"), checked);
-    }
-    void setCheckUpdateHintOnOffChecked(bool checked) override
-    {
-        record(QStringLiteral("setCheckUpdateHintOnOffChecked"), checked);
-    }
-    void setCheckUpdateHintStatusChecked(bool checked) override
-    {
-        record(QStringLiteral("setCheckUpdateHintStatusChecked"), checked);
-    }
-    void setCheckLightingEffectOnOffEnabled(bool enabled) override
-    {
-        record(QStringLiteral("setCheckLightingEffectOnOffEnabled"), enabled);
-    }
-    void setCheckLightingEffectOnOffChecked(bool checked) override
-    {
-        record(QStringLiteral("setCheckLightingEffectOnOffChecked"), checked);
-    }
-    void setCheckLightingEffectStatusChecked(bool checked) override
-    {
-        record(QStringLiteral("setCheckLightingEffectStatusChecked"), checked);
-    }
-    void setCheckShakeOnOffEnabled(bool enabled) override
-    {
-        record(QStringLiteral("setCheckShakeOnOffEnabled"), enabled);
-    }
-    void setCheckShakeOnOffChecked(bool checked) override
-    {
-        record(QStringLiteral("setCheckShakeOnOffChecked"), checked);
-    }
-    void setCheckShakeStatusChecked(bool checked) override
-    {
-        record(QStringLiteral("setCheckShakeStatusChecked"), checked);
-    }
-    void setCheckSoundEffectOnOffEnabled(bool enabled) override
-    {
-        record(QStringLiteral("setCheckSoundEffectOnOffEnabled"), enabled);
-    }
-    void setCheckSoundEffectOnOffChecked(bool checked) override
-    {
-        record(QStringLiteral("setCheckSoundEffectOnOffChecked"), checked);
-    }
-    void setCheckSoundEffectStatusChecked(bool checked) override
-    {
-        record(QStringLiteral("setCheckSoundEffectStatusChecked"), checked);
-    }
-    void setCheckLowbatOnOffChecked(bool checked) override
-    {
-        record(QStringLiteral("setCheckLowbatOnOffChecked"), checked);
-    }
-    void setCheckLowbatStatusChecked(bool checked) override
-    {
-        record(QStringLiteral("setCheckLowbatStatusChecked"), checked);
-    }
-    void setDeviceRadioLevel0Checked(bool checked) override
-    {
-        record(QStringLiteral("setDeviceRadioLevel0Checked"), checked);
-    }
-    void setDeviceRadioLevel1Checked(bool checked) override
-    {
-        record(QStringLiteral("setDeviceRadioLevel1Checked"), checked);
-    }
-    void setDeviceRadioLevel2Checked(bool checked) override
-    {
-        record(QStringLiteral("setDeviceRadioLevel2Checked"), checked);
-    }
-    void setDeviceRadioLevel3Checked(bool checked) override
-    {
-        record(QStringLiteral("setDeviceRadioLevel3Checked"), checked);
-    }
-    void clearCustomTableContents() override { record(QStringLiteral("clearCustomTableContents")); }
-    void setCustomTableRowCount(int count) override
-    {
-        record(QStringLiteral("setCustomTableRowCount"), count);
-    }
-    void scrollCustomTableToBottom() override { record(QStringLiteral("scrollCustomTableToBottom")); }
+    ANSWERS(bool, isShow, false, toBool);
+    RECORDS_ARG(recvMenuSiganl, int);
+    RECORDS_ARG(setCheckVoiceTranslateOnOffChecked, bool);
+    RECORDS_ARG(setCheckTextTranslateOnOffChecked, bool);
+    RECORDS_ARG(setCheckAutoRunOnOffChecked, bool);
+    RECORDS_ARG(setCheckAutoRunStatusChecked, bool);
+    RECORDS_ARG(setComboDictationLanguageCurrentIndex, int);
+    RECORDS_ARG(setComboVoiceTranslateSrcLanguageCurrentIndex, int);
+    RECORDS_ARG(setComboVoiceTranslateTarLanguageCurrentIndex, int);
+    RECORDS_ARG(setComboTextTranslateLanguageCurrentIndex, int);
+    RECORDS_ARG(setCheckCalendarPhrasesOnOffChecked, bool);
+    RECORDS_ARG(setCheckUpdateHintOnOffChecked, bool);
+    RECORDS_ARG(setCheckUpdateHintStatusChecked, bool);
+    RECORDS_ARG(setCheckLightingEffectOnOffEnabled, bool);
+    RECORDS_ARG(setCheckLightingEffectOnOffChecked, bool);
+    RECORDS_ARG(setCheckLightingEffectStatusChecked, bool);
+    RECORDS_ARG(setCheckShakeOnOffEnabled, bool);
+    RECORDS_ARG(setCheckShakeOnOffChecked, bool);
+    RECORDS_ARG(setCheckShakeStatusChecked, bool);
+    RECORDS_ARG(setCheckSoundEffectOnOffEnabled, bool);
+    RECORDS_ARG(setCheckSoundEffectOnOffChecked, bool);
+    RECORDS_ARG(setCheckSoundEffectStatusChecked, bool);
+    RECORDS_ARG(setCheckLowbatOnOffChecked, bool);
+    RECORDS_ARG(setCheckLowbatStatusChecked, bool);
+    RECORDS_ARG(setDeviceRadioLevel0Checked, bool);
+    RECORDS_ARG(setDeviceRadioLevel1Checked, bool);
+    RECORDS_ARG(setDeviceRadioLevel2Checked, bool);
+    RECORDS_ARG(setDeviceRadioLevel3Checked, bool);
+    RECORDS(clearCustomTableContents);
+    RECORDS_ARG(setCustomTableRowCount, int);
+    RECORDS(scrollCustomTableToBottom);
     QList<int> selectedCustomTableItems() override
     {
         record(QStringLiteral("selectedCustomTableItems"));
         return answers.value(QStringLiteral("selectedCustomTableItems")).value<QList<int>>();
     }
-    int getCurrentCustomTableIndex() override
-    {
-        return ask(QStringLiteral("getCurrentCustomTableIndex"), 0).toInt();
-    }
-    int getCustomTableRowCounts() override
-    {
-        return ask(QStringLiteral("getCustomTableRowCounts"), 0).toInt();
-    }
-    int getWidth() override { return ask(QStringLiteral("getWidth"), 0).toInt(); }
-    void toShow() override { record(QStringLiteral("toShow")); }
-    void activateWindow() override { record(QStringLiteral("activateWindow")); }
-    int getCommandViewPosX() override { return ask(QStringLiteral("getCommandViewPosX"), 0).toInt(); }
-    int getCommandViewPosY() override { return ask(QStringLiteral("getCommandViewPosY"), 0).toInt(); }
+    ANSWERS(int, getCurrentCustomTableIndex, 0, toInt);
+    ANSWERS(int, getCustomTableRowCounts, 0, toInt);
+    ANSWERS(int, getWidth, 0, toInt);
+    RECORDS(toShow);
+    RECORDS(activateWindow);
+    ANSWERS(int, getCommandViewPosX, 0, toInt);
+    ANSWERS(int, getCommandViewPosY, 0, toInt);
     void setQTableWidgetItemIcon(int row, CommandWord word) override
     {
         record(QStringLiteral("setQTableWidgetItemIcon"), row,
                QString(word.keyword + QLatin1Char('|') + word.target));
     }
-    void showUpdateView() override { record(QStringLiteral("showUpdateView")); }
-    int execDelPopupView() override { return ask(QStringLiteral("execDelPopupView"), 0).toInt(); }
+    RECORDS(showUpdateView);
+    ANSWERS(int, execDelPopupView, 0, toInt);
     void onKeyEvent(int key, int status) override { record(QStringLiteral("onKeyEvent"), key, status); }
-    void setHomeImage(QString path) override { record(QStringLiteral("setHomeImage"), path); }
-    void setDefaultHomeImage() override { record(QStringLiteral("setDefaultHomeImage")); }
-    void setExplain(bool enable) override { record(QStringLiteral("setExplain"), enable); }
-    void setExplainImage(QString path) override { record(QStringLiteral("setExplainImage"), path); }
-    void setNavImage(QString path) override { record(QStringLiteral("setNavImage"), path); }
-    void setDeviceEnable(bool enable) override { record(QStringLiteral("setDeviceEnable"), enable); }
-    void setDeviceTypeIcon(int type) override { record(QStringLiteral("setDeviceTypeIcon"), type); }
-    void setChargeUpTrayAnimationImage(int step) override
-    {
-        record(QStringLiteral("setChargeUpTrayAnimationImage"), step);
-    }
-    void setSystemTrayStatus(QString text) override { record(QStringLiteral("setSystemTrayStatus"), text); }
-    void showLowbatView(int page) override { record(QStringLiteral("showLowbatView"), page); }
+    RECORDS_ARG(setHomeImage, QString);
+    RECORDS(setDefaultHomeImage);
+    RECORDS_ARG(setExplain, bool);
+    RECORDS_ARG(setExplainImage, QString);
+    RECORDS_ARG(setNavImage, QString);
+    RECORDS_ARG(setDeviceEnable, bool);
+    RECORDS_ARG(setDeviceTypeIcon, int);
+    RECORDS_ARG(setChargeUpTrayAnimationImage, int);
+    RECORDS_ARG(setSystemTrayStatus, QString);
+    RECORDS_ARG(showLowbatView, int);
     void showCalendarPhrases(CalendarPhrases phrases) override
     {
         record(QStringLiteral("showCalendarPhrases"),
                QString(phrases.content + QLatin1Char('|') + phrases.link));
     }
-    void updateSystemTray(int status) override { record(QStringLiteral("updateSystemTray"), status); }
-    void setZorvaneMessage(QString text) override { record(QStringLiteral("setZorvaneMessage"), text); }
-    void setDeviceName(QString name) override { record(QStringLiteral("setDeviceName"), name); }
-    void showRestDialog() override { record(QStringLiteral("showRestDialog")); }
-    void setComboRestTime(int index) override { record(QStringLiteral("setComboRestTime"), index); }
-    void setVipFunction(bool enable) override { record(QStringLiteral("setVipFunction"), enable); }
-    void setCpiValue(int value) override { record(QStringLiteral("setCpiValue"), value); }
-    void showLamplightModule(int module) override { record(QStringLiteral("showLamplightModule"), module); }
-    void setUpdateView(int page) override { record(QStringLiteral("setUpdateView"), page); }
-    void setDiscoverNewestVersionInfo(QString text) override
-    {
-        record(QStringLiteral("setDiscoverNewestVersionInfo"), text);
-    }
-    void setSignalClickModeEnable(bool enable) override
-    {
-        record(QStringLiteral("setSignalClickModeEnable"), enable);
-    }
-    int getCurVolume() override { return ask(QStringLiteral("getCurVolume"), 0).toInt(); }
-    int getCurrentStackedWidgetIndex() override
-    {
-        return ask(QStringLiteral("getCurrentStackedWidgetIndex"), 0).toInt();
-    }
-    void setAddCommandContent(QString text) override { record(QStringLiteral("setAddCommandContent"), text); }
-    void setEditCommandContent(QString text) override
-    {
-        record(QStringLiteral("setEditCommandContent"), text);
-    }
-    int getAddCommmandCurrentType() override
-    {
-        return ask(QStringLiteral("getAddCommmandCurrentType"), 0).toInt();
-    }
-    int getEditCommmandCurrentType() override
-    {
-        return ask(QStringLiteral("getEditCommmandCurrentType"), 0).toInt();
-    }
-    QString getAddCommandCurrentCommand() override
-    {
-        return ask(QStringLiteral("getAddCommandCurrentCommand"), QString()).toString();
-    }
-    QString getEditCommandCurrentCommand() override
-    {
-        return ask(QStringLiteral("getEditCommandCurrentCommand"), QString()).toString();
-    }
-    QString getAddCommandCurrentContent() override
-    {
-        return ask(QStringLiteral("getAddCommandCurrentContent"), QString()).toString();
-    }
-    QString getEditCommandCurrentContent() override
-    {
-        return ask(QStringLiteral("getEditCommandCurrentContent"), QString()).toString();
-    }
-    void setAddCommandWarningText(QString text) override
-    {
-        record(QStringLiteral("setAddCommandWarningText"), text);
-    }
-    void setEditCommandWarningText(QString text) override
-    {
-        record(QStringLiteral("setEditCommandWarningText"), text);
-    }
-    void closeWarningHint() override { record(QStringLiteral("closeWarningHint")); }
-    void setPreferenceSettingCheckBoxClick(bool checked) override
-    {
-        record(QStringLiteral("setPreferenceSettingCheckBoxClick"), checked);
-    }
-    void setPreferenceSettingRadioButtonClickSend(bool checked) override
-    {
-        record(QStringLiteral("setPreferenceSettingRadioButtonClickSend"), checked);
-    }
-    void setPreferenceSettingRadioButtonAutoSend(bool checked) override
-    {
-        record(QStringLiteral("setPreferenceSettingRadioButtonAutoSend"), checked);
-    }
-    void setPreferenceSettingCheckBoxEnterKeySend(bool checked) override
-    {
-        record(QStringLiteral("setPreferenceSettingCheckBoxEnterKeySend"), checked);
-    }
-    void setPreferenceSettingCheckBoxSpaceKeySend(bool checked) override
-    {
-        record(QStringLiteral("setPreferenceSettingCheckBoxSpaceKeySend"), checked);
-    }
-    void setPreferenceSettingCheckBoxDelAllSign(bool checked) override
-    {
-        record(QStringLiteral("setPreferenceSettingCheckBoxDelAllSign"), checked);
-    }
+    RECORDS_ARG(updateSystemTray, int);
+    RECORDS_ARG(setZorvaneMessage, QString);
+    RECORDS_ARG(setDeviceName, QString);
+    RECORDS(showRestDialog);
+    RECORDS_ARG(setComboRestTime, int);
+    RECORDS_ARG(setVipFunction, bool);
+    RECORDS_ARG(setCpiValue, int);
+    RECORDS_ARG(showLamplightModule, int);
+    RECORDS_ARG(setUpdateView, int);
+    RECORDS_ARG(setDiscoverNewestVersionInfo, QString);
+    RECORDS_ARG(setSignalClickModeEnable, bool);
+    ANSWERS(int, getCurVolume, 0, toInt);
+    ANSWERS(int, getCurrentStackedWidgetIndex, 0, toInt);
+    RECORDS_ARG(setAddCommandContent, QString);
+    RECORDS_ARG(setEditCommandContent, QString);
+    ANSWERS(int, getAddCommmandCurrentType, 0, toInt);
+    ANSWERS(int, getEditCommmandCurrentType, 0, toInt);
+    ANSWERS(QString, getAddCommandCurrentCommand, QString(), toString);
+    ANSWERS(QString, getEditCommandCurrentCommand, QString(), toString);
+    ANSWERS(QString, getAddCommandCurrentContent, QString(), toString);
+    ANSWERS(QString, getEditCommandCurrentContent, QString(), toString);
+    RECORDS_ARG(setAddCommandWarningText, QString);
+    RECORDS_ARG(setEditCommandWarningText, QString);
+    RECORDS(closeWarningHint);
+    RECORDS_ARG(setPreferenceSettingCheckBoxClick, bool);
+    RECORDS_ARG(setPreferenceSettingRadioButtonClickSend, bool);
+    RECORDS_ARG(setPreferenceSettingRadioButtonAutoSend, bool);
+    RECORDS_ARG(setPreferenceSettingCheckBoxEnterKeySend, bool);
+    RECORDS_ARG(setPreferenceSettingCheckBoxSpaceKeySend, bool);
+    RECORDS_ARG(setPreferenceSettingCheckBoxDelAllSign, bool);
 };

@@ -49,13 +49,6 @@ private:
         expire(P::TimerMinListen);
         expire(P::TimerCheckIsLongClick);
     }
-    // A press whose verdict came while held, then the release.
-    void longPress(int key)
-    {
-        presenter()->onKeyEvent(key, 1);
-        verdict();
-        presenter()->onKeyEvent(key, 0);
-    }
     // A press released before the verdict, and the verdict.
     void shortClick(int key)
     {
@@ -145,7 +138,9 @@ void TestInputSession::clickModeRelease()
 {
     mRig->setPreferences([](UserPreferences& p) { p.isClickMode = 1; });
     view().answers[QStringLiteral("isHiddenNoFocusView")] = false;
-    longPress(6);
+    presenter()->onKeyEvent(6, 1);  // held through the verdict
+    verdict();
+    presenter()->onKeyEvent(6, 0);
     QVERIFY(presenter()->status().isListening);
     QVERIFY(mRig->baidu->isRunning());
     // A short click leaves the dictation running with the key up, until a press elsewhere.
