@@ -1,0 +1,287 @@
+#include "Widget/Notices/LowbatDialog.h"
+
+#include "Utils/Logging.h"
+#include "Widget/Notices/NoticeLook.h"
+#include "WidgetPresenter/LowbatPresenter.h"
+
+#include <QCursor>
+#include <QGuiApplication>
+#include <QLabel>
+#include <QMouseEvent>
+#include <QPainter>
+#include <QPropertyAnimation>
+#include <QScreen>
+#include <QStackedWidget>
+#include <QTimer>
+#include <QToolButton>
+
+namespace {
+
+const QSize kDialogSize(298, 308);
+const QSize kFrameSize(282, 294);
+const QSize kButtonSize(126, 114);
+const QPoint kButtonPos(156, 0);
+const QRect kPicture(56, 92, 170, 84);
+constexpr int kRadius = 16;
+
+const QString kArt = QStringLiteral(":/zh_res/res_1080/Lowbat/");
+
+QString framePath(const QString& folder, const QString& stem, int frame)
+{
+    return kArt + folder + QLatin1Char('/') + stem +
+           QStringLiteral("%1.png").arg(frame, 4, 10, QLatin1Char('0'));
+}
+
+struct PageLook {
+    const char* background;
+    const char* text;
+};
+
+const PageLook kPages[] = {
+    {"lowbat_panel_background.png", "鼠标电量低，请及时充电"},
+    {"lowbat_power_shortage_panel_background.png", "鼠标电量严重不足"},
+    {"lowbat_shut_down.png", "鼠标电量耗尽，已关机"},
+    {"lowbat_charging.png", "鼠标正在充电"},
+};
+
+}  // namespace
+
+LowbatDialog::LowbatDialog(QWidget* parent) : QDialog(parent)
+{
+    NoticeLook::loadArt();
+    setWindowFlags(Qt::FramelessWindowHint | Qt::Tool | Qt::WindowStaysOnTopHint);
+    setAttribute(Qt::WA_MacAlwaysShowToolWindow);
+    setAttribute(Qt::WA_TranslucentBackground);
+    // The panel pops up while the user types elsewhere: it must not take the keyboard.
+    setAttribute(Qt::WA_ShowWithoutActivating);
+    setWindowTitle(QStringLiteral("Zorvane"));
+    setupUi();
+
+    mPresenter = new LowbatPresenter(this, this);
+    mTimerAutoHide = new QTimer(this);
+    mTimerAutoHide->setInterval(kAutoHideTickMs);
+    connect(mTimerAutoHide, &QTimer::timeout, this, &LowbatDialog::onAutoHideTick);
+}
+
+void LowbatDialog::setupUi()
+{
+    mStack = new QStackedWidget(this);
+    mStack->setGeometry(QRect(QPoint(0, 0), kFrameSize));
+    for (const PageLook& look : kPages) {
+        auto* frame = new QFrame;
+        frame->setObjectName(QStringLiteral("lowbatFrame"));
+        auto* background = new QLabel(frame);
+        background->setGeometry(QRect(QPoint(0, 0), kFrameSize));
+        background->setPixmap(QPixmap(kArt + QLatin1String(look.background)));
+        auto* text = new QLabel(QString::fromUtf8(look.text), frame);
+        text->setGeometry(16, 206, kFrameSize.width() - 32, 40);
+        text->setAlignment(Qt::AlignCenter);
+        text->setWordWrap(true);
+        text->setStyleSheet(QStringLiteral("color: white; font-size: 17px;"));
+        mFrames << frame;
+        mStack->addWidget(frame);
+    }
+    mLowbatAnimation = new QLabel(mFrames[LowbatPage]);
+    mLowbatAnimation->setGeometry(kPicture);
+    mMinLowbatAnimation = new QLabel(mFrames[MinLowbatPage]);
+    mMinLowbatAnimation->setGeometry(kPicture);
+    setLowbatAnimationImage(1);
+    setMinLowbatAnimationImage(1);
+
+    mButton = new QToolButton(this);
+    mButton->setObjectName(QStringLiteral("noLongerRemind"));
+    mButton->setFocusPolicy(Qt::NoFocus);
+    mButton->setCursor(Qt::PointingHandCursor);
+    mButton->setIcon(QIcon(kArt + QStringLiteral("lowbat_close.png")));
+    mButton->setIconSize(QSize(32, 32));
+    mButton->setText(QStringLiteral("不再提醒"));
+    mButton->setToolButtonStyle(Qt::ToolButtonTextUnderIcon);
+    mButton->setStyleSheet(
+        QStringLiteral("QToolButton { border: none; background: transparent; color: white;"
+                       " font-size: 13px; padding-top: 14px; }"
+                       "QToolButton:hover { color: #ffd27a; }"));
+    connect(mButton, &QToolButton::clicked, this, &LowbatDialog::onNoLongerRemind);
+}
+
+void LowbatDialog::setLowbatAnimationView()
+{
+    changeView(LowbatPage);
+}
+
+void LowbatDialog::setMinLowAnimationView()
+{
+    changeView(MinLowbatPage);
+}
+
+void LowbatDialog::setMouseShutdownView()
+{
+    changeView(ShutdownPage);
+}
+
+void LowbatDialog::setMouseChargingView()
+{
+    changeView(ChargingPage);
+}
+
+void LowbatDialog::changeView(int index)
+{
+    mStack->setCurrentIndex(index);
+    if (index == LowbatPage) {
+        mPresenter->startLowbatAnimation();
+    } else if (index == MinLowbatPage) {
+        mPresenter->stopLowbatAnimation();
+        mPresenter->startMinLowbatAnimation();
+    } else {
+        mPresenter->stopLowbatAnimation();
+        mPresenter->stopMinLowbatAnimation();
+    }
+    toShow();
+}
+
+int LowbatDialog::currentPage() const
+{
+    return mStack->currentIndex();
+}
+
+bool LowbatDialog::IsHidden()
+{
+    return isHidden();
+}
+
+void LowbatDialog::toShow()
+{
+    // A panel still shrinking away is coming back: its animation must not finish the job.
+    if (mHiding) {
+        mHiding->stop();
+        mHiding->deleteLater();
+        mHiding = nullptr;
+    }
+    resize(kDialogSize);
+    mButton->resize(kButtonSize);
+    mButton->move(kButtonPos);
+    for (QWidget* frame : qAsConst(mFrames)) {
+        frame->setGeometry(QRect(QPoint(0, 0), kFrameSize));
+    }
+    mButton->setVisible(currentPage() == LowbatPage || currentPage() == MinLowbatPage);
+    if (const QScreen* screen = QGuiApplication::primaryScreen()) {
+        const QRect area = screen->availableGeometry();
+        move(area.width() - width(), area.height() - height());
+    }
+    showNormal();
+    mOutsideCount = 0;
+    mTimerAutoHide->start();
+}
+
+void LowbatDialog::setLowbatAnimationImage(int frame)
+{
+    mLowbatAnimation->setPixmap(
+        QPixmap(framePath(QStringLiteral("lobat_animation"), QStringLiteral("lobat_animation"), frame)));
+}
+
+void LowbatDialog::setMinLowbatAnimationImage(int frame)
+{
+    mMinLowbatAnimation->setPixmap(QPixmap(framePath(QStringLiteral("lowbat_power_shortage_animation"),
+                                                     QStringLiteral("lowbat_power_shortage"), frame)));
+}
+
+QPixmap LowbatDialog::lowbatFrame() const
+{
+    return mLowbatAnimation->pixmap(Qt::ReturnByValue);
+}
+
+QPixmap LowbatDialog::minLowbatFrame() const
+{
+    return mMinLowbatAnimation->pixmap(Qt::ReturnByValue);
+}
+
+void LowbatDialog::onAutoHideTick()
+{
+    if (geometry().contains(QCursor::pos())) {
+        mOutsideCount = 0;
+        return;
+    }
+    mOutsideCount += 1;
+    if (mOutsideCount >= kAutoHideTicks) {
+        animationHide();
+        mTimerAutoHide->stop();
+        mOutsideCount = 0;
+    }
+}
+
+void LowbatDialog::animationHide()
+{
+    const QRect from = geometry();
+    QRect to = from;
+    to.setTop(from.top() + from.height());
+    auto* animation = new QPropertyAnimation(this, "geometry", this);
+    animation->setDuration(kHideMs);
+    animation->setStartValue(from);
+    animation->setEndValue(to);
+    connect(animation, &QPropertyAnimation::finished, this, [this] {
+        if (currentPage() == LowbatPage) {
+            emit signalLowbatViewAutoHide();
+        } else if (currentPage() == MinLowbatPage) {
+            emit signalMinLowbatViewAutoHide();
+        }
+        hide();
+    });
+    mHiding = animation;
+    animation->start(QAbstractAnimation::DeleteWhenStopped);
+}
+
+void LowbatDialog::onNoLongerRemind()
+{
+    if (currentPage() == LowbatPage) {
+        mPresenter->stopLowbatAnimation();
+        emit signalLowbatNoLongerRemind();
+    } else if (currentPage() == MinLowbatPage) {
+        mPresenter->stopMinLowbatAnimation();
+        emit signalMinLowbatNoLongerRemind();
+    }
+    qCInfo(lcConsole) << "battery panel: no longer remind, page" << currentPage();
+    // Closed by hand: the pointer watch has nothing left to hide.
+    mTimerAutoHide->stop();
+    close();
+}
+
+void LowbatDialog::paintEvent(QPaintEvent* event)
+{
+    Q_UNUSED(event);
+    if (NoticeLook::compositing()) {
+        return;
+    }
+    // Nothing blends the rounded corners of the pictures: give them an opaque ground.
+    QPainter painter(this);
+    painter.setRenderHint(QPainter::Antialiasing);
+    painter.setPen(Qt::NoPen);
+    painter.setBrush(QColor(30, 34, 46));
+    painter.drawRoundedRect(QRectF(QPoint(0, 0), kFrameSize), kRadius, kRadius);
+}
+
+void LowbatDialog::resizeEvent(QResizeEvent* event)
+{
+    QDialog::resizeEvent(event);
+    NoticeLook::shape(this, QRect(QPoint(0, 0), kFrameSize), kRadius);
+}
+
+void LowbatDialog::mousePressEvent(QMouseEvent* event)
+{
+    mDragPoint = event->globalPos();
+    mDragging = true;
+}
+
+void LowbatDialog::mouseMoveEvent(QMouseEvent* event)
+{
+    if (mDragging) {
+        move(pos() + event->globalPos() - mDragPoint);
+        mDragPoint = event->globalPos();
+    }
+}
+
+void LowbatDialog::mouseReleaseEvent(QMouseEvent* event)
+{
+    if (mDragging) {
+        move(pos() + event->globalPos() - mDragPoint);
+    }
+    mDragging = false;
+}
