@@ -291,7 +291,7 @@ void TestDialogs::screenshots()
 
     MessageDialog box;
     box.setTitle(QStringLiteral("数据库无法写入，命令词未保存"));
-    shoot(&box, QStringLiteral("message"));
+    shoot(&box, QStringLiteral("message-dialog"));
     shoot(DeletePopupDialog::getInstance(nullptr), QStringLiteral("delete-popup"));
     ZorvaneMessageDialog::getInstance(nullptr)->setMessageText(
         QStringLiteral("电量：80%，连接方式：USB接收器"));
