@@ -17,6 +17,7 @@
 #include <QCheckBox>
 #include <QGuiApplication>
 #include <QLineEdit>
+#include <QMouseEvent>
 #include <QPainter>
 #include <QPainterPath>
 #include <QPlainTextEdit>
@@ -61,6 +62,7 @@ private slots:
     void feedbackWarningsAndFarewell();
     void messageBoxesAnswer();
     void bubbleAndPicture();
+    void cardShapeAndDrag();
     void screenshots();
 
 private:
@@ -243,6 +245,30 @@ void TestDialogs::bubbleAndPicture()
     QVERIFY(explain->setImage(path));
     QVERIFY(explain->image().width() <= ExplainDialog::kMaxWidth);
     QVERIFY(explain->image().height() <= ExplainDialog::kMaxHeight);
+}
+
+void TestDialogs::cardShapeAndDrag()
+{
+    // Without a compositor the corners are cut away rather than painted black.
+    AboutUsDialog* about = AboutUsDialog::getInstance(nullptr);
+    about->move(100, 100);
+    about->show();
+    QVERIFY(!FramelessDialog::hasCompositor());
+    QVERIFY(!about->mask().contains(QPoint(0, 0)));
+    QVERIFY(!about->mask().contains(QPoint(about->width() - 1, about->height() - 1)));
+    QVERIFY(about->mask().contains(about->rect().center()));
+    QVERIFY(about->mask().contains(QPoint(about->width() / 2, 0)));
+
+    // Where the window manager cannot move it, the body drags the window itself.
+    const QPoint start = about->pos();
+    QTest::mousePress(about, Qt::LeftButton, Qt::NoModifier, QPoint(150, 120));
+    QMouseEvent move(QEvent::MouseMove, QPoint(180, 140), about->mapToGlobal(QPoint(180, 140)), Qt::NoButton,
+                     Qt::LeftButton, Qt::NoModifier);
+    QCoreApplication::sendEvent(about, &move);
+    // The window has followed the pointer: the release lands on the same spot of it.
+    QTest::mouseRelease(about, Qt::LeftButton, Qt::NoModifier, QPoint(150, 120));
+    QCOMPARE(about->pos(), start + QPoint(30, 20));
+    about->hide();
 }
 
 void TestDialogs::screenshots()
