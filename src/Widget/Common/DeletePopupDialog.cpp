@@ -1,0 +1,45 @@
+#include "Widget/Common/DeletePopupDialog.h"
+
+#include "Widget/Common/DialogStyle.h"
+
+#include <QHBoxLayout>
+#include <QLabel>
+#include <QPushButton>
+#include <QVBoxLayout>
+
+DeletePopupDialog::DeletePopupDialog(QWidget* parent)
+    : FramelessDialog(parent, Qt::WindowStaysOnTopHint),
+      mPresenter(new DeletePopupPresenter(this, this)),
+      mSubmit(new QPushButton(QStringLiteral("删除"), this)),
+      mCancel(new QPushButton(QStringLiteral("取消"), this))
+{
+    setModal(true);
+    setStyleSheet(DialogStyle::sheet());
+    setFixedSize(340, 170);
+    auto* icon = new QLabel(this);
+    icon->setPixmap(QPixmap(QStringLiteral(":/common/warning.svg"))
+                        .scaled(40, 40, Qt::KeepAspectRatio, Qt::SmoothTransformation));
+    auto* question = new QLabel(QStringLiteral("确定删除所选的命令词吗？"), this);
+    question->setObjectName(QStringLiteral("titleLabel"));
+    auto* hint = new QLabel(QStringLiteral("删除后无法恢复"), this);
+    hint->setObjectName(QStringLiteral("mutedLabel"));
+    auto* texts = new QVBoxLayout;
+    texts->addWidget(question);
+    texts->addWidget(hint);
+    auto* top = new QHBoxLayout;
+    top->setSpacing(14);
+    top->addWidget(icon);
+    top->addLayout(texts, 1);
+    mSubmit->setObjectName(QStringLiteral("primaryButton"));
+    auto* buttons = new QHBoxLayout;
+    buttons->addStretch();
+    buttons->addWidget(mCancel);
+    buttons->addWidget(mSubmit);
+    auto* layout = new QVBoxLayout(this);
+    layout->setContentsMargins(24, 24, 24, 20);
+    layout->addLayout(top);
+    layout->addStretch();
+    layout->addLayout(buttons);
+    connect(mSubmit, &QPushButton::clicked, mPresenter, &DeletePopupPresenter::submit);
+    connect(mCancel, &QPushButton::clicked, mPresenter, &DeletePopupPresenter::cancel);
+}

@@ -1,0 +1,119 @@
+#include "Widget/Common/FramelessDialog.h"
+
+#include <QGuiApplication>
+#include <QHBoxLayout>
+#include <QLabel>
+#include <QMouseEvent>
+#include <QPainter>
+#include <QPainterPath>
+#include <QPushButton>
+#include <QScreen>
+#include <QWindow>
+#include <QX11Info>
+
+// The images live in static libraries: nothing would pull them into the program otherwise.
+static void initResources()
+{
+    Q_INIT_RESOURCE(common);
+    Q_INIT_RESOURCE(console);
+}
+
+FramelessDialog::FramelessDialog(QWidget* parent, Qt::WindowFlags extraFlags)
+    : QDialog(parent), mTranslucent(hasCompositor())
+{
+    setWindowFlags(Qt::FramelessWindowHint | Qt::Dialog | extraFlags);
+    setWindowTitle(QStringLiteral("Zorvane"));
+    setAttribute(Qt::WA_TranslucentBackground, mTranslucent);
+    static const bool resources = (initResources(), true);
+    Q_UNUSED(resources);
+}
+
+QHBoxLayout* FramelessDialog::titleBar(const QString& text)
+{
+    auto* row = new QHBoxLayout;
+    auto* heading = new QLabel(text, this);
+    heading->setObjectName(QStringLiteral("headingLabel"));
+    auto* close = new QPushButton(this);
+    close->setObjectName(QStringLiteral("closeButton"));
+    close->setIcon(
+        QIcon::fromTheme(QStringLiteral("window-close"), QIcon(QStringLiteral(":/console/close.svg"))));
+    close->setToolTip(QStringLiteral("关闭"));
+    close->setFocusPolicy(Qt::NoFocus);
+    connect(close, &QPushButton::clicked, this, &QWidget::close);
+    row->addWidget(heading);
+    row->addStretch();
+    row->addWidget(close);
+    return row;
+}
+
+bool FramelessDialog::hasCompositor()
+{
+    return QX11Info::isPlatformX11() && QX11Info::isCompositingManagerRunning();
+}
+
+void FramelessDialog::centreOver(const QWidget* window)
+{
+    QRect area;
+    if (window != nullptr && window->isVisible()) {
+        area = window->frameGeometry();
+    } else if (const QScreen* screen = QGuiApplication::primaryScreen()) {
+        area = screen->availableGeometry();
+    }
+    if (area.isValid()) {
+        QRect own = frameGeometry();
+        own.moveCenter(area.center());
+        move(own.topLeft());
+    }
+}
+
+void FramelessDialog::paintEvent(QPaintEvent*)
+{
+    QPainter painter(this);
+    painter.setRenderHint(QPainter::Antialiasing);
+    painter.setPen(QColor(0, 0, 0, 40));
+    painter.setBrush(mCardColor);
+    painter.drawRoundedRect(QRectF(rect()).adjusted(0.5, 0.5, -0.5, -0.5), kRadius, kRadius);
+}
+
+void FramelessDialog::resizeEvent(QResizeEvent* event)
+{
+    QDialog::resizeEvent(event);
+    if (!mTranslucent) {
+        QPainterPath path;
+        path.addRoundedRect(QRectF(rect()), kRadius, kRadius);
+        setMask(QRegion(path.toFillPolygon().toPolygon()));
+    }
+}
+
+void FramelessDialog::mousePressEvent(QMouseEvent* event)
+{
+    if (!mDraggable || event->button() != Qt::LeftButton) {
+        QDialog::mousePressEvent(event);
+        return;
+    }
+    // The window manager's own move keeps snapping and monitor edges working.
+    if (windowHandle() != nullptr && windowHandle()->startSystemMove()) {
+        return;
+    }
+    mDragging = true;
+    mDragOffset = event->globalPos() - frameGeometry().topLeft();
+}
+
+void FramelessDialog::mouseMoveEvent(QMouseEvent* event)
+{
+    if (mDragging) {
+        move(event->globalPos() - mDragOffset);
+        return;
+    }
+    QDialog::mouseMoveEvent(event);
+}
+
+void FramelessDialog::mouseReleaseEvent(QMouseEvent* event)
+{
+    if (mDragging) {
+        move(event->globalPos() - mDragOffset);
+        mDragging = false;
+        return;
+    }
+    QDialog::mouseReleaseEvent(event);
+}

@@ -1,0 +1,54 @@
+#include "Widget/Common/MessageDialog.h"
+
+#include "Widget/Common/DialogStyle.h"
+
+#include <QHBoxLayout>
+#include <QLabel>
+#include <QPushButton>
+#include <QVBoxLayout>
+
+MessageDialog::MessageDialog(QWidget* parent)
+    : FramelessDialog(parent, Qt::WindowSystemMenuHint | Qt::WindowStaysOnTopHint),
+      mTitle(new QLabel(this)),
+      mSubmit(new QPushButton(QStringLiteral("确定"), this)),
+      mCancel(new QPushButton(QStringLiteral("取消"), this))
+{
+    setStyleSheet(DialogStyle::sheet());
+    setFixedWidth(360);
+    mTitle->setObjectName(QStringLiteral("titleLabel"));
+    mTitle->setWordWrap(true);
+    mTitle->setAlignment(Qt::AlignCenter);
+    mSubmit->setObjectName(QStringLiteral("primaryButton"));
+    auto* buttons = new QHBoxLayout;
+    buttons->addStretch();
+    buttons->addWidget(mCancel);
+    buttons->addWidget(mSubmit);
+    auto* layout = new QVBoxLayout(this);
+    layout->setContentsMargins(24, 24, 24, 20);
+    layout->setSpacing(18);
+    layout->addWidget(mTitle);
+    layout->addLayout(buttons);
+    connect(mSubmit, &QPushButton::clicked, this, [this] { done(1); });
+    connect(mCancel, &QPushButton::clicked, this, [this] { done(0); });
+}
+
+void MessageDialog::setTitle(QString title)
+{
+    mTitle->setText(title);
+    adjustSize();
+}
+
+void MessageDialog::setSubmitHidden(bool hidden)
+{
+    mSubmit->setHidden(hidden);
+}
+
+void MessageDialog::setCancelHidden(bool hidden)
+{
+    mCancel->setHidden(hidden);
+}
+
+QString MessageDialog::title() const
+{
+    return mTitle->text();
+}

@@ -1,0 +1,58 @@
+#include "Widget/Console/AppAutoRunDialog.h"
+
+#include "Widget/Common/DialogStyle.h"
+
+#include <QCheckBox>
+#include <QHBoxLayout>
+#include <QLabel>
+#include <QPushButton>
+#include <QVBoxLayout>
+
+AppAutoRunDialog::AppAutoRunDialog(QWidget* parent, AppAutoRunUtils* autoRun)
+    : FramelessDialog(parent),
+      mPresenter(new AppAutoRunPresenter(this, autoRun, this)),
+      mCheck(new QCheckBox(QStringLiteral("开机时自动启动Zorvane"), this)),
+      mSubmit(new QPushButton(QStringLiteral("确定"), this))
+{
+    setDraggable(true);
+    setModal(true);
+    setStyleSheet(DialogStyle::sheet());
+    setFixedSize(400, 200);
+    auto* text = new QLabel(QStringLiteral("Zorvane需要在后台运行才能随时响应鼠标的语音键。"), this);
+    text->setWordWrap(true);
+    mSubmit->setObjectName(QStringLiteral("primaryButton"));
+    auto* buttons = new QHBoxLayout;
+    buttons->addStretch();
+    buttons->addWidget(mSubmit);
+    auto* layout = new QVBoxLayout(this);
+    layout->setContentsMargins(24, 16, 16, 20);
+    layout->addLayout(titleBar(QStringLiteral("开机启动")));
+    layout->addSpacing(6);
+    layout->addWidget(text);
+    layout->addWidget(mCheck);
+    layout->addStretch();
+    layout->addLayout(buttons);
+    connect(mSubmit, &QPushButton::clicked, mPresenter, &AppAutoRunPresenter::submit);
+}
+
+void AppAutoRunDialog::setCheckAppAutoRun(bool checked)
+{
+    mCheck->setChecked(checked);
+}
+
+void AppAutoRunDialog::forceFinishView()
+{
+    if (mCheck->isChecked()) {
+        mCheck->setChecked(false);
+    }
+}
+
+void AppAutoRunDialog::submit()
+{
+    mPresenter->submit();
+}
+
+bool AppAutoRunDialog::isCheckAppAutoRun()
+{
+    return mCheck->isChecked();
+}

@@ -1,0 +1,34 @@
+#pragma once
+
+#include "Utils/Singleton.h"
+#include "Widget/Common/FramelessDialog.h"
+#include "WidgetPresenter/AppAutoRunPresenter.h"
+
+class QCheckBox;
+class QPushButton;
+
+// The question at the first start when autostart is off: checked and confirmed, Zorvane
+// starts with the session from then on. Ends with 1 when autostart was turned on.
+class AppAutoRunDialog : public FramelessDialog, public AppAutoRunView, public Singleton<AppAutoRunDialog> {
+    Q_OBJECT
+
+public:
+    // autoRun may be null for the process-wide one.
+    explicit AppAutoRunDialog(QWidget* parent = nullptr, AppAutoRunUtils* autoRun = nullptr);
+
+    void setCheckAppAutoRun(bool checked);
+    // Another window ends the question: the box goes unchecked so that nothing is changed.
+    void forceFinishView();
+    void submit();
+
+    bool isCheckAppAutoRun() override;
+    void finish(int result) override { done(result); }
+
+    QCheckBox* checkBox() const { return mCheck; }
+    QPushButton* submitButton() const { return mSubmit; }
+
+private:
+    AppAutoRunPresenter* mPresenter;
+    QCheckBox* mCheck;
+    QPushButton* mSubmit;
+};
