@@ -24,7 +24,8 @@ bool NoticeLook::compositorRunning()
 
 void NoticeLook::cutRoundedCorners(QWidget* window, int radius)
 {
-    if (window->height() == 0) {
+    // Only X11 shapes windows; elsewhere the square window is all there is.
+    if (window->height() == 0 || !QX11Info::isPlatformX11()) {
         return;
     }
     QPainterPath path;
@@ -82,7 +83,6 @@ void NoticePanel::animationShow()
         return;
     }
     showNormal();
-    raise();
     animateTop(-mFrame->height(), false);
 }
 
