@@ -1,0 +1,140 @@
+#include "NoticePanel.h"
+
+#include "Utils/WinUtils.h"
+
+#include <QCursor>
+#include <QFrame>
+#include <QGuiApplication>
+#include <QPainter>
+#include <QPainterPath>
+#include <QPropertyAnimation>
+#include <QPushButton>
+#include <QRegion>
+#include <QTimer>
+#include <QX11Info>
+
+namespace {
+constexpr int kCornerRadius = 12;
+}  // namespace
+
+bool NoticeLook::compositorRunning()
+{
+    return QX11Info::isPlatformX11() && QX11Info::isCompositingManagerRunning();
+}
+
+void NoticeLook::cutRoundedCorners(QWidget* window, int radius)
+{
+    // Only X11 shapes windows; elsewhere the square window is all there is.
+    if (window->height() == 0 || !QX11Info::isPlatformX11()) {
+        return;
+    }
+    QPainterPath path;
+    path.addRoundedRect(window->rect(), radius, radius);
+    window->setMask(QRegion(path.toFillPolygon().toPolygon()));
+}
+
+NoticePanel::NoticePanel(int closeButtonSize, QWidget* parent)
+    : QDialog(parent),
+      mFrame(new QFrame(this)),
+      mClose(new QPushButton(mFrame)),
+      mTimerAutoHide(new QTimer(this)),
+      mTranslucent(NoticeLook::compositorRunning())
+{
+    setWindowFlags(Qt::FramelessWindowHint | Qt::Tool | Qt::WindowDoesNotAcceptFocus |
+                   Qt::WindowStaysOnTopHint);
+    setAttribute(Qt::WA_ShowWithoutActivating);
+    setWindowTitle(QStringLiteral("Zorvane"));
+    // Without a compositor a translucent window has black corners: paint it opaque and cut
+    // the corners with a mask instead.
+    setAttribute(Qt::WA_TranslucentBackground, mTranslucent);
+    setFixedWidth(kSize);
+    setMinimumHeight(0);
+    setMaximumHeight(kSize);
+
+    mFrame->setGeometry(0, 0, kSize, kSize);
+    mClose->setGeometry(350, 10, closeButtonSize, closeButtonSize);
+    mClose->setFocusPolicy(Qt::NoFocus);
+    mClose->setCursor(Qt::PointingHandCursor);
+    mClose->setText(QStringLiteral("✕"));
+    mClose->setStyleSheet(
+        QStringLiteral("QPushButton { color: #FFFFFF; background: rgba(0, 0, 0, 60); border: none;"
+                       " border-radius: %1px; font-size: 12px; }"
+                       "QPushButton:hover { background: rgba(0, 0, 0, 120); }")
+            .arg(closeButtonSize / 2));
+    connect(mClose, &QPushButton::clicked, this, &NoticePanel::animationHide);
+
+    mTimerAutoHide->setInterval(kTickMs);
+    connect(mTimerAutoHide, &QTimer::timeout, this, &NoticePanel::onAutoHideTick);
+}
+
+void NoticePanel::placeAtBottomRight()
+{
+    const QRect screen = WinUtils::getInstance()->getScreen();
+    move(screen.width() - width() - 2, screen.height() - 2);
+    resize(width(), 0);
+}
+
+void NoticePanel::animationShow()
+{
+    // Already up: a new content keeps it there for another round.
+    if (isVisible() && height() >= mFrame->height()) {
+        mOutsideCount = 0;
+        mTimerAutoHide->start();
+        return;
+    }
+    showNormal();
+    animateTop(-mFrame->height(), false);
+}
+
+void NoticePanel::animationHide()
+{
+    animateTop(mFrame->height(), true);
+}
+
+void NoticePanel::animateTop(int delta, bool hideAtEnd)
+{
+    auto* animation = new QPropertyAnimation(this, "geometry", this);
+    animation->setDuration(kAnimationMs);
+    const QRect from = geometry();
+    animation->setStartValue(from);
+    animation->setEndValue(from.adjusted(0, delta, 0, 0));
+    connect(animation, &QPropertyAnimation::finished, this, [this, hideAtEnd] {
+        if (hideAtEnd) {
+            hide();
+        } else {
+            mTimerAutoHide->start();
+        }
+    });
+    animation->start(QAbstractAnimation::DeleteWhenStopped);
+}
+
+void NoticePanel::onAutoHideTick()
+{
+    if (geometry().contains(QCursor::pos())) {
+        mOutsideCount = 0;
+        return;
+    }
+    if (++mOutsideCount >= kOutsideTicks) {
+        mOutsideCount = 0;
+        animationHide();
+        mTimerAutoHide->stop();
+    }
+}
+
+void NoticePanel::resizeEvent(QResizeEvent* event)
+{
+    QDialog::resizeEvent(event);
+    if (!mTranslucent) {
+        NoticeLook::cutRoundedCorners(this, kCornerRadius);
+    }
+}
+
+void NoticePanel::paintEvent(QPaintEvent* event)
+{
+    Q_UNUSED(event)
+    if (mTranslucent) {
+        return;
+    }
+    QPainter painter(this);
+    painter.fillRect(rect(), QColor(0x2B, 0x3A, 0x55));
+}
