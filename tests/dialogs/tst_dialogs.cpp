@@ -5,6 +5,7 @@
 #include "Utils/AppVersion.h"
 #include "Widget/Common/DeletePopupDialog.h"
 #include "Widget/Common/MessageDialog.h"
+#include "Widget/Common/WindowLook.h"
 #include "Widget/Common/ZorvaneMessageDialog.h"
 #include "Widget/Console/AboutUsDialog.h"
 #include "Widget/Console/AppAutoRunDialog.h"
@@ -253,7 +254,7 @@ void TestDialogs::cardShapeAndDrag()
     AboutUsDialog* about = AboutUsDialog::getInstance(nullptr);
     about->move(100, 100);
     about->show();
-    QVERIFY(!FramelessDialog::hasCompositor());
+    QVERIFY(!WindowLook::compositing());
     QVERIFY(!about->mask().contains(QPoint(0, 0)));
     QVERIFY(!about->mask().contains(QPoint(about->width() - 1, about->height() - 1)));
     QVERIFY(about->mask().contains(about->rect().center()));

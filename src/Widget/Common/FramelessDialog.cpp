@@ -1,15 +1,15 @@
 #include "Widget/Common/FramelessDialog.h"
 
+#include "Widget/Common/WindowLook.h"
+
 #include <QGuiApplication>
 #include <QHBoxLayout>
 #include <QLabel>
 #include <QMouseEvent>
 #include <QPainter>
-#include <QPainterPath>
 #include <QPushButton>
 #include <QScreen>
 #include <QWindow>
-#include <QX11Info>
 
 // The images live in static libraries: nothing would pull them into the program otherwise.
 static void initResources()
@@ -19,7 +19,7 @@ static void initResources()
 }
 
 FramelessDialog::FramelessDialog(QWidget* parent, Qt::WindowFlags extraFlags)
-    : QDialog(parent), mTranslucent(hasCompositor())
+    : QDialog(parent), mTranslucent(WindowLook::compositing())
 {
     setWindowFlags(Qt::FramelessWindowHint | Qt::Dialog | extraFlags);
     setWindowTitle(QStringLiteral("Zorvane"));
@@ -44,11 +44,6 @@ QHBoxLayout* FramelessDialog::titleBar(const QString& text)
     row->addStretch();
     row->addWidget(close);
     return row;
-}
-
-bool FramelessDialog::hasCompositor()
-{
-    return QX11Info::isPlatformX11() && QX11Info::isCompositingManagerRunning();
 }
 
 void FramelessDialog::centreOver(const QWidget* window)
@@ -78,11 +73,7 @@ void FramelessDialog::paintEvent(QPaintEvent*)
 void FramelessDialog::resizeEvent(QResizeEvent* event)
 {
     QDialog::resizeEvent(event);
-    if (!mTranslucent) {
-        QPainterPath path;
-        path.addRoundedRect(QRectF(rect()), kRadius, kRadius);
-        setMask(QRegion(path.toFillPolygon().toPolygon()));
-    }
+    WindowLook::shape(this, rect(), kRadius);
 }
 
 void FramelessDialog::mousePressEvent(QMouseEvent* event)

@@ -17,7 +17,6 @@ public:
 
     explicit FramelessDialog(QWidget* parent = nullptr, Qt::WindowFlags extraFlags = {});
 
-    static bool hasCompositor();
     // Moves this dialog so that its centre meets the centre of the given window (or of the
     // screen when there is none).
     void centreOver(const QWidget* window);

@@ -1,5 +1,6 @@
 #include "Widget/Notices/BLEConnectedDialog.h"
 
+#include "Widget/Common/WindowLook.h"
 #include "Widget/Notices/NoticeLook.h"
 
 #include <QGuiApplication>
@@ -33,7 +34,7 @@ BLEConnectedDialog::BLEConnectedDialog(QWidget* parent) : QDialog(parent), mTime
     text->setGeometry(0, 220, kSize.width(), 48);
     text->setAlignment(Qt::AlignCenter);
     text->setStyleSheet(QStringLiteral("color: white; font-size: 20px;"));
-    NoticeLook::shape(this, rect(), kRadius);
+    WindowLook::shape(this, rect(), kRadius);
 
     mTimer->setSingleShot(true);
     mTimer->setInterval(kShowMs);
@@ -54,7 +55,7 @@ void BLEConnectedDialog::showHint()
 void BLEConnectedDialog::paintEvent(QPaintEvent* event)
 {
     Q_UNUSED(event);
-    if (!NoticeLook::compositing()) {
+    if (!WindowLook::compositing()) {
         // Nothing blends the picture's rounded corners: give them an opaque ground.
         QPainter painter(this);
         painter.setRenderHint(QPainter::Antialiasing);

@@ -3,6 +3,7 @@
 #include "Hid/DeviceManager.h"
 #include "Platform/DesktopLauncher.h"
 #include "Utils/PreferencesUtils.h"
+#include "Widget/Common/WindowLook.h"
 #include "Widget/Notices/NoticePanel.h"
 
 #include <QBluetoothAddress>
@@ -67,7 +68,7 @@ QPushButton* button(const QString& text, const QString& objectName, QWidget* par
 
 BLEConnentionGuidanceDialog::BLEConnentionGuidanceDialog(QWidget* parent, BleGuidanceDevice* device,
                                                          AppLauncher* launcher)
-    : QDialog(parent), mTranslucent(NoticeLook::compositorRunning())
+    : QDialog(parent), mTranslucent(WindowLook::compositing())
 {
     Q_INIT_RESOURCE(reminders);
     if (device == nullptr) {
@@ -360,7 +361,7 @@ void BLEConnentionGuidanceDialog::resizeEvent(QResizeEvent* event)
     mCross->move(width() - mCross->width() - 12, 10);
     mCross->raise();
     if (!mTranslucent) {
-        NoticeLook::cutRoundedCorners(this, kCornerRadius);
+        WindowLook::shape(this, rect(), kCornerRadius);
     }
 }
 

@@ -1,6 +1,7 @@
 #include "Widget/Notices/LowbatDialog.h"
 
 #include "Utils/Logging.h"
+#include "Widget/Common/WindowLook.h"
 #include "Widget/Notices/NoticeLook.h"
 #include "WidgetPresenter/LowbatPresenter.h"
 
@@ -247,7 +248,7 @@ void LowbatDialog::onNoLongerRemind()
 void LowbatDialog::paintEvent(QPaintEvent* event)
 {
     Q_UNUSED(event);
-    if (NoticeLook::compositing()) {
+    if (WindowLook::compositing()) {
         return;
     }
     // Nothing blends the rounded corners of the pictures: give them an opaque ground.
@@ -261,7 +262,7 @@ void LowbatDialog::paintEvent(QPaintEvent* event)
 void LowbatDialog::resizeEvent(QResizeEvent* event)
 {
     QDialog::resizeEvent(event);
-    NoticeLook::shape(this, QRect(QPoint(0, 0), kFrameSize), kRadius);
+    WindowLook::shape(this, QRect(QPoint(0, 0), kFrameSize), kRadius);
 }
 
 void LowbatDialog::mousePressEvent(QMouseEvent* event)

@@ -1,44 +1,26 @@
 #include "NoticePanel.h"
 
 #include "Utils/WinUtils.h"
+#include "Widget/Common/WindowLook.h"
 
 #include <QCursor>
 #include <QFrame>
 #include <QGuiApplication>
 #include <QPainter>
-#include <QPainterPath>
 #include <QPropertyAnimation>
 #include <QPushButton>
-#include <QRegion>
 #include <QTimer>
-#include <QX11Info>
 
 namespace {
 constexpr int kCornerRadius = 12;
 }  // namespace
-
-bool NoticeLook::compositorRunning()
-{
-    return QX11Info::isPlatformX11() && QX11Info::isCompositingManagerRunning();
-}
-
-void NoticeLook::cutRoundedCorners(QWidget* window, int radius)
-{
-    // Only X11 shapes windows; elsewhere the square window is all there is.
-    if (window->height() == 0 || !QX11Info::isPlatformX11()) {
-        return;
-    }
-    QPainterPath path;
-    path.addRoundedRect(window->rect(), radius, radius);
-    window->setMask(QRegion(path.toFillPolygon().toPolygon()));
-}
 
 NoticePanel::NoticePanel(int closeButtonSize, QWidget* parent)
     : QDialog(parent),
       mFrame(new QFrame(this)),
       mClose(new QPushButton(mFrame)),
       mTimerAutoHide(new QTimer(this)),
-      mTranslucent(NoticeLook::compositorRunning())
+      mTranslucent(WindowLook::compositing())
 {
     setWindowFlags(Qt::FramelessWindowHint | Qt::Tool | Qt::WindowDoesNotAcceptFocus |
                    Qt::WindowStaysOnTopHint);
@@ -125,7 +107,7 @@ void NoticePanel::resizeEvent(QResizeEvent* event)
 {
     QDialog::resizeEvent(event);
     if (!mTranslucent) {
-        NoticeLook::cutRoundedCorners(this, kCornerRadius);
+        WindowLook::shape(this, rect(), kCornerRadius);
     }
 }
 

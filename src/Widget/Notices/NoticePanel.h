@@ -6,13 +6,6 @@ class QFrame;
 class QPushButton;
 class QTimer;
 
-// How the notice windows look on this desktop: translucent corners need a compositor; without
-// one the window is opaque and its corners are cut by a mask, so no black corners show.
-namespace NoticeLook {
-bool compositorRunning();
-void cutRoundedCorners(QWidget* window, int radius);
-}  // namespace NoticeLook
-
 // A 384 x 384 panel that rises out of the bottom right corner of the screen, floats without
 // taking the focus and sinks again once the pointer has stayed away from it for 5 seconds.
 class NoticePanel : public QDialog {

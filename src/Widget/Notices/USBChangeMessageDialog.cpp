@@ -1,7 +1,7 @@
 #include "Widget/Notices/USBChangeMessageDialog.h"
 
 #include "Utils/WinUtils.h"
-#include "Widget/Notices/NoticeLook.h"
+#include "Widget/Common/WindowLook.h"
 
 #include <QLabel>
 #include <QPainter>
@@ -110,7 +110,7 @@ void USBChangeMessageDialog::paintEvent(QPaintEvent* event)
     QPainter painter(this);
     painter.setRenderHint(QPainter::Antialiasing);
     // See-through only where a compositor blends it.
-    const QColor fill(40, 44, 52, NoticeLook::compositing() ? 230 : 255);
+    const QColor fill(40, 44, 52, WindowLook::compositing() ? 230 : 255);
     painter.setPen(Qt::NoPen);
     painter.setBrush(fill);
     painter.drawRoundedRect(QRectF(0, 0, kWidth, kHeight), kRadius, kRadius);
@@ -119,5 +119,5 @@ void USBChangeMessageDialog::paintEvent(QPaintEvent* event)
 void USBChangeMessageDialog::resizeEvent(QResizeEvent* event)
 {
     QDialog::resizeEvent(event);
-    NoticeLook::shape(this, QRect(0, 0, kWidth, kHeight), kRadius);
+    WindowLook::shape(this, QRect(0, 0, kWidth, kHeight), kRadius);
 }
