@@ -31,10 +31,7 @@ DeletePopupDialog::DeletePopupDialog(QWidget* parent)
     top->addWidget(icon);
     top->addLayout(texts, 1);
     mSubmit->setObjectName(QStringLiteral("primaryButton"));
-    auto* buttons = new QHBoxLayout;
-    buttons->addStretch();
-    buttons->addWidget(mCancel);
-    buttons->addWidget(mSubmit);
+    auto* buttons = buttonRow({mCancel, mSubmit});
     auto* layout = new QVBoxLayout(this);
     layout->setContentsMargins(24, 24, 24, 20);
     layout->addLayout(top);

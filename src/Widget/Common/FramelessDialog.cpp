@@ -46,6 +46,16 @@ QHBoxLayout* FramelessDialog::titleBar(const QString& text)
     return row;
 }
 
+QHBoxLayout* FramelessDialog::buttonRow(std::initializer_list<QWidget*> buttons)
+{
+    auto* row = new QHBoxLayout;
+    row->addStretch();
+    for (QWidget* button : buttons) {
+        row->addWidget(button);
+    }
+    return row;
+}
+
 void FramelessDialog::centreOver(const QWidget* window)
 {
     QRect area;

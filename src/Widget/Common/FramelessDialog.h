@@ -4,6 +4,8 @@
 #include <QDialog>
 #include <QPoint>
 
+#include <initializer_list>
+
 class QHBoxLayout;
 
 // A dialog without the window manager's frame that draws its own rounded card. With a
@@ -27,6 +29,8 @@ protected:
     void setCardColor(const QColor& color) { mCardColor = color; }
     // A heading with a close button at the right that closes the dialog like the window's own.
     QHBoxLayout* titleBar(const QString& text);
+    // The buttons at the right end of a row, in the order given.
+    static QHBoxLayout* buttonRow(std::initializer_list<QWidget*> buttons);
 
     void paintEvent(QPaintEvent* event) override;
     void resizeEvent(QResizeEvent* event) override;

@@ -19,10 +19,7 @@ MessageDialog::MessageDialog(QWidget* parent)
     mTitle->setWordWrap(true);
     mTitle->setAlignment(Qt::AlignCenter);
     mSubmit->setObjectName(QStringLiteral("primaryButton"));
-    auto* buttons = new QHBoxLayout;
-    buttons->addStretch();
-    buttons->addWidget(mCancel);
-    buttons->addWidget(mSubmit);
+    auto* buttons = buttonRow({mCancel, mSubmit});
     auto* layout = new QVBoxLayout(this);
     layout->setContentsMargins(24, 24, 24, 20);
     layout->setSpacing(18);

@@ -21,9 +21,7 @@ AppAutoRunDialog::AppAutoRunDialog(QWidget* parent, AppAutoRunUtils* autoRun)
     auto* text = new QLabel(QStringLiteral("Zorvane需要在后台运行才能随时响应鼠标的语音键。"), this);
     text->setWordWrap(true);
     mSubmit->setObjectName(QStringLiteral("primaryButton"));
-    auto* buttons = new QHBoxLayout;
-    buttons->addStretch();
-    buttons->addWidget(mSubmit);
+    auto* buttons = buttonRow({mSubmit});
     auto* layout = new QVBoxLayout(this);
     layout->setContentsMargins(24, 16, 16, 20);
     layout->addLayout(titleBar(QStringLiteral("开机启动")));

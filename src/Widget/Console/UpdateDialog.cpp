@@ -98,10 +98,7 @@ QWidget* UpdateDialog::makeOfferPage()
     auto* top = new QHBoxLayout;
     top->addWidget(picture(page, QStringLiteral(":/console/update.svg"), 48));
     top->addWidget(mNotes, 1);
-    auto* buttons = new QHBoxLayout;
-    buttons->addStretch();
-    buttons->addWidget(decline);
-    buttons->addWidget(update);
+    auto* buttons = buttonRow({decline, update});
     auto* layout = new QVBoxLayout(page);
     layout->addLayout(top, 1);
     layout->addLayout(buttons);
