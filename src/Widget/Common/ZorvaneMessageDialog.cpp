@@ -1,13 +1,14 @@
 #include "Widget/Common/ZorvaneMessageDialog.h"
 
+#include "Widget/Common/WindowLook.h"
+
 #include <QGuiApplication>
 #include <QHBoxLayout>
 #include <QLabel>
 #include <QScreen>
 
 ZorvaneMessageDialog::ZorvaneMessageDialog(QWidget* parent)
-    : FramelessDialog(parent, Qt::Tool | Qt::WindowDoesNotAcceptFocus | Qt::WindowStaysOnTopHint),
-      mLabel(new QLabel(this))
+    : FramelessDialog(parent, WindowLook::kFloatingFlags), mLabel(new QLabel(this))
 {
     setAttribute(Qt::WA_ShowWithoutActivating);
     setFocusPolicy(Qt::NoFocus);

@@ -18,8 +18,7 @@ constexpr int kRadius = 16;
 BLEConnectedDialog::BLEConnectedDialog(QWidget* parent) : QDialog(parent), mTimer(new QTimer(this))
 {
     NoticeLook::loadArt();
-    setWindowFlags(Qt::FramelessWindowHint | Qt::Tool | Qt::WindowDoesNotAcceptFocus |
-                   Qt::WindowStaysOnTopHint);
+    setWindowFlags(WindowLook::kFloatingFlags);
     setAttribute(Qt::WA_TranslucentBackground);
     setAttribute(Qt::WA_ShowWithoutActivating);
     setFocusPolicy(Qt::NoFocus);

@@ -50,7 +50,7 @@ const PageLook kPages[] = {
 LowbatDialog::LowbatDialog(QWidget* parent) : QDialog(parent)
 {
     NoticeLook::loadArt();
-    setWindowFlags(Qt::FramelessWindowHint | Qt::Tool | Qt::WindowStaysOnTopHint);
+    setWindowFlags(WindowLook::kFloatingFlags);
     setAttribute(Qt::WA_MacAlwaysShowToolWindow);
     setAttribute(Qt::WA_TranslucentBackground);
     // The panel pops up while the user types elsewhere: it must not take the keyboard.

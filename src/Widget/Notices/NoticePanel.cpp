@@ -22,8 +22,7 @@ NoticePanel::NoticePanel(int closeButtonSize, QWidget* parent)
       mTimerAutoHide(new QTimer(this)),
       mTranslucent(WindowLook::compositing())
 {
-    setWindowFlags(Qt::FramelessWindowHint | Qt::Tool | Qt::WindowDoesNotAcceptFocus |
-                   Qt::WindowStaysOnTopHint);
+    setWindowFlags(WindowLook::kFloatingFlags);
     setAttribute(Qt::WA_ShowWithoutActivating);
     setWindowTitle(QStringLiteral("Zorvane"));
     // Without a compositor a translucent window has black corners: paint it opaque and cut

@@ -42,8 +42,7 @@ QPixmap plugPicture(bool insert)
 USBChangeMessageDialog::USBChangeMessageDialog(QWidget* parent)
     : QDialog(parent), mIcon(new QLabel(this)), mLabel(new QLabel(this)), mTimer(new QTimer(this))
 {
-    setWindowFlags(Qt::FramelessWindowHint | Qt::Tool | Qt::WindowDoesNotAcceptFocus |
-                   Qt::WindowStaysOnTopHint);
+    setWindowFlags(WindowLook::kFloatingFlags);
     setAttribute(Qt::WA_MacAlwaysShowToolWindow);
     setAttribute(Qt::WA_TranslucentBackground);
     setAttribute(Qt::WA_ShowWithoutActivating);
