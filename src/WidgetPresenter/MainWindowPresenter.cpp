@@ -29,9 +29,7 @@ int primaryScreenWidth()
 
 }  // namespace
 
-namespace {
-
-MainWindowPresenter::Collaborators processWide()
+MainWindowPresenter::Collaborators MainWindowPresenter::processWide()
 {
     MainWindowPresenter::Collaborators c;
     c.device = DeviceManager::getInstance();
@@ -43,8 +41,6 @@ MainWindowPresenter::Collaborators processWide()
     c.record = RecordManager::getInstance();
     return c;
 }
-
-}  // namespace
 
 MainWindowPresenter::MainWindowPresenter(MainWindowView* view, QObject* parent)
     : MainWindowPresenter(view, processWide(), parent)

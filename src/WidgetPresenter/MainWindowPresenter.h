@@ -116,6 +116,9 @@ public:
         TimerHeartbeat
     };
 
+    // The process-wide instances, which the plain constructor takes; the window adds its own.
+    static Collaborators processWide();
+
     MainWindowPresenter(MainWindowView* view, QObject* parent = nullptr);
     MainWindowPresenter(MainWindowView* view, const Collaborators& collaborators, QObject* parent = nullptr);
     ~MainWindowPresenter() override;
