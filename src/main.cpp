@@ -1,6 +1,6 @@
 #include "Utils/AppPaths.h"
 #include "Utils/MessageHandler.h"
-#include "Widget/MainWindow.h"
+#include "Widget/Console/MainWindow.h"
 #include "Widget/SingleApplication.h"
 #include "Widget/WidgetNoticeSink.h"
 

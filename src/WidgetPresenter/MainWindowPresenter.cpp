@@ -8,6 +8,7 @@
 #include "Platform/InternetUtils.h"
 #include "Recorder/RecordManager.h"
 #include "Utils/CustomTimer.h"
+#include "Utils/LanguageRules.h"
 #include "Utils/Logging.h"
 #include "Utils/PreferencesUtils.h"
 #include "WidgetPresenter/MainWindowView.h"
@@ -337,6 +338,53 @@ void MainWindowPresenter::storePreference(int UserPreferences::*field, int value
         mUserPreferences.*field = value;
     }
     persistPreferences();
+}
+
+void MainWindowPresenter::changeLanguages(UserPreferences (*rule)(UserPreferences, int), int index)
+{
+    if (index < 0) {
+        return;  // a box being cleared
+    }
+    {
+        const Lock lock(mStatusMutex);
+        const UserPreferences before = mUserPreferences;
+        const UserPreferences after = rule(before, index);
+        if (after.recognitionLanguage == before.recognitionLanguage &&
+            after.voiceTranslateSourceLanguage == before.voiceTranslateSourceLanguage &&
+            after.voiceTranslateTargetLanguage == before.voiceTranslateTargetLanguage &&
+            after.lastVoiceTranslateSourceLanguage == before.lastVoiceTranslateSourceLanguage &&
+            after.lastVoiceTranslateTargetLanguage == before.lastVoiceTranslateTargetLanguage &&
+            after.textTranslateLanguage == before.textTranslateLanguage) {
+            return;
+        }
+        mUserPreferences = after;
+    }
+    persistPreferences();
+}
+
+void MainWindowPresenter::onComboChangeDictationLanguage(int index)
+{
+    changeLanguages(&LanguageRules::changeDictationLanguage, index);
+}
+
+void MainWindowPresenter::onComboChangeTranslateSrcLanguage(int index)
+{
+    changeLanguages(&LanguageRules::changeTranslateSource, index);
+}
+
+void MainWindowPresenter::onComboChangeTranslateTarLanguage(int index)
+{
+    changeLanguages(&LanguageRules::changeTranslateTarget, index);
+}
+
+void MainWindowPresenter::onComboChangeTextTranslateLanguage(int index)
+{
+    changeLanguages(&LanguageRules::changeTextTranslateLanguage, index);
+}
+
+bool MainWindowPresenter::isAppAutoRun() const
+{
+    return mAutoRun != nullptr && mAutoRun->isAppAutoRun();
 }
 
 void MainWindowPresenter::onCheckVoiceTranslateMode(bool checked)

@@ -191,6 +191,9 @@ public:
     // label without one.
     static int cpiLabel(int value);
 
+    // Whether Zorvane starts with the session; false without a way to ask.
+    bool isAppAutoRun() const;
+
     // Rest reminder.
     void setWorkTime(int ms);
     void setRestEnable(bool enable);
@@ -232,6 +235,10 @@ public slots:
     void onCheckCalendarPhrasesOnOff(bool checked);
     void onCheckUpdateHintOnOff(bool checked);
     void onCheckAutoRunOnOff(bool checked);
+    void onComboChangeDictationLanguage(int index);
+    void onComboChangeTranslateSrcLanguage(int index);
+    void onComboChangeTranslateTarLanguage(int index);
+    void onComboChangeTextTranslateLanguage(int index);
     void onPreferenceSettingCheckBoxClick(bool checked);
     void onPreferenceSettingRadioButtonClickSend(bool checked);
     void onPreferenceSettingRadioButtonAutoSend(bool checked);
@@ -266,6 +273,8 @@ public slots:
     void onDeviceBatteryValue(int value);
     void recvLowbatSignalNoLongerRemind();
     void recvMinLowbatSignalNoLongerRemind();
+    // The user declined the offered version: the periodic check no longer offers it this run.
+    void recvUpdataSignalNoUpdata();
 
     // Rest reminder.
     void onWorkInput();
@@ -299,6 +308,9 @@ private:
     HttpRequest::ErrorFunc onHttpError(HttpStep step);
     void persistPreferences();
     void storePreference(int UserPreferences::*field, int value);
+    // Applies a language box's rule and saves the record only when a language changed, so that
+    // the boxes the save brings up to date settle instead of saving again.
+    void changeLanguages(UserPreferences (*rule)(UserPreferences, int), int index);
     void checkImage(const QString& reference, std::function<void(QString)> setImage, bool defaultIfEmpty);
     void offerUpdate(const VersionInfo& vi);
     void checkDpiButton(int level);
@@ -361,6 +373,8 @@ private:
     int mHttpFailures[HttpStepCount] = {};  // in a row, since the step last answered
     qint64 mHttpRetryAt[HttpStepCount] = {};
     std::function<qint64()> mClockMs;
+    QString mOfferedVersion;
+    QString mDeclinedVersion;
     BatteryState mBattery;
     int mBlinkStep = 0;
     int mChargeStep = 0;

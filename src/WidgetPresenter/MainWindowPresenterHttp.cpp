@@ -305,6 +305,7 @@ void MainWindowPresenter::onTimerHeartbeat()
 
 void MainWindowPresenter::offerUpdate(const VersionInfo& vi)
 {
+    mOfferedVersion = vi.version;
     mView->setDiscoverNewestVersionInfo(UpdatePresenter::releaseText(vi));
     mView->setUpdateView(1);
 }
@@ -314,13 +315,19 @@ void MainWindowPresenter::onCheckVersion()
     if (mHttpManager == nullptr) {
         return;
     }
-    mHttpManager->getAppVersion(
-        guard([this](bool ok, VersionInfo vi) {
-            if (ok && !vi.version.isEmpty() && vi.version != QLatin1String(kAppVersion)) {
-                offerUpdate(vi);
-            }
-        }),
-        logTimeout, logError);
+    mHttpManager->getAppVersion(guard([this](bool ok, VersionInfo vi) {
+                                    if (ok && !vi.version.isEmpty() &&
+                                        vi.version != QLatin1String(kAppVersion) &&
+                                        vi.version != mDeclinedVersion) {
+                                        offerUpdate(vi);
+                                    }
+                                }),
+                                logTimeout, logError);
+}
+
+void MainWindowPresenter::recvUpdataSignalNoUpdata()
+{
+    mDeclinedVersion = mOfferedVersion;
 }
 
 void MainWindowPresenter::checkNewestAppVersion()

@@ -1,0 +1,802 @@
+#include "Widget/Console/MainWindow.h"
+
+#include "SpeechRec/SpeechSynthesisUtils.h"
+#include "Utils/AppConfig.h"
+#include "Utils/KeyTable.h"
+#include "Utils/Logging.h"
+#include "Utils/WinUtils.h"
+#include "Widget/Common/DeletePopupDialog.h"
+#include "Widget/Common/WindowLook.h"
+#include "Widget/Common/ZorvaneMessageDialog.h"
+#include "Widget/Console/AboutUsDialog.h"
+#include "Widget/Console/AppAutoRunDialog.h"
+#include "Widget/Console/ExplainDialog.h"
+#include "Widget/Console/FeedbackDialog.h"
+#include "Widget/Console/UpdateDialog.h"
+#include "Widget/LineEdit.h"
+#include "Widget/Notices/BLEConnentionGuidanceDialog.h"
+#include "Widget/Notices/CalendarPhrasesDialog.h"
+#include "Widget/Notices/LowbatDialog.h"
+#include "Widget/Notices/RestDialog.h"
+
+#include <QAbstractItemView>
+#include <QButtonGroup>
+#include <QCheckBox>
+#include <QCloseEvent>
+#include <QComboBox>
+#include <QCoreApplication>
+#include <QHeaderView>
+#include <QIcon>
+#include <QLabel>
+#include <QMenu>
+#include <QMouseEvent>
+#include <QPushButton>
+#include <QRadioButton>
+#include <QSignalBlocker>
+#include <QStackedWidget>
+#include <QTableWidget>
+#include <QToolButton>
+#include <QWindow>
+
+namespace {
+
+constexpr int kRadius = 12;
+
+// Puts a picture into a label at the label's size, keeping its proportions; false (and the
+// label as it was) when the file does not load.
+bool showPicture(QLabel* label, const QString& path)
+{
+    const QPixmap picture(path);
+    if (picture.isNull()) {
+        return false;
+    }
+    const qreal ratio = label->devicePixelRatioF();
+    QPixmap scaled = picture.scaled(label->size() * ratio, Qt::KeepAspectRatio, Qt::SmoothTransformation);
+    scaled.setDevicePixelRatio(ratio);
+    label->setPixmap(scaled);
+    return true;
+}
+
+void setChecked(QAbstractButton* button, bool checked)
+{
+    button->setChecked(checked);
+}
+
+}  // namespace
+
+MainWindow::MainWindow(QWidget* parent, const MainWindowPresenter::Collaborators* collaborators)
+    : QMainWindow(parent), mNotices(nullptr)
+{
+    mUi.setupUi(this);
+    // The window draws its own title bar; the window manager still lists it and moves it.
+    setWindowFlags(Qt::Window | Qt::FramelessWindowHint);
+    setWindowTitle(QStringLiteral("Zorvane"));
+    setWindowIcon(QIcon(QStringLiteral(":/console/logo.svg")));
+    mTranslucent = WindowLook::compositing();
+    setAttribute(Qt::WA_TranslucentBackground, mTranslucent);
+    setExplain(false);
+
+    MainWindowPresenter::Collaborators c =
+        collaborators != nullptr ? *collaborators : MainWindowPresenter::processWide();
+    if (c.notices == nullptr) {
+        c.notices = &mNotices;
+    }
+    mPresenter = new MainWindowPresenter(this, c, this);
+
+    initDatas();
+    initViews();
+    setListener();
+    initAddCommandView();
+    initEditCommandView();
+    initPreferenceSettingView();
+}
+
+MainWindow::~MainWindow()
+{
+    // The presenter's controller thread may still post to this window: it goes first.
+    delete mPresenter;
+}
+
+void MainWindow::initDatas()
+{
+    mLowbatDialog = LowbatDialog::getInstance(nullptr);
+    mUpdateDialog = UpdateDialog::getInstance(this);
+    connect(mPresenter, &MainWindowPresenter::signalAppVersion, mUpdateDialog, &UpdateDialog::onVersion);
+    connect(mLowbatDialog, &LowbatDialog::signalLowbatNoLongerRemind, mPresenter,
+            &MainWindowPresenter::recvLowbatSignalNoLongerRemind);
+    connect(mLowbatDialog, &LowbatDialog::signalMinLowbatNoLongerRemind, mPresenter,
+            &MainWindowPresenter::recvMinLowbatSignalNoLongerRemind);
+    connect(mUpdateDialog, &UpdateDialog::signalNoUpdate, mPresenter,
+            &MainWindowPresenter::recvUpdataSignalNoUpdata);
+    // The pairing wizard is made when first needed: most starts find the mouse.
+    connect(mPresenter, &MainWindowPresenter::signalShowBLEGuidanceDialog, this,
+            [] { BLEConnentionGuidanceDialog::getInstance(nullptr)->showGuidance(); });
+    connect(mPresenter, &MainWindowPresenter::signalHideBLEGuidanceDialog, this,
+            [] { BLEConnentionGuidanceDialog::getInstance(nullptr)->close(); });
+    mUi.tableCustom->setColumnWidth(0, 35);
+    mUi.stackedWidget->setCurrentIndex(Ui_MainWindow::HomePage);
+    mUi.navButtons[0]->setChecked(true);
+}
+
+void MainWindow::initViews()
+{
+    installEventFilter(this);
+    setDefaultHomeImage();
+    showPicture(mUi.labelNav, QStringLiteral(":/console/nav_default.svg"));
+    mPresenter->loadUserCommand();
+    hintAppAutoRun();
+    createMenu();
+    // Rows that only some mice have.
+    showLamplightModule(0);
+    mUi.calendarPhrases.status->hide();
+}
+
+void MainWindow::hintAppAutoRun()
+{
+    if (mPresenter->isAppAutoRun()) {
+        setCheckAutoRunOnOffChecked(true);
+        return;
+    }
+    setCheckAutoRunOnOffChecked(false);
+    AppAutoRunDialog* dialog = AppAutoRunDialog::getInstance(this);
+    dialog->setCheckAppAutoRun(true);
+    dialog->exec();
+}
+
+void MainWindow::createMenu()
+{
+    mMenu = new QMenu(this);
+    connect(mMenu->addAction(QIcon(QStringLiteral(":/console/update.svg")), QStringLiteral("检查更新")),
+            &QAction::triggered, this, &MainWindow::onManualCheckAppVersion);
+    connect(mMenu->addAction(QIcon(QStringLiteral(":/console/web.svg")), QStringLiteral("软件网站")),
+            &QAction::triggered, this, &MainWindow::onIntoHttpHome);
+    connect(mMenu->addAction(QIcon(QStringLiteral(":/console/about.svg")), QStringLiteral("关于我们")),
+            &QAction::triggered, this, &MainWindow::onIntoAboutUsView);
+    mUi.buttonMenu->setMenu(mMenu);
+}
+
+void MainWindow::setListener()
+{
+    MainWindowPresenter* p = mPresenter;
+    Ui_MainWindow& ui = mUi;
+    connect(ui.navGroup, &QButtonGroup::idClicked, ui.stackedWidget, &QStackedWidget::setCurrentIndex);
+    connect(ui.buttonMin, &QToolButton::clicked, this, &MainWindow::onMinimize);
+    connect(ui.buttonClose, &QToolButton::clicked, this, &MainWindow::onQuit);
+    connect(ui.buttonExplain, &QPushButton::clicked, this, &MainWindow::onShowExplainView);
+
+    // A language set from code raises the same handlers: that is how the pickers reach the
+    // preferences.
+    for (QComboBox* box : {ui.comboDictationLanguage, ui.comboDictationLanguageHome}) {
+        connect(box, qOverload<int>(&QComboBox::currentIndexChanged), p,
+                &MainWindowPresenter::onComboChangeDictationLanguage);
+    }
+    connect(ui.comboVoiceTranslateSrc, qOverload<int>(&QComboBox::currentIndexChanged), p,
+            &MainWindowPresenter::onComboChangeTranslateSrcLanguage);
+    connect(ui.comboVoiceTranslateTar, qOverload<int>(&QComboBox::currentIndexChanged), p,
+            &MainWindowPresenter::onComboChangeTranslateTarLanguage);
+    connect(ui.comboTextTranslate, qOverload<int>(&QComboBox::currentIndexChanged), p,
+            &MainWindowPresenter::onComboChangeTextTranslateLanguage);
+    connect(ui.comboRestTime, qOverload<int>(&QComboBox::currentIndexChanged), this,
+            &MainWindow::onChangeRestTime);
+
+    // Switches answer the user's clicks only: the presenter sets them from what it learns,
+    // and that must not read as a choice.
+    connect(ui.checkVoiceTranslateOnOff, &QCheckBox::clicked, p,
+            &MainWindowPresenter::onCheckVoiceTranslateMode);
+    connect(ui.checkTextTranslateOnOff, &QCheckBox::clicked, this, [p](bool checked) {
+        p->onCheckTextTranslateMode(checked);
+        if (!checked) {
+            SpeechSynthesisUtils::getInstance()->stop();
+        }
+    });
+    connect(ui.calendarPhrases.onOff, &QCheckBox::clicked, p,
+            &MainWindowPresenter::onCheckCalendarPhrasesOnOff);
+    connect(ui.updateHint.onOff, &QCheckBox::clicked, this, [this, p](bool checked) {
+        p->onCheckUpdateHintOnOff(checked);
+        setCheckUpdateHintStatusChecked(checked);
+    });
+    connect(ui.autoRun.onOff, &QCheckBox::clicked, this, [this, p](bool checked) {
+        p->onCheckAutoRunOnOff(checked);
+        setCheckAutoRunStatusChecked(checked);
+    });
+    connect(ui.buttonPreference, &QPushButton::clicked, this,
+            [this] { mUi.stackedWidget->setCurrentIndex(Ui_MainWindow::PreferencePage); });
+    connect(ui.buttonFeedback, &QPushButton::clicked, this, &MainWindow::onShowFeedbackView);
+
+    // The speed buttons, left to right: levels 2, 0, 1 and the screen's best resolution.
+    connect(ui.radioLevel[0], &QPushButton::clicked, p, &MainWindowPresenter::onRadioSelectDpi2);
+    connect(ui.radioLevel[1], &QPushButton::clicked, p, &MainWindowPresenter::onRadioSelectDpi0);
+    connect(ui.radioLevel[2], &QPushButton::clicked, p, &MainWindowPresenter::onRadioSelectDpi1);
+    connect(ui.radioLevel[3], &QPushButton::clicked, p, &MainWindowPresenter::onRadioSelectDpi3);
+    connect(ui.lighting.onOff, &QCheckBox::clicked, p, &MainWindowPresenter::onCheckLamplight);
+    connect(ui.shake.onOff, &QCheckBox::clicked, p, &MainWindowPresenter::onCheckShake);
+    connect(ui.soundEffect.onOff, &QCheckBox::clicked, p, &MainWindowPresenter::onCheckSoundEffect);
+    connect(ui.lowbat.onOff, &QCheckBox::clicked, p, &MainWindowPresenter::onCheckLowbatReport);
+
+    connect(ui.buttonAddCommand, &QPushButton::clicked, this, [this] {
+        clearCommandForm(mUi.addForm);
+        mUi.stackedWidget->setCurrentIndex(Ui_MainWindow::AddCommandPage);
+        mUi.addForm.command->setFocus();
+    });
+    connect(ui.buttonEditCommand, &QPushButton::clicked, this, &MainWindow::editSelectedCommand);
+    connect(ui.buttonDelCommand, &QPushButton::clicked, p, &MainWindowPresenter::onButtonDeleteCommand);
+    connect(ui.tableCustom, &QTableWidget::cellDoubleClicked, this, &MainWindow::editSelectedCommand);
+}
+
+void MainWindow::initAddCommandView()
+{
+    Ui_MainWindow::CommandForm& form = mUi.addForm;
+    connect(form.type, qOverload<int>(&QComboBox::currentIndexChanged), this,
+            &MainWindow::onAddCommandChangeType);
+    connect(form.submit, &QPushButton::clicked, this, [this] { submitCommand(false); });
+    connect(form.back, &QPushButton::clicked, this, [this] {
+        clearCommandForm(mUi.addForm);
+        mUi.stackedWidget->setCurrentIndex(Ui_MainWindow::CommandPage);
+    });
+    connect(form.content, &LineEdit::signalShortcut, this, [this](QList<int> keys) {
+        mPresenter->setShortcutList(keys);
+        mUi.addForm.content->setText(KeyTable::displayName(keys));
+    });
+    connect(form.browse, &QPushButton::clicked, this, [this] { browse(mUi.addForm.type->currentIndex()); });
+    onAddCommandChangeType(0);
+}
+
+void MainWindow::initEditCommandView()
+{
+    Ui_MainWindow::CommandForm& form = mUi.editForm;
+    connect(form.type, qOverload<int>(&QComboBox::currentIndexChanged), this,
+            &MainWindow::onEditCommandChangeType);
+    connect(form.submit, &QPushButton::clicked, this, [this] { submitCommand(true); });
+    connect(form.back, &QPushButton::clicked, this, [this] {
+        clearCommandForm(mUi.editForm);
+        mUi.stackedWidget->setCurrentIndex(Ui_MainWindow::CommandPage);
+    });
+    connect(form.content, &LineEdit::signalShortcut, this, [this](QList<int> keys) {
+        mPresenter->setShortcutList(keys);
+        mUi.editForm.content->setText(KeyTable::displayName(keys));
+    });
+    connect(form.browse, &QPushButton::clicked, this, [this] { browse(mUi.editForm.type->currentIndex()); });
+    onEditCommandChangeType(0);
+}
+
+void MainWindow::initPreferenceSettingView()
+{
+    MainWindowPresenter* p = mPresenter;
+    connect(mUi.checkClickMode, &QCheckBox::clicked, p,
+            &MainWindowPresenter::onPreferenceSettingCheckBoxClick);
+    connect(mUi.radioClickSend, &QRadioButton::clicked, p,
+            &MainWindowPresenter::onPreferenceSettingRadioButtonClickSend);
+    connect(mUi.radioAutoSend, &QRadioButton::clicked, p,
+            &MainWindowPresenter::onPreferenceSettingRadioButtonAutoSend);
+    connect(mUi.checkEnterSend, &QCheckBox::clicked, p,
+            &MainWindowPresenter::onPreferenceSettingCheckBoxEnterKeySend);
+    connect(mUi.checkSpaceSend, &QCheckBox::clicked, p,
+            &MainWindowPresenter::onPreferenceSettingCheckBoxSpaceKeySend);
+    connect(mUi.checkDelAllSign, &QCheckBox::clicked, p,
+            &MainWindowPresenter::onPreferenceSettingCheckBoxDelAllSign);
+    connect(mUi.buttonPreferenceBack, &QPushButton::clicked, this,
+            [this] { mUi.stackedWidget->setCurrentIndex(Ui_MainWindow::AppSettingsPage); });
+}
+
+// ---- navigation and the title bar
+
+void MainWindow::recvMenuSiganl(int index)
+{
+    if (index >= 0 && index < 4) {
+        mUi.navButtons[index]->setChecked(true);
+    }
+    mUi.stackedWidget->setCurrentIndex(index);
+}
+
+void MainWindow::onShowMainView(int index)
+{
+    recvMenuSiganl(index);
+    show();
+    if (isVisible()) {
+        showNormal();
+    }
+}
+
+void MainWindow::onMinimize()
+{
+    mPresenter->hide();
+    showMinimized();
+}
+
+void MainWindow::onQuit()
+{
+    const int page = mUi.stackedWidget->currentIndex();
+    if (page == Ui_MainWindow::AddCommandPage || page == Ui_MainWindow::EditCommandPage) {
+        clearCommandForm(page == Ui_MainWindow::AddCommandPage ? mUi.addForm : mUi.editForm);
+        mUi.stackedWidget->setCurrentIndex(Ui_MainWindow::CommandPage);
+    } else if (page == Ui_MainWindow::PreferencePage) {
+        mUi.stackedWidget->setCurrentIndex(Ui_MainWindow::AppSettingsPage);
+    }
+    QCoreApplication::quit();
+}
+
+void MainWindow::onShowExplainView()
+{
+    ExplainDialog* dialog = ExplainDialog::getInstance(this);
+    dialog->centreOver(this);
+    dialog->show();
+    dialog->raise();
+}
+
+void MainWindow::onIntoHttpHome()
+{
+    mLauncher.openUrl(AppConfig::getInstance()->productSiteUrl());
+}
+
+void MainWindow::onIntoAboutUsView()
+{
+    AboutUsDialog* dialog = AboutUsDialog::getInstance(this);
+    dialog->centreOver(this);
+    dialog->show();
+    dialog->raise();
+}
+
+void MainWindow::onManualCheckAppVersion()
+{
+    mUpdateDialog->centreOver(this);
+    mPresenter->checkNewestAppVersion();
+    mUpdateDialog->toExec();
+}
+
+void MainWindow::onShowFeedbackView()
+{
+    if (mFeedback == nullptr) {
+        mFeedback = new FeedbackDialog(this);
+    }
+    mFeedback->centreOver(this);
+    mFeedback->toShow();
+}
+
+void MainWindow::onChangeRestTime(int index)
+{
+    static const int kWorkTimes[] = {10800000, 9000000, 7200000, 3600000};
+    if (index >= 0 && index < 4) {
+        mPresenter->setRestEnable(true);
+        mPresenter->setWorkTime(kWorkTimes[index]);
+    } else if (index == 4) {
+        mPresenter->setRestEnable(false);
+    }
+}
+
+// ---- window behaviour
+
+bool MainWindow::isComboPopupOpen() const
+{
+    const QList<QComboBox*> boxes = findChildren<QComboBox*>();
+    for (const QComboBox* box : boxes) {
+        if (box->view() != nullptr && box->view()->isVisible()) {
+            return true;
+        }
+    }
+    return false;
+}
+
+bool MainWindow::eventFilter(QObject* watched, QEvent* event)
+{
+    if (watched == this) {
+        if (event->type() == QEvent::Enter) {
+            emit signalsMouseEnter();
+        } else if (event->type() == QEvent::Leave && !isComboPopupOpen()) {
+            // A box's open list takes the pointer out of the window without it leaving.
+            emit signalsMouseLeave();
+        }
+    }
+    return QMainWindow::eventFilter(watched, event);
+}
+
+void MainWindow::closeEvent(QCloseEvent* event)
+{
+    hide();
+    event->ignore();
+}
+
+void MainWindow::resizeEvent(QResizeEvent* event)
+{
+    QMainWindow::resizeEvent(event);
+    if (!mTranslucent) {
+        WindowLook::shape(this, rect(), kRadius);
+    }
+}
+
+void MainWindow::mousePressEvent(QMouseEvent* event)
+{
+    if (event->button() != Qt::LeftButton) {
+        return;
+    }
+    // The window manager moves the window where it can; elsewhere it follows the pointer.
+    if (windowHandle() != nullptr && windowHandle()->startSystemMove()) {
+        return;
+    }
+    mDragging = true;
+    mDragStart = event->globalPos();
+    mWindowStart = pos();
+}
+
+void MainWindow::mouseMoveEvent(QMouseEvent* event)
+{
+    if (mDragging) {
+        move(mWindowStart + event->globalPos() - mDragStart);
+    }
+}
+
+void MainWindow::mouseReleaseEvent(QMouseEvent* event)
+{
+    if (mDragging) {
+        move(mWindowStart + event->globalPos() - mDragStart);
+        mDragging = false;
+    }
+}
+
+// ---- MainWindowView: state of the window
+
+bool MainWindow::isShow()
+{
+    return isVisible() && !isMinimized();
+}
+
+void MainWindow::toShow()
+{
+    const QRect screen = WinUtils::getInstance()->getScreen();
+    if (screen.isValid()) {
+        move(screen.center() - rect().center());
+    }
+    show();
+}
+
+void MainWindow::activateWindow()
+{
+    QMainWindow::activateWindow();
+}
+
+int MainWindow::getWidth()
+{
+    return width();
+}
+
+int MainWindow::getCommandViewPosX()
+{
+    return mUi.tableCustom->mapToGlobal(QPoint(0, 0)).x();
+}
+
+int MainWindow::getCommandViewPosY()
+{
+    return mUi.tableCustom->mapToGlobal(QPoint(0, 0)).y();
+}
+
+int MainWindow::getCurrentStackedWidgetIndex()
+{
+    return mUi.stackedWidget->currentIndex();
+}
+
+void MainWindow::onKeyEvent(int, int) {}
+
+// No tray on this platform.
+void MainWindow::setChargeUpTrayAnimationImage(int) {}
+void MainWindow::setSystemTrayStatus(QString) {}
+void MainWindow::updateSystemTray(int) {}
+
+// ---- MainWindowView: application settings
+
+void MainWindow::setCheckVoiceTranslateOnOffChecked(bool checked)
+{
+    setChecked(mUi.checkVoiceTranslateOnOff, checked);
+}
+
+void MainWindow::setCheckTextTranslateOnOffChecked(bool checked)
+{
+    setChecked(mUi.checkTextTranslateOnOff, checked);
+}
+
+void MainWindow::setCheckAutoRunOnOffChecked(bool checked)
+{
+    setChecked(mUi.autoRun.onOff, checked);
+    setChecked(mUi.autoRun.status, checked);
+}
+
+void MainWindow::setCheckAutoRunStatusChecked(bool checked)
+{
+    setChecked(mUi.autoRun.status, checked);
+}
+
+void MainWindow::setComboDictationLanguageCurrentIndex(int index)
+{
+    mUi.comboDictationLanguage->setCurrentIndex(index);
+    mUi.comboDictationLanguageHome->setCurrentIndex(index);
+}
+
+void MainWindow::setComboVoiceTranslateSrcLanguageCurrentIndex(int index)
+{
+    mUi.comboVoiceTranslateSrc->setCurrentIndex(index);
+}
+
+void MainWindow::setComboVoiceTranslateTarLanguageCurrentIndex(int index)
+{
+    mUi.comboVoiceTranslateTar->setCurrentIndex(index);
+}
+
+void MainWindow::setComboTextTranslateLanguageCurrentIndex(int index)
+{
+    mUi.comboTextTranslate->setCurrentIndex(index);
+}
+
+void MainWindow::setCheckCalendarPhrasesOnOffChecked(bool checked)
+{
+    setChecked(mUi.calendarPhrases.onOff, checked);
+}
+
+void MainWindow::setCheckUpdateHintOnOffChecked(bool checked)
+{
+    setChecked(mUi.updateHint.onOff, checked);
+    setChecked(mUi.updateHint.status, checked);
+}
+
+void MainWindow::setCheckUpdateHintStatusChecked(bool checked)
+{
+    setChecked(mUi.updateHint.status, checked);
+}
+
+void MainWindow::setComboRestTime(int index)
+{
+    // Shown, not chosen: a change from here must not restart the work clock.
+    const QSignalBlocker blocker(mUi.comboRestTime);
+    mUi.comboRestTime->setCurrentIndex(index);
+}
+
+void MainWindow::setPreferenceSettingCheckBoxClick(bool checked)
+{
+    setChecked(mUi.checkClickMode, checked);
+}
+
+void MainWindow::setPreferenceSettingRadioButtonClickSend(bool checked)
+{
+    setChecked(mUi.radioClickSend, checked);
+}
+
+void MainWindow::setPreferenceSettingRadioButtonAutoSend(bool checked)
+{
+    setChecked(mUi.radioAutoSend, checked);
+}
+
+void MainWindow::setPreferenceSettingCheckBoxEnterKeySend(bool checked)
+{
+    setChecked(mUi.checkEnterSend, checked);
+}
+
+void MainWindow::setPreferenceSettingCheckBoxSpaceKeySend(bool checked)
+{
+    setChecked(mUi.checkSpaceSend, checked);
+}
+
+void MainWindow::setPreferenceSettingCheckBoxDelAllSign(bool checked)
+{
+    setChecked(mUi.checkDelAllSign, checked);
+}
+
+void MainWindow::setSignalClickModeEnable(bool enable)
+{
+    mUi.checkClickMode->setEnabled(enable);
+}
+
+// ---- MainWindowView: the mouse
+
+void MainWindow::setCheckLightingEffectOnOffEnabled(bool enabled)
+{
+    mUi.lighting.onOff->setEnabled(enabled);
+}
+
+void MainWindow::setCheckLightingEffectOnOffChecked(bool checked)
+{
+    setChecked(mUi.lighting.onOff, checked);
+}
+
+void MainWindow::setCheckLightingEffectStatusChecked(bool checked)
+{
+    setChecked(mUi.lighting.status, checked);
+}
+
+void MainWindow::setCheckShakeOnOffEnabled(bool enabled)
+{
+    mUi.shake.onOff->setEnabled(enabled);
+}
+
+void MainWindow::setCheckShakeOnOffChecked(bool checked)
+{
+    setChecked(mUi.shake.onOff, checked);
+}
+
+void MainWindow::setCheckShakeStatusChecked(bool checked)
+{
+    setChecked(mUi.shake.status, checked);
+}
+
+void MainWindow::setCheckSoundEffectOnOffEnabled(bool enabled)
+{
+    mUi.soundEffect.onOff->setEnabled(enabled);
+}
+
+void MainWindow::setCheckSoundEffectOnOffChecked(bool checked)
+{
+    setChecked(mUi.soundEffect.onOff, checked);
+}
+
+void MainWindow::setCheckSoundEffectStatusChecked(bool checked)
+{
+    setChecked(mUi.soundEffect.status, checked);
+}
+
+void MainWindow::setCheckLowbatOnOffChecked(bool checked)
+{
+    setChecked(mUi.lowbat.onOff, checked);
+}
+
+void MainWindow::setCheckLowbatStatusChecked(bool checked)
+{
+    setChecked(mUi.lowbat.status, checked);
+}
+
+void MainWindow::setDeviceRadioLevel0Checked(bool checked)
+{
+    setChecked(mUi.radioLevel[0], checked);
+}
+
+void MainWindow::setDeviceRadioLevel1Checked(bool checked)
+{
+    setChecked(mUi.radioLevel[1], checked);
+}
+
+void MainWindow::setDeviceRadioLevel2Checked(bool checked)
+{
+    setChecked(mUi.radioLevel[2], checked);
+}
+
+void MainWindow::setDeviceRadioLevel3Checked(bool checked)
+{
+    setChecked(mUi.radioLevel[3], checked);
+}
+
+void MainWindow::placeResolutionButtons(bool four)
+{
+    for (int i = 0; i < 4; ++i) {
+        const int x = four ? Ui_MainWindow::kFourButtonsX[i] : (i < 3 ? Ui_MainWindow::kThreeButtonsX[i] : 0);
+        mUi.radioLevel[i]->move(x, Ui_MainWindow::kButtonsY);
+    }
+    mUi.radioLevel[3]->setVisible(four);
+    mUi.labelCpi->move(Ui_MainWindow::kFourButtonsX[3], Ui_MainWindow::kButtonsY + 52);
+    mUi.labelCpi->setVisible(four);
+}
+
+void MainWindow::setVipFunction(bool enable)
+{
+    placeResolutionButtons(enable);
+}
+
+void MainWindow::setCpiValue(int value)
+{
+    const int label = MainWindowPresenter::cpiLabel(value);
+    mUi.labelCpi->setText(label > 0 ? QStringLiteral("%1 DPI").arg(label) : QStringLiteral("最佳分辨率"));
+}
+
+void MainWindow::showLamplightModule(int module)
+{
+    mUi.lighting.row->setVisible(module != 0);
+}
+
+int MainWindow::getCurVolume()
+{
+    return 0;
+}
+
+void MainWindow::setDeviceEnable(bool) {}
+
+// ---- MainWindowView: the device's pictures and name
+
+void MainWindow::setHomeImage(QString path)
+{
+    if (!showPicture(mUi.labelHomeImage, path)) {
+        qCWarning(lcConsole) << "home picture does not load:" << path;
+    }
+}
+
+void MainWindow::setDefaultHomeImage()
+{
+    showPicture(mUi.labelHomeImage, QStringLiteral(":/console/home_default.svg"));
+}
+
+void MainWindow::setNavImage(QString path)
+{
+    if (!showPicture(mUi.labelNav, path)) {
+        qCWarning(lcConsole) << "navigation picture does not load:" << path;
+    }
+}
+
+void MainWindow::setExplain(bool enable)
+{
+    mUi.buttonExplain->setVisible(enable);
+}
+
+void MainWindow::setExplainImage(QString path)
+{
+    if (!ExplainDialog::getInstance(this)->setImage(path)) {
+        qCWarning(lcConsole) << "explanation picture does not load:" << path;
+    }
+}
+
+void MainWindow::setDeviceTypeIcon(int type)
+{
+    mUi.labelTypeUsb->setVisible(type == 0);
+    mUi.labelTypeBle->setVisible(type != 0);
+}
+
+void MainWindow::setDeviceName(QString name)
+{
+    mUi.labelDeviceName->setText(name);
+}
+
+// ---- MainWindowView: notices and dialogs
+
+void MainWindow::showLowbatView(int page)
+{
+    if (!mLowbatDialog->isHidden()) {
+        return;
+    }
+    switch (page) {
+        case 0:
+            mLowbatDialog->setLowbatAnimationView();
+            break;
+        case 1:
+            mLowbatDialog->setMinLowAnimationView();
+            break;
+        case 2:
+            mLowbatDialog->setMouseShutdownView();
+            break;
+        case 3:
+            mLowbatDialog->setMouseChargingView();
+            break;
+        default:
+            break;
+    }
+}
+
+void MainWindow::showCalendarPhrases(CalendarPhrases phrases)
+{
+    CalendarPhrasesDialog::getInstance(nullptr)->showContent(phrases);
+}
+
+void MainWindow::showRestDialog()
+{
+    RestDialog::getInstance(nullptr)->showContent();
+}
+
+void MainWindow::setZorvaneMessage(QString text)
+{
+    ZorvaneMessageDialog::getInstance(nullptr)->setMessageText(text);
+}
+
+void MainWindow::showUpdateView()
+{
+    mUpdateDialog->centreOver(this);
+    mUpdateDialog->toShow();
+}
+
+void MainWindow::setUpdateView(int page)
+{
+    mUpdateDialog->setStackedWidgetCurrentIndex(page);
+    showUpdateView();
+}
+
+void MainWindow::setDiscoverNewestVersionInfo(QString text)
+{
+    mUpdateDialog->setDiscoverNewestVersionInfo(text);
+}
+
+int MainWindow::execDelPopupView()
+{
+    DeletePopupDialog* dialog = DeletePopupDialog::getInstance(this);
+    dialog->centreOver(this);
+    return dialog->toExec() == QDialog::Accepted ? 1 : 0;
+}

@@ -1,0 +1,134 @@
+#pragma once
+
+#include <QtGlobal>
+
+class LineEdit;
+class QAbstractButton;
+class QButtonGroup;
+class QCheckBox;
+class QComboBox;
+class QFrame;
+class QLabel;
+class QLineEdit;
+class QMainWindow;
+class QPushButton;
+class QRadioButton;
+class QStackedWidget;
+class QTableWidget;
+class QToolButton;
+class QWidget;
+
+// The console's widgets, built in code: the title bar, the navigation column and the seven
+// pages. It only builds and names; what the widgets do is the window's.
+class Ui_MainWindow {
+public:
+    enum Page {
+        HomePage = 0,
+        CommandPage = 1,
+        AppSettingsPage = 2,
+        MouseSettingsPage = 3,
+        AddCommandPage = 4,
+        EditCommandPage = 5,
+        PreferencePage = 6
+    };
+
+    // One form of the add and edit pages.
+    struct CommandForm {
+        QComboBox* type = nullptr;
+        QLineEdit* command = nullptr;
+        LineEdit* content = nullptr;
+        QPushButton* browse = nullptr;
+        QLabel* hint = nullptr;
+        QLabel* warning = nullptr;
+        QPushButton* submit = nullptr;
+        QPushButton* back = nullptr;
+    };
+
+    // A switch the user handles, and next to it the state the mouse reported.
+    struct SwitchRow {
+        QWidget* row = nullptr;
+        QCheckBox* onOff = nullptr;
+        QCheckBox* status = nullptr;
+    };
+
+    void setupUi(QMainWindow* window);
+
+    QWidget* central = nullptr;
+    QWidget* titleBar = nullptr;
+    QToolButton* buttonMenu = nullptr;
+    QToolButton* buttonMin = nullptr;
+    QToolButton* buttonClose = nullptr;
+
+    QLabel* labelNav = nullptr;
+    QButtonGroup* navGroup = nullptr;
+    QPushButton* navButtons[4] = {};
+    QStackedWidget* stackedWidget = nullptr;
+
+    // Home.
+    QLabel* labelHomeImage = nullptr;
+    QLabel* labelDeviceName = nullptr;
+    QLabel* labelTypeUsb = nullptr;
+    QLabel* labelTypeBle = nullptr;
+    QComboBox* comboDictationLanguageHome = nullptr;
+    QPushButton* buttonExplain = nullptr;
+
+    // Command words.
+    QTableWidget* tableCustom = nullptr;
+    QPushButton* buttonAddCommand = nullptr;
+    QPushButton* buttonDelCommand = nullptr;
+    QPushButton* buttonEditCommand = nullptr;
+    QLabel* labelCommandWarning = nullptr;
+
+    // Application settings.
+    QComboBox* comboDictationLanguage = nullptr;
+    QCheckBox* checkVoiceTranslateOnOff = nullptr;
+    QComboBox* comboVoiceTranslateSrc = nullptr;
+    QComboBox* comboVoiceTranslateTar = nullptr;
+    QCheckBox* checkTextTranslateOnOff = nullptr;
+    QComboBox* comboTextTranslate = nullptr;
+    QComboBox* comboRestTime = nullptr;
+    SwitchRow calendarPhrases;
+    SwitchRow updateHint;
+    SwitchRow autoRun;
+    QPushButton* buttonPreference = nullptr;
+    QPushButton* buttonFeedback = nullptr;
+
+    // Mouse settings.
+    QFrame* frameResolution = nullptr;
+    QButtonGroup* dpiGroup = nullptr;
+    QPushButton* radioLevel[4] = {};
+    QLabel* labelCpi = nullptr;
+    SwitchRow lighting;
+    SwitchRow shake;
+    SwitchRow soundEffect;
+    SwitchRow lowbat;
+
+    // Add and edit a command word.
+    CommandForm addForm;
+    CommandForm editForm;
+
+    // Preferences of clicking and sending.
+    QCheckBox* checkClickMode = nullptr;
+    QRadioButton* radioClickSend = nullptr;
+    QRadioButton* radioAutoSend = nullptr;
+    QCheckBox* checkEnterSend = nullptr;
+    QCheckBox* checkSpaceSend = nullptr;
+    QCheckBox* checkDelAllSign = nullptr;
+    QPushButton* buttonPreferenceBack = nullptr;
+
+    // The x positions of the speed buttons with the fourth shown and without it.
+    static constexpr int kFourButtonsX[4] = {39, 153, 267, 381};
+    static constexpr int kThreeButtonsX[3] = {63, 210, 357};
+    static constexpr int kButtonsY = 50;
+
+private:
+    QWidget* buildTitleBar(QWidget* parent);
+    QWidget* buildNavigation(QWidget* parent);
+    QWidget* buildHomePage();
+    QWidget* buildCommandPage();
+    QWidget* buildAppSettingsPage();
+    QWidget* buildMouseSettingsPage();
+    QWidget* buildCommandFormPage(CommandForm* form, const QString& heading);
+    QWidget* buildPreferencePage();
+    SwitchRow switchRow(QWidget* parent, const QString& text, const QString& tip);
+};
