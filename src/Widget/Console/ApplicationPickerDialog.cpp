@@ -62,9 +62,9 @@ ApplicationPickerDialog::ApplicationPickerDialog(const QList<InstalledApplicatio
     setStyleSheet(DialogStyle::sheet() +
                   QStringLiteral("QListWidget { border: 1px solid #d6d9de; border-radius: 6px;"
                                  " background: #fafbfc; font-size: 14px; outline: none; }"
-                                 "QListWidget::item { padding: 4px 6px; color: #333333; }"
-                                 "QListWidget::item:selected { background: #dce9fe; color: #333333;"
-                                 " border-radius: 4px; }"));
+                                 "QListWidget::item { padding: 4px 6px; border: none; color: #333333; }"
+                                 "QListWidget::item:selected { padding: 4px 6px; border: none;"
+                                 " background: #dce9fe; color: #333333; }"));
     setFixedSize(420, 520);
     mFilter->setPlaceholderText(QStringLiteral("搜索应用程序"));
     mFilter->setClearButtonEnabled(true);
