@@ -31,10 +31,11 @@ bool DesktopEntry::load(const QString& path)
         if (!inGroup || equals < 1) {
             continue;
         }
-        // Localised keys (Name[de]) are not needed to start a program.
         const QString key = line.left(equals).trimmed();
         const QString value = unescapeValue(line.mid(equals + 1).trimmed());
-        if (key == QLatin1String("Type")) {
+        if (key.startsWith(QLatin1String("Name[")) && key.endsWith(QLatin1Char(']'))) {
+            mLocalizedNames.insert(key.mid(5, key.size() - 6), value);
+        } else if (key == QLatin1String("Type")) {
             mType = value;
         } else if (key == QLatin1String("Name")) {
             mName = value;
@@ -46,6 +47,10 @@ bool DesktopEntry::load(const QString& path)
             mTryExec = value;
         } else if (key == QLatin1String("Hidden")) {
             mHidden = value == QLatin1String("true");
+        } else if (key == QLatin1String("NoDisplay")) {
+            mNoDisplay = value == QLatin1String("true");
+        } else if (key == QLatin1String("Terminal")) {
+            mTerminal = value == QLatin1String("true");
         } else if (key == QLatin1String("OnlyShowIn")) {
             mOnlyShowIn = value.split(QLatin1Char(';'), Qt::SkipEmptyParts);
         } else if (key == QLatin1String("NotShowIn")) {
@@ -80,6 +85,40 @@ QStringList DesktopEntry::command() const
         return {};
     }
     return arguments;
+}
+
+QString DesktopEntry::name(const QString& locale) const
+{
+    // lang_COUNTRY.ENCODING@MODIFIER: the encoding plays no part; the more specific forms
+    // come first (lang_COUNTRY@MODIFIER, lang_COUNTRY, lang@MODIFIER, lang).
+    QString base = locale;
+    QString modifier;
+    const int at = base.indexOf(QLatin1Char('@'));
+    if (at >= 0) {
+        modifier = base.mid(at);
+        base.truncate(at);
+    }
+    const int dot = base.indexOf(QLatin1Char('.'));
+    if (dot >= 0) {
+        base.truncate(dot);
+    }
+    const QString language = base.section(QLatin1Char('_'), 0, 0);
+    QStringList keys;
+    if (!modifier.isEmpty()) {
+        keys << base + modifier;
+    }
+    keys << base;
+    if (!modifier.isEmpty()) {
+        keys << language + modifier;
+    }
+    keys << language;
+    for (const QString& key : qAsConst(keys)) {
+        const auto found = mLocalizedNames.constFind(key);
+        if (!key.isEmpty() && found != mLocalizedNames.constEnd()) {
+            return found.value();
+        }
+    }
+    return mName;
 }
 
 QStringList DesktopEntry::currentDesktops()

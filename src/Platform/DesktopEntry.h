@@ -1,5 +1,6 @@
 #pragma once
 
+#include <QHash>
 #include <QString>
 #include <QStringList>
 
@@ -15,6 +16,13 @@ public:
     bool isLaunchable() const;
     // The program and its arguments, field codes expanded for a start with no files.
     QStringList command() const;
+    // Name in the locale ("zh_CN", "sr_RS@latin"): the best Name[...] match, else Name.
+    QString name(const QString& locale = QString()) const;
+    QString icon() const { return mIcon; }
+    // Meant to be started but not listed in menus (handlers, helpers).
+    bool noDisplay() const { return mNoDisplay; }
+    // Needs a terminal around it.
+    bool terminal() const { return mTerminal; }
 
     // Splits an Exec value into arguments by the entry format's quoting rules and expands the
     // field codes; false for a value that is not well formed.
@@ -32,10 +40,13 @@ private:
     QString mPath;
     QString mType;
     QString mName;
+    QHash<QString, QString> mLocalizedNames;  // by the locale in brackets
     QString mIcon;
     QString mExec;
     QString mTryExec;
     QStringList mOnlyShowIn;
     QStringList mNotShowIn;
     bool mHidden = false;
+    bool mNoDisplay = false;
+    bool mTerminal = false;
 };

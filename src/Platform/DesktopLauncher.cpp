@@ -1,5 +1,6 @@
 #include "DesktopLauncher.h"
 
+#include "ApplicationCatalog.h"
 #include "DesktopEntry.h"
 #include "Utils/Logging.h"
 
@@ -18,7 +19,8 @@ void DesktopLauncher::openUrl(const QUrl& url)
 QString DesktopLauncher::findInstalled(const QStringList& desktopIds)
 {
     for (const QString& id : desktopIds) {
-        const QString path = QStandardPaths::locate(QStandardPaths::ApplicationsLocation, id);
+        // Also ids of entries in subfolders ("kde4-kate.desktop").
+        const QString path = ApplicationCatalog::locate(id);
         DesktopEntry entry;
         if (!path.isEmpty() && entry.load(path) && entry.isLaunchable()) {
             return path;

@@ -213,6 +213,8 @@ private:
     // Backspaces over what differs from content; the length of the common prefix.
     int eraseDifferingTail(const QString& content);
     void replayChord(const QString& pro);
+    // A command word of an application: its desktop entry, or the same entry found by id.
+    void startApplication(const QString& path);
 
     // Selection, translation and reading.
     bool isClipboardUsable();

@@ -5,11 +5,14 @@
 #include "InputView.h"
 #include "LocalCommandTable.h"
 #include "Platform/AppLauncher.h"
+#include "Platform/ApplicationCatalog.h"
+#include "Platform/DesktopEntry.h"
 #include "Platform/InputBackend.h"
 #include "Utils/Logging.h"
 #include "Utils/PreferencesUtils.h"
 #include "Utils/WinUtils.h"
 
+#include <QFileInfo>
 #include <QUrl>
 
 #include <X11/keysym.h>
@@ -105,11 +108,36 @@ bool InputPresenter::checkLocalCommand(QString text)
             case 3:
                 replayChord(word.pro);
                 return true;
+            case 4:
+                mInputView->setContent(QStringLiteral("正在打开") + word.keyword);
+                startApplication(word.target);
+                return true;
             default:
                 break;
         }
     }
     return false;
+}
+
+void InputPresenter::startApplication(const QString& path)
+{
+    const QFileInfo file(path);
+    const bool isEntry = path.endsWith(QLatin1String(".desktop"));
+    DesktopEntry entry;
+    // A program path typed by hand starts as well.
+    if (file.isFile() && (isEntry ? entry.load(path) && entry.isLaunchable() : file.isExecutable())) {
+        launcher()->openLocalPath(path);
+        return;
+    }
+    // Gone or no longer startable there: a package update or the user may have moved the entry
+    // between the user's and the system's folders, and its id still finds it.
+    AppChoice choice;
+    if (isEntry) {
+        choice.desktopIds << ApplicationCatalog::entryId(path);
+    }
+    if (choice.desktopIds.isEmpty() || !launcher()->launchApplication(choice)) {
+        qCInfo(lcInput) << "no application to start for" << path;
+    }
 }
 
 void InputPresenter::replayChord(const QString& pro)

@@ -73,6 +73,7 @@ void MainWindowPresenter::initDatas(const Collaborators& collaborators)
     mAutoRun = collaborators.autoRun;
     mRecordManager = collaborators.record;
     mNotices = collaborators.notices;
+    mPicker = collaborators.picker;
     mScreenWidth = collaborators.screenWidth ? collaborators.screenWidth : primaryScreenWidth;
     mClockMs = collaborators.clockMs ? collaborators.clockMs : [] {
         return qint64(std::chrono::duration_cast<std::chrono::milliseconds>(

@@ -28,6 +28,7 @@ class HookManager;
 class HttpManager;
 class InternetUtils;
 class MainWindowView;
+class PathPicker;
 class QTimer;
 class RecordManager;
 
@@ -78,6 +79,8 @@ public:
         AppAutoRunUtils* autoRun = nullptr;
         RecordManager* record = nullptr;
         ConsoleNotices* notices = nullptr;
+        // The browse button's dialogs; without one the pickers do nothing.
+        PathPicker* picker = nullptr;
         // Width of the primary screen's available area; the primary screen when unset.
         std::function<int()> screenWidth;
         // The two device ladders' cadence; tests run them faster.
@@ -186,6 +189,10 @@ public:
     bool getCurrentEditCommandId(int row);
     CommandWord currentEditCommand() const { return mEditCommand; }
     void setShortcutList(QList<int> keys) { mShortcutList = keys; }
+    // The browse button: a file, a folder, an installed application for the page shown.
+    void showDesktopFile();
+    void showDesktopFolder();
+    void showApplicationsFile();
 
     // The number on the fourth speed button for a resolution, which the view is given; 0 for a
     // label without one.
@@ -327,6 +334,7 @@ private:
     void batteryBackToNormal();
     int commandSubmit(bool edit);
     void showCommandWarning(bool edit, const QString& text);
+    void setPickedContent(const QString& path);
 
     MainWindowView* mView;
     DeviceManager* mDeviceManager = nullptr;
@@ -336,6 +344,7 @@ private:
     AppAutoRunUtils* mAutoRun = nullptr;
     RecordManager* mRecordManager = nullptr;
     ConsoleNotices* mNotices = nullptr;
+    PathPicker* mPicker = nullptr;
     std::function<int()> mScreenWidth;
 
     // Shared with the device controller's thread, under mStatusMutex.

@@ -5,10 +5,27 @@
 #include "Utils/TextUtils.h"
 #include "WidgetPresenter/MainWindowPresenter.h"
 #include "WidgetPresenter/MainWindowView.h"
+#include "WidgetPresenter/PathPicker.h"
 
+#include <QDir>
+#include <QStandardPaths>
 #include <QTimer>
 
 namespace {
+
+// Page numbers of the console's stacked pages.
+constexpr int kAddPage = 4;
+constexpr int kEditPage = 5;
+// The type selector's rows that are stored as they are; past them comes the shortcut.
+constexpr int kTypeApplication = 4;
+constexpr int kTypeShortcut = 3;
+
+// Where the file dialogs open.
+QString desktopFolder()
+{
+    const QString desktop = QStandardPaths::writableLocation(QStandardPaths::DesktopLocation);
+    return desktop.isEmpty() || !QDir(desktop).exists() ? QDir::homePath() : desktop;
+}
 
 // The marks recognition may end a word with; the stored keyword has none.
 const QString kMarks[] = {QStringLiteral("。"), QStringLiteral("."), QStringLiteral("？"),
@@ -47,11 +64,12 @@ int MainWindowPresenter::commandSubmit(bool edit)
     CommandWord word = edit ? mEditCommand : CommandWord();
     word.keyword = keyword;
     word.target = target;
-    if (typeIndex >= 0 && typeIndex <= 2) {
+    if ((typeIndex >= 0 && typeIndex <= 2) || typeIndex == kTypeApplication) {
+        // An application keeps the path of its desktop entry in target.
         word.type = typeIndex;
         word.pro.clear();
     } else {
-        word.type = 3;
+        word.type = kTypeShortcut;
         word.pro = KeyTable::buildShortcut(mShortcutList);
     }
     if (!mDBManager->open()) {
@@ -122,5 +140,41 @@ void MainWindowPresenter::loadUserCommand()
     mView->setCustomTableRowCount(qMax(mView->getCustomTableRowCounts(), mCommandWords.size()));
     for (int row = 0; row < mCommandWords.size(); ++row) {
         mView->setQTableWidgetItemIcon(row, mCommandWords.at(row));
+    }
+}
+
+void MainWindowPresenter::setPickedContent(const QString& path)
+{
+    if (path.isEmpty()) {
+        return;
+    }
+    // The dialog was modal: the page is still the one that opened it.
+    const int page = mView->getCurrentStackedWidgetIndex();
+    if (page == kAddPage) {
+        mView->setAddCommandContent(path);
+    } else if (page == kEditPage) {
+        mView->setEditCommandContent(path);
+    }
+}
+
+void MainWindowPresenter::showDesktopFile()
+{
+    if (mPicker != nullptr) {
+        setPickedContent(
+            mPicker->pickFile(QStringLiteral("选择文件"), desktopFolder(), QStringLiteral("*.*")));
+    }
+}
+
+void MainWindowPresenter::showDesktopFolder()
+{
+    if (mPicker != nullptr) {
+        setPickedContent(mPicker->pickFolder(QStringLiteral("选择文件夹"), desktopFolder()));
+    }
+}
+
+void MainWindowPresenter::showApplicationsFile()
+{
+    if (mPicker != nullptr) {
+        setPickedContent(mPicker->pickApplication());
     }
 }
