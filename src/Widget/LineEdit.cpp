@@ -54,6 +54,11 @@ void LineEdit::keyReleaseEvent(QKeyEvent* event)
     if (event->isAutoRepeat()) {
         return;
     }
+    // A key pressed before the box had the keyboard is no part of the chord; its release
+    // alone would end an empty one and wipe the chord just shown.
+    if (!mKeyStates.contains(event->key())) {
+        return;
+    }
     mKeyStates.insert(event->key(), 0);
     if (checkFinish()) {
         emit signalShortcut(mKeys);

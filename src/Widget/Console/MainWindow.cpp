@@ -81,6 +81,9 @@ MainWindow::MainWindow(QWidget* parent, const MainWindowPresenter::Collaborators
     if (c.notices == nullptr) {
         c.notices = &mNotices;
     }
+    if (c.picker == nullptr) {
+        c.picker = &mPathPicker;
+    }
     mPresenter = new MainWindowPresenter(this, c, this);
 
     initDatas();
@@ -113,6 +116,9 @@ void MainWindow::initDatas()
             [] { BLEConnentionGuidanceDialog::getInstance(nullptr)->showGuidance(); });
     connect(mPresenter, &MainWindowPresenter::signalHideBLEGuidanceDialog, this,
             [] { BLEConnentionGuidanceDialog::getInstance(nullptr)->close(); });
+    // The presenter learns the matched mouse's name but gives it to no view operation.
+    connect(mPresenter, &MainWindowPresenter::signalGetDeviceInfo, this,
+            [this](const DeviceInfo& info) { setDeviceName(info.customerName); });
     mUi.tableCustom->setColumnWidth(0, 35);
     mUi.stackedWidget->setCurrentIndex(Ui_MainWindow::HomePage);
     mUi.navButtons[0]->setChecked(true);
@@ -140,6 +146,8 @@ void MainWindow::hintAppAutoRun()
     setCheckAutoRunOnOffChecked(false);
     AppAutoRunDialog* dialog = AppAutoRunDialog::getInstance(this);
     dialog->setCheckAppAutoRun(true);
+    // The console is not up yet: the question stands in the middle of the screen.
+    dialog->centreOver(nullptr);
     dialog->exec();
 }
 
@@ -160,6 +168,13 @@ void MainWindow::setListener()
     MainWindowPresenter* p = mPresenter;
     Ui_MainWindow& ui = mUi;
     connect(ui.navGroup, &QButtonGroup::idClicked, ui.stackedWidget, &QStackedWidget::setCurrentIndex);
+    // A page reached from another keeps the navigation on the page it belongs to.
+    connect(ui.stackedWidget, &QStackedWidget::currentChanged, this, [this](int page) {
+        static const int kSection[] = {0, 1, 2, 3, 1, 1, 2};
+        if (page >= 0 && page < int(std::size(kSection))) {
+            mUi.navButtons[kSection[page]]->setChecked(true);
+        }
+    });
     connect(ui.buttonMin, &QToolButton::clicked, this, &MainWindow::onMinimize);
     connect(ui.buttonClose, &QToolButton::clicked, this, &MainWindow::onQuit);
     connect(ui.buttonExplain, &QPushButton::clicked, this, &MainWindow::onShowExplainView);

@@ -3,6 +3,7 @@
 #include "Platform/DesktopLauncher.h"
 #include "Utils/Singleton.h"
 #include "Widget/Console/Ui_MainWindow.h"
+#include "Widget/Console/WidgetPathPicker.h"
 #include "Widget/Notices/WidgetConsoleNotices.h"
 #include "WidgetPresenter/MainWindowPresenter.h"
 #include "WidgetPresenter/MainWindowView.h"
@@ -169,6 +170,7 @@ private:
 
     Ui_MainWindow mUi;
     WidgetConsoleNotices mNotices;
+    WidgetPathPicker mPathPicker{this};
     DesktopLauncher mLauncher;
     MainWindowPresenter* mPresenter = nullptr;
     LowbatDialog* mLowbatDialog = nullptr;

@@ -1,4 +1,5 @@
 // The console's command word pages: the table, and the add and edit forms with their samples.
+#include "Platform/ApplicationCatalog.h"
 #include "Utils/AppConfig.h"
 #include "Widget/Console/MainWindow.h"
 #include "Widget/LineEdit.h"
@@ -138,7 +139,6 @@ void MainWindow::changeCommandType(Ui_MainWindow::CommandForm& form, int index)
     form.command->setFocus();
     form.content->setShortcutMode(index == 3);
     form.browse->setVisible(index == 1 || index == 2 || index == 4);
-    form.content->setReadOnly(index == 4);
     QString hint;
     QString command;
     QString content;
@@ -164,11 +164,12 @@ void MainWindow::changeCommandType(Ui_MainWindow::CommandForm& form, int index)
             command = QStringLiteral("全选");
             content = QStringLiteral("Contrl + A");
             break;
-        default:
-            hint = QStringLiteral("点击“浏览”选择已安装的应用程序");
-            command = QStringLiteral("计算器");
-            content = QStringLiteral("选择应用程序");
+        default: {
+            const ApplicationCatalog::Sample sample = ApplicationCatalog::sampleApplication();
+            command = sample.word;
+            content = sample.path.isEmpty() ? QStringLiteral("点击“浏览”选择已安装的应用程序") : sample.path;
             break;
+        }
     }
     form.hint->setText(hint);
     form.hint->setVisible(!hint.isEmpty());
@@ -197,7 +198,19 @@ void MainWindow::submitCommand(bool edit)
 
 void MainWindow::browse(int type)
 {
-    Q_UNUSED(type);
+    switch (type) {
+        case 1:
+            mPresenter->showDesktopFile();
+            break;
+        case 2:
+            mPresenter->showDesktopFolder();
+            break;
+        case 4:
+            mPresenter->showApplicationsFile();
+            break;
+        default:
+            break;
+    }
 }
 
 void MainWindow::setAddCommandContent(QString text)

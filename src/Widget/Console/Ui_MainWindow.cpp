@@ -59,7 +59,8 @@ QString sheet()
         "QToolButton::menu-indicator { image: none; }"
         "QComboBox { min-height: 30px; padding: 0 10px; border: 1px solid #d6d9de; border-radius: 6px;"
         " background: #ffffff; font-size: 14px; combobox-popup: 0; }"
-        "QComboBox::drop-down { border: none; width: 22px; }"
+        "QComboBox::drop-down { border: none; width: 24px; }"
+        "QComboBox::down-arrow { image: url(:/console/arrow_down.svg); width: 12px; height: 12px; }"
         "QComboBox QAbstractItemView { border: 1px solid #d6d9de; background: #ffffff;"
         " selection-background-color: #e3edfe; selection-color: #2f7cf6; outline: 0; }"
         "QLineEdit { min-height: 30px; border: 1px solid #d6d9de; border-radius: 6px; padding: 0 8px;"
@@ -296,6 +297,7 @@ QWidget* Ui_MainWindow::buildCommandPage()
     tableCustom->verticalHeader()->hide();
     tableCustom->horizontalHeader()->setStretchLastSection(true);
     tableCustom->horizontalHeader()->setHighlightSections(false);
+    tableCustom->horizontalHeader()->setMinimumSectionSize(24);
     tableCustom->setSelectionBehavior(QAbstractItemView::SelectRows);
     tableCustom->setSelectionMode(QAbstractItemView::ExtendedSelection);
     tableCustom->setEditTriggers(QAbstractItemView::NoEditTriggers);

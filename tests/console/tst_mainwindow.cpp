@@ -1,0 +1,416 @@
+#include "Database/DBManager.h"
+#include "FakeBleTransport.h"
+#include "FakeHidBackend.h"
+#include "Hid/BLEManager.h"
+#include "Hid/DeviceManager.h"
+#include "Hid/HidManager.h"
+#include "Platform/AppAutoRunUtils.h"
+#include "Utils/PreferencesUtils.h"
+#include "Widget/Common/DeletePopupDialog.h"
+#include "Widget/Console/AppAutoRunDialog.h"
+#include "Widget/Console/MainWindow.h"
+#include "Widget/LineEdit.h"
+#include "Widget/Notices/LowbatDialog.h"
+
+#include <QAbstractItemView>
+#include <QApplication>
+#include <QCheckBox>
+#include <QComboBox>
+#include <QDir>
+#include <QLabel>
+#include <QLineEdit>
+#include <QMenu>
+#include <QPainter>
+#include <QPainterPath>
+#include <QPushButton>
+#include <QSignalSpy>
+#include <QStackedWidget>
+#include <QTableWidget>
+#include <QTimer>
+#include <QToolButton>
+#include <QtTest>
+
+// The console window over the real presenter, a fake receiver and the real database, on the
+// offscreen platform. One window for the whole run, as in the program.
+class TestMainWindow : public QObject {
+    Q_OBJECT
+
+private slots:
+    void initTestCase();
+    void closeHidesAndQuitEnds();
+    void leaveWithAnOpenListSaysNothing();
+    void languageBoxesReachThePreferencesOnlyOnAChange();
+    void restTimeFromThePresenterLeavesTheWorkClock();
+    void speedButtonsAnswerClicksNotReports();
+    void commandWordsAddEditDelete();
+    void commandTypesBringTheirSamples();
+    void lowbatViewIsLeftAloneWhileShown();
+    void deviceNameAndTypeIcon();
+    void screenshots();
+
+private:
+    // Runs fn on the next modal dialog that opens, once it is up.
+    static void onNextModal(const std::function<void(QWidget*)>& fn)
+    {
+        QTimer::singleShot(0, qApp, [fn] {
+            QTRY_VERIFY(QApplication::activeModalWidget() != nullptr);
+            fn(QApplication::activeModalWidget());
+        });
+    }
+    UserPreferences preferences() const { return PreferencesUtils::getInstance()->getUserPreferences(); }
+
+    FakeHidBackend mBackend;
+    HidManager mHid{&mBackend};
+    FakeBleTransport mBleTransport;
+    BLEManager mBle{&mBleTransport, nullptr};
+    DeviceManager mDevice{&mHid, &mBle};
+    MainWindow* mWindow = nullptr;
+};
+
+void TestMainWindow::initTestCase()
+{
+    AppAutoRunUtils* autoRun = AppAutoRunUtils::getInstance();
+    autoRun->setAppAutoRun(false);
+    MainWindowPresenter::Collaborators c;
+    c.device = &mDevice;
+    c.db = DBManager::getInstance();
+    c.autoRun = autoRun;
+    c.screenWidth = [] { return 1440; };
+
+    // Autostart off: the question comes up, modal, before the window is built to the end.
+    QString asked;
+    onNextModal([&asked](QWidget* modal) {
+        asked = QString::fromLatin1(modal->metaObject()->className());
+        auto* dialog = qobject_cast<AppAutoRunDialog*>(modal);
+        QVERIFY(dialog != nullptr && dialog->checkBox()->isChecked());
+        dialog->submitButton()->click();
+    });
+    mWindow = MainWindow::getInstance(nullptr, &c);
+    QCOMPARE(asked, QStringLiteral("AppAutoRunDialog"));
+    QVERIFY(autoRun->isAppAutoRun());
+    QCOMPARE(mWindow->getCurrentStackedWidgetIndex(), 0);
+    QCOMPARE(mWindow->widgets().tableCustom->columnWidth(0), 35);
+    QStringList entries;
+    for (const QAction* action : mWindow->menu()->actions()) {
+        entries << action->text();
+    }
+    QCOMPARE(entries, (QStringList{QStringLiteral("检查更新"), QStringLiteral("软件网站"),
+                                   QStringLiteral("关于我们")}));
+}
+
+void TestMainWindow::closeHidesAndQuitEnds()
+{
+    mWindow->show();
+    QVERIFY(mWindow->isShow());
+    QVERIFY(!mWindow->close());
+    QVERIFY(!mWindow->isVisible());
+    QVERIFY(mWindow->presenter()->isDeviceControllerRunning());
+
+    // Navigation shows the window again on the page asked for.
+    mWindow->onShowMainView(3);
+    QVERIFY(mWindow->isShow());
+    QCOMPARE(mWindow->getCurrentStackedWidgetIndex(), 3);
+    QVERIFY(mWindow->widgets().navButtons[3]->isChecked());
+
+    // Quitting from the add page leaves the form clean and the table showing.
+    Ui_MainWindow& ui = mWindow->widgets();
+    mWindow->recvMenuSiganl(Ui_MainWindow::AddCommandPage);
+    ui.addForm.command->setText(QStringLiteral("半截"));
+    QTimer::singleShot(0, ui.buttonClose, &QToolButton::click);
+    QCOMPARE(QCoreApplication::exec(), 0);
+    QCOMPARE(mWindow->getCurrentStackedWidgetIndex(), int(Ui_MainWindow::CommandPage));
+    QVERIFY(ui.addForm.command->text().isEmpty());
+}
+
+void TestMainWindow::leaveWithAnOpenListSaysNothing()
+{
+    mWindow->show();
+    QSignalSpy enter(mWindow, &MainWindow::signalsMouseEnter);
+    QSignalSpy leave(mWindow, &MainWindow::signalsMouseLeave);
+    QEvent enterEvent(QEvent::Enter);
+    QEvent leaveEvent(QEvent::Leave);
+    QCoreApplication::sendEvent(mWindow, &enterEvent);
+    QCOMPARE(enter.count(), 1);
+
+    QComboBox* box = mWindow->widgets().comboTextTranslate;
+    mWindow->recvMenuSiganl(Ui_MainWindow::AppSettingsPage);
+    box->showPopup();
+    QTRY_VERIFY(box->view()->isVisible());
+    QCoreApplication::sendEvent(mWindow, &leaveEvent);
+    QCOMPARE(leave.count(), 0);
+    box->hidePopup();
+    QTRY_VERIFY(!box->view()->isVisible());
+    QCoreApplication::sendEvent(mWindow, &leaveEvent);
+    QCOMPARE(leave.count(), 1);
+}
+
+void TestMainWindow::languageBoxesReachThePreferencesOnlyOnAChange()
+{
+    QSignalSpy saved(PreferencesUtils::getInstance(), &PreferencesUtils::signalPreferencesChange);
+    const int current = mWindow->widgets().comboDictationLanguage->currentIndex();
+    mWindow->setComboDictationLanguageCurrentIndex(current);
+    QCOMPARE(saved.count(), 0);
+
+    // A picker choosing Cantonese: both dictation boxes and the source box follow; written
+    // Chinese stays the target, so the pair is remembered.
+    mWindow->setComboDictationLanguageCurrentIndex(1);
+    QVERIFY(saved.count() >= 1);
+    QCOMPARE(preferences().recognitionLanguage, 1);
+    QCOMPARE(preferences().voiceTranslateTargetLanguage, 0);
+    QCOMPARE(preferences().lastVoiceTranslateSourceLanguage, 1);
+    QCOMPARE(mWindow->widgets().comboDictationLanguageHome->currentIndex(), 1);
+    QCOMPARE(mWindow->widgets().comboVoiceTranslateSrc->currentIndex(), 1);
+
+    // The user's own choice in a box lands the same way, and settles after one save.
+    saved.clear();
+    mWindow->widgets().comboTextTranslate->setCurrentIndex(6);
+    QCOMPARE(preferences().textTranslateLanguage, 6);
+    QCOMPARE(saved.count(), 1);
+}
+
+void TestMainWindow::restTimeFromThePresenterLeavesTheWorkClock()
+{
+    MainWindowPresenter* p = mWindow->presenter();
+    mWindow->widgets().comboRestTime->setCurrentIndex(3);  // "1小时"
+    QCOMPARE(preferences().restRemind, 1);
+    QCOMPARE(preferences().workTime, 3600000);
+    QTimer* clock = p->timer(MainWindowPresenter::TimerWorkTime);
+    p->onWorkInput();
+    QVERIFY(clock->isActive());
+    // Shown from the preferences, not chosen: the running period goes on.
+    mWindow->setComboRestTime(0);
+    QVERIFY(clock->isActive());
+    QCOMPARE(preferences().workTime, 3600000);
+    mWindow->widgets().comboRestTime->setCurrentIndex(4);  // "不提醒"
+    QCOMPARE(preferences().restRemind, 0);
+    QVERIFY(!clock->isActive());
+}
+
+void TestMainWindow::speedButtonsAnswerClicksNotReports()
+{
+    Ui_MainWindow& ui = mWindow->widgets();
+    MainWindowPresenter* p = mWindow->presenter();
+    mWindow->setVipFunction(false);
+    QVERIFY(ui.radioLevel[3]->isHidden());
+    QCOMPARE(ui.radioLevel[0]->pos(), QPoint(63, 50));
+    QCOMPARE(ui.radioLevel[2]->pos(), QPoint(357, 50));
+    mWindow->setVipFunction(true);
+    QVERIFY(!ui.radioLevel[3]->isHidden());
+    QCOMPARE(ui.radioLevel[3]->pos(), QPoint(381, 50));
+
+    // A report lights a button and chooses nothing.
+    p->onDeviceDpi(2);
+    QVERIFY(ui.radioLevel[0]->isChecked());
+    const int target = p->deviceStatus().targetDpi;
+    mWindow->setDeviceRadioLevel2Checked(true);
+    QCOMPARE(p->deviceStatus().targetDpi, target);
+    // The user's click on "快速" is level 1.
+    ui.radioLevel[2]->click();
+    QCOMPARE(p->deviceStatus().targetDpi, 1);
+    QCOMPARE(preferences().dpiValue, 1);
+
+    mWindow->setCpiValue(1440 / 1.2);
+    QCOMPARE(ui.labelCpi->text(), QStringLiteral("1200 DPI"));
+    mWindow->setCpiValue(2000);
+    QVERIFY(!ui.labelCpi->text().contains(QLatin1Char('0')));
+}
+
+void TestMainWindow::commandWordsAddEditDelete()
+{
+    Ui_MainWindow& ui = mWindow->widgets();
+    MainWindowPresenter* p = mWindow->presenter();
+    ui.buttonAddCommand->click();
+    QCOMPARE(mWindow->getCurrentStackedWidgetIndex(), int(Ui_MainWindow::AddCommandPage));
+
+    // Two characters ending in a full stop are one: refused, nothing stored.
+    ui.addForm.command->setText(QStringLiteral("打。"));
+    ui.addForm.content->setText(QStringLiteral("https://example.org"));
+    ui.addForm.submit->click();
+    QCOMPARE(ui.addForm.warning->text(), QStringLiteral("* 命令词长度必须要大于一个字！！！"));
+    QCOMPARE(mWindow->getCurrentStackedWidgetIndex(), int(Ui_MainWindow::AddCommandPage));
+    QVERIFY(p->getCommandWords().isEmpty());
+    QMetaObject::invokeMethod(p->timer(MainWindowPresenter::TimerWarningHint), "timeout");
+    QVERIFY(ui.addForm.warning->text().isEmpty());
+
+    ui.addForm.command->setText(QStringLiteral("打开主页"));
+    ui.addForm.submit->click();
+    QCOMPARE(mWindow->getCurrentStackedWidgetIndex(), int(Ui_MainWindow::CommandPage));
+    QVERIFY(ui.addForm.command->text().isEmpty());
+    QCOMPARE(ui.tableCustom->rowCount(), 1);
+    QCOMPARE(ui.tableCustom->item(0, 1)->text(), QStringLiteral("打开主页"));
+    QCOMPARE(ui.tableCustom->item(0, 2)->toolTip(), QStringLiteral("https://example.org"));
+
+    // A shortcut word: the captured chord is shown and stored.
+    ui.buttonAddCommand->click();
+    ui.addForm.type->setCurrentIndex(3);
+    ui.addForm.command->setText(QStringLiteral("全部选中"));
+    QTest::keyPress(ui.addForm.content, Qt::Key_Control, Qt::ControlModifier);
+    QTest::keyPress(ui.addForm.content, Qt::Key_A, Qt::ControlModifier);
+    QTest::keyRelease(ui.addForm.content, Qt::Key_A, Qt::ControlModifier);
+    // A release of a key pressed before the box had the keyboard leaves the chord alone.
+    QTest::keyRelease(ui.addForm.content, Qt::Key_Shift, Qt::NoModifier);
+    QCOMPARE(ui.addForm.content->text(), QStringLiteral("Control+A"));
+    ui.addForm.submit->click();
+    QCOMPARE(p->getCommandWords().size(), 2);
+    QCOMPARE(p->getCommandWords().first().type, 3);
+    QVERIFY(!p->getCommandWords().first().pro.isEmpty());
+
+    // Edit without a selection says so; with one, the page opens on the row's word.
+    ui.tableCustom->clearSelection();
+    ui.tableCustom->setCurrentCell(-1, -1);
+    ui.buttonEditCommand->click();
+    QCOMPARE(ui.labelCommandWarning->text(), QStringLiteral("请选择要编辑的命令词！"));
+    ui.tableCustom->selectRow(1);
+    ui.buttonEditCommand->click();
+    QCOMPARE(mWindow->getCurrentStackedWidgetIndex(), int(Ui_MainWindow::EditCommandPage));
+    QCOMPARE(ui.editForm.type->currentIndex(), 0);
+    QCOMPARE(ui.editForm.command->text(), QStringLiteral("打开主页"));
+    ui.editForm.content->clear();
+    ui.editForm.submit->click();
+    QCOMPARE(ui.editForm.warning->text(), QStringLiteral("* 内容不能为空！！！"));
+    ui.editForm.content->setText(QStringLiteral("https://example.com"));
+    ui.editForm.command->setText(QStringLiteral("打开网站"));
+    ui.editForm.submit->click();
+    QCOMPARE(mWindow->getCurrentStackedWidgetIndex(), int(Ui_MainWindow::CommandPage));
+    QCOMPARE(ui.tableCustom->item(1, 1)->text(), QStringLiteral("打开网站"));
+
+    // Delete asks first: a refusal keeps both, a yes removes the selected one.
+    ui.tableCustom->selectRow(0);
+    onNextModal([](QWidget* modal) { qobject_cast<DeletePopupDialog*>(modal)->cancelButton()->click(); });
+    ui.buttonDelCommand->click();
+    QCOMPARE(p->getCommandWords().size(), 2);
+    ui.tableCustom->selectRow(0);
+    onNextModal([](QWidget* modal) { qobject_cast<DeletePopupDialog*>(modal)->submitButton()->click(); });
+    ui.buttonDelCommand->click();
+    QCOMPARE(p->getCommandWords().size(), 1);
+    QCOMPARE(p->getCommandWords().first().keyword, QStringLiteral("打开网站"));
+}
+
+void TestMainWindow::commandTypesBringTheirSamples()
+{
+    Ui_MainWindow::CommandForm& form = mWindow->widgets().addForm;
+    mWindow->recvMenuSiganl(Ui_MainWindow::AddCommandPage);
+    struct Expected {
+        int type;
+        QString command;
+        bool browse;
+        bool capture;
+        QString hint;
+    };
+    const Expected rows[] = {
+        {1, QStringLiteral("待办事项"), true, false, QString()},
+        {2, QStringLiteral("下载"), true, false, QString()},
+        {3, QStringLiteral("全选"), false, true,
+         QStringLiteral("Tips:若快捷键不能设置，请先退出相关程序，再进行设置！")},
+        {0, QStringLiteral("我想搜索"), false, false, QStringLiteral("Tips:请添加(http://)或(https://)")},
+    };
+    for (const Expected& row : rows) {
+        form.command->setText(QStringLiteral("旧的"));
+        form.type->setCurrentIndex(row.type);
+        QVERIFY(form.command->text().isEmpty());
+        QCOMPARE(form.command->placeholderText(), row.command);
+        QCOMPARE(!form.browse->isHidden(), row.browse);
+        QCOMPARE(form.content->isShortcutMode(), row.capture);
+        QCOMPARE(form.hint->text(), row.hint);
+    }
+    QVERIFY(form.content->placeholderText().startsWith(QLatin1String("http")));
+    form.type->setCurrentIndex(4);
+    QVERIFY(!form.browse->isHidden());
+    QVERIFY(!form.content->isShortcutMode());
+}
+
+void TestMainWindow::lowbatViewIsLeftAloneWhileShown()
+{
+    LowbatDialog* dialog = mWindow->lowbatDialog();
+    mWindow->showLowbatView(1);
+    QVERIFY(!dialog->isHidden());
+    QCOMPARE(dialog->currentPage(), int(LowbatDialog::MinLowbatPage));
+    mWindow->showLowbatView(3);
+    QCOMPARE(dialog->currentPage(), int(LowbatDialog::MinLowbatPage));
+    dialog->hide();
+    mWindow->showLowbatView(3);
+    QCOMPARE(dialog->currentPage(), int(LowbatDialog::ChargingPage));
+    dialog->hide();
+}
+
+void TestMainWindow::deviceNameAndTypeIcon()
+{
+    Ui_MainWindow& ui = mWindow->widgets();
+    DeviceInfo info;
+    info.customerName = QStringLiteral("语音鼠标");
+    emit mWindow->presenter()->signalGetDeviceInfo(info);
+    QCOMPARE(ui.labelDeviceName->text(), QStringLiteral("语音鼠标"));
+    mWindow->setDeviceTypeIcon(1);
+    QVERIFY(ui.labelTypeUsb->isHidden());
+    QVERIFY(!ui.labelTypeBle->isHidden());
+    // A picture that does not load leaves the one shown.
+    const QPixmap before = ui.labelHomeImage->pixmap(Qt::ReturnByValue);
+    mWindow->setHomeImage(QStringLiteral("/nonexistent/home.png"));
+    QCOMPARE(ui.labelHomeImage->pixmap(Qt::ReturnByValue).cacheKey(), before.cacheKey());
+}
+
+void TestMainWindow::screenshots()
+{
+    const QString folder = qEnvironmentVariable("ZORVANE_SCREENSHOTS");
+    if (folder.isEmpty()) {
+        QSKIP("ZORVANE_SCREENSHOTS names no folder");
+    }
+    QDir().mkpath(folder);
+    mWindow->setDefaultHomeImage();
+    mWindow->setDeviceTypeIcon(0);
+    mWindow->setExplain(true);
+    mWindow->setVipFunction(true);
+    mWindow->setCpiValue(1440 / 1.2);
+    mWindow->presenter()->onDeviceDpi(0);
+    mWindow->showLamplightModule(1);
+    using Setter = void (MainWindow::*)(bool);
+    for (Setter set : {&MainWindow::setCheckShakeOnOffChecked, &MainWindow::setCheckShakeStatusChecked,
+                       &MainWindow::setCheckLowbatOnOffChecked, &MainWindow::setCheckLowbatStatusChecked,
+                       &MainWindow::setCheckLightingEffectOnOffChecked}) {
+        (mWindow->*set)(true);
+    }
+    const QList<QPair<QString, QString>> words = {
+        {QStringLiteral("打开邮箱"), QStringLiteral("https://mail.example.org")},
+        {QStringLiteral("周报"), QDir::homePath() + QStringLiteral("/文档/周报.odt")}};
+    for (const auto& word : words) {
+        if (mWindow->widgets().tableCustom->rowCount() < 2) {
+            mWindow->widgets().buttonAddCommand->click();
+            mWindow->widgets().addForm.type->setCurrentIndex(word.second.startsWith(QLatin1Char('/')) ? 1
+                                                                                                      : 0);
+            mWindow->widgets().addForm.command->setText(word.first);
+            mWindow->widgets().addForm.content->setText(word.second);
+            mWindow->widgets().addForm.submit->click();
+        }
+    }
+    mWindow->show();
+    // As a desktop shows it: the rounded window, transparent outside.
+    auto shoot = [this, &folder](int page, const QString& name) {
+        mWindow->recvMenuSiganl(page);
+        QCoreApplication::processEvents();
+        QImage image(mWindow->size(), QImage::Format_ARGB32_Premultiplied);
+        image.fill(Qt::transparent);
+        QPainter painter(&image);
+        QPainterPath shape;
+        shape.addRoundedRect(QRectF(mWindow->rect()), 12, 12);
+        painter.setClipPath(shape);
+        mWindow->render(&painter);
+        painter.end();
+        QVERIFY(image.save(folder + QStringLiteral("/console-") + name + QStringLiteral(".png")));
+    };
+    shoot(Ui_MainWindow::HomePage, QStringLiteral("home"));
+    shoot(Ui_MainWindow::CommandPage, QStringLiteral("command-words"));
+    shoot(Ui_MainWindow::AppSettingsPage, QStringLiteral("app-settings"));
+    shoot(Ui_MainWindow::MouseSettingsPage, QStringLiteral("mouse-settings"));
+    Ui_MainWindow::CommandForm& add = mWindow->widgets().addForm;
+    add.type->setCurrentIndex(3);
+    add.command->setText(QStringLiteral("全"));
+    mWindow->setAddCommandWarningText(QStringLiteral("* 命令词长度必须要大于一个字！！！"));
+    shoot(Ui_MainWindow::AddCommandPage, QStringLiteral("add-command"));
+    mWindow->widgets().tableCustom->selectRow(0);
+    mWindow->widgets().buttonEditCommand->click();
+    shoot(Ui_MainWindow::EditCommandPage, QStringLiteral("edit-command"));
+    shoot(Ui_MainWindow::PreferencePage, QStringLiteral("preferences"));
+}
+
+QTEST_MAIN(TestMainWindow)
+#include "tst_mainwindow.moc"
