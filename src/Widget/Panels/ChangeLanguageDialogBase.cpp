@@ -1,0 +1,64 @@
+#include "Widget/Panels/ChangeLanguageDialogBase.h"
+
+#include "Widget/Common/WindowLook.h"
+
+#include <QEvent>
+#include <QPainter>
+#include <QPushButton>
+
+ChangeLanguageDialogBase::ChangeLanguageDialogBase(QWidget* parent, Qt::WindowFlags extraFlags, QRect body)
+    : QDialog(parent), mBody(body)
+{
+    setWindowFlags(WindowLook::kFloatingFlags | extraFlags);
+    setWindowTitle(QStringLiteral("Zorvane"));
+    setAttribute(Qt::WA_TranslucentBackground, WindowLook::compositing());
+    setAttribute(Qt::WA_ShowWithoutActivating);
+    setFocusPolicy(Qt::NoFocus);
+    setStyleSheet(
+        QStringLiteral("QPushButton { border: none; border-radius: 6px; background: #f1f3f7; color: #2b2f36;"
+                       " font-size: 14px; }"
+                       "QPushButton:hover { background: #2f7cf6; color: white; }"
+                       "QPushButton:pressed { background: #1f64d6; color: white; }"));
+    installEventFilter(this);
+}
+
+QPushButton* ChangeLanguageDialogBase::addButton(const QString& text, const QRect& geometry)
+{
+    auto* button = new QPushButton(text, this);
+    button->setGeometry(geometry);
+    button->setFocusPolicy(Qt::NoFocus);
+    button->setCursor(Qt::PointingHandCursor);
+    return button;
+}
+
+bool ChangeLanguageDialogBase::eventFilter(QObject* watched, QEvent* event)
+{
+    if (watched == this) {
+        if (event->type() == QEvent::Enter) {
+            emit signalsMouseEnter();
+        } else if (event->type() == QEvent::Leave && isLeaveReported()) {
+            emit signalsMouseLeave();
+        }
+    }
+    return QDialog::eventFilter(watched, event);
+}
+
+QRect ChangeLanguageDialogBase::body() const
+{
+    return mBody.isValid() ? mBody : rect();
+}
+
+void ChangeLanguageDialogBase::paintEvent(QPaintEvent*)
+{
+    QPainter painter(this);
+    painter.setRenderHint(QPainter::Antialiasing);
+    painter.setPen(QColor(0, 0, 0, 50));
+    painter.setBrush(Qt::white);
+    painter.drawRoundedRect(QRectF(body()).adjusted(0.5, 0.5, -0.5, -0.5), kRadius, kRadius);
+}
+
+void ChangeLanguageDialogBase::resizeEvent(QResizeEvent* event)
+{
+    QDialog::resizeEvent(event);
+    WindowLook::shape(this, body(), kRadius);
+}
