@@ -121,6 +121,22 @@ bool TextTranslatePresenter::isSupportFollowSpeak() const
            mPreferences.textTranslateLanguage <= kLastReadableLanguage;
 }
 
+bool TextTranslatePresenter::grownBoxHeights(int s, int t, int* source, int* target)
+{
+    constexpr int kFitLow = 51;
+    constexpr int kFitHigh = 137;
+    constexpr int kScrolled = 139;
+    constexpr int kGrown = 134;
+    auto fits = [](int height) { return height >= kFitLow && height <= kFitHigh; };
+    // A document of 138 lies between the two rules and changes nothing.
+    if (!(fits(s) || s >= kScrolled) || !(fits(t) || t >= kScrolled)) {
+        return false;
+    }
+    *source = fits(s) ? s : kGrown;
+    *target = fits(t) ? t : kGrown;
+    return true;
+}
+
 QStringList TextTranslatePresenter::readingPieces(QString text)
 {
     for (const QChar mark : QStringLiteral("\n/\\*<>,?")) {

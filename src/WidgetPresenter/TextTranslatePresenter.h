@@ -36,6 +36,9 @@ public:
     bool isSupportFollowSpeak() const;
     UserPreferences preferences() const { return mPreferences; }
 
+    // The box heights for documents of heights s and t: a box grows with its text from 51 to
+    // 137 and stops at 134 above 138, where it scrolls. False: the sizes stay.
+    static bool grownBoxHeights(int s, int t, int* source, int* target);
     // The text of a translation as the voice gets it: marks it would spell out removed, cut
     // into the pieces the synthesis service takes.
     static QStringList readingPieces(QString text);

@@ -33,11 +33,7 @@ constexpr int kDividerY = 165;
 constexpr int kLanguageY = 170;
 constexpr int kTargetTop = 190;
 constexpr int kBoxWidth = 435;
-// Document heights between these fit their box; above, the box stops growing and scrolls.
-constexpr int kFitLow = 51;
-constexpr int kFitHigh = 137;
 constexpr int kScrollFrom = 138;
-constexpr int kGrownBox = 134;
 constexpr int kMsPerPixel = 5;
 
 const QRect kHintRect(138, 8, 180, 30);
@@ -52,11 +48,6 @@ QPushButton* iconButton(QWidget* parent, const QString& icon, const QString& tip
     button->setFocusPolicy(Qt::NoFocus);
     button->setCursor(Qt::PointingHandCursor);
     return button;
-}
-
-bool fits(int height)
-{
-    return height >= kFitLow && height <= kFitHigh;
 }
 
 }  // namespace
@@ -397,18 +388,11 @@ void TextTranslateDialog::onTextChange()
     const int t = static_cast<int>(mTarget->document()->size().height());
     mSource->setVerticalScrollBarPolicy(s < kScrollFrom ? Qt::ScrollBarAlwaysOff : Qt::ScrollBarAsNeeded);
     mTarget->setVerticalScrollBarPolicy(t < kScrollFrom ? Qt::ScrollBarAlwaysOff : Qt::ScrollBarAsNeeded);
-    if (s != mSource->height() || t != mTarget->height()) {
-        const bool sBig = s >= kScrollFrom + 1;
-        const bool tBig = t >= kScrollFrom + 1;
-        if (fits(s) && fits(t)) {
-            setNewTextTranslateView(s, t);
-        } else if (sBig && fits(t)) {
-            setNewTextTranslateView(kGrownBox, t);
-        } else if (fits(s) && tBig) {
-            setNewTextTranslateView(s, kGrownBox);
-        } else if (sBig && tBig) {
-            setNewTextTranslateView(kGrownBox, kGrownBox);
-        }
+    int source = 0;
+    int target = 0;
+    if ((s != mSource->height() || t != mTarget->height()) &&
+        TextTranslatePresenter::grownBoxHeights(s, t, &source, &target)) {
+        setNewTextTranslateView(source, target);
         moveWindow();
     }
     for (TextEdit* box : {mSource, mTarget}) {
