@@ -718,11 +718,13 @@ void TestPanelsSelection::screenshots()
     // The window as a desktop shows it: what its cut or its translucency leaves of it.
     auto shoot = [&folder](QWidget* window, const QString& name) {
         QCoreApplication::processEvents();
-        QImage image(window->size(), QImage::Format_ARGB32_Premultiplied);
+        // render() draws the part its cut leaves, from that part's top left.
+        const QRect shown = window->mask().isEmpty() ? window->rect() : window->mask().boundingRect();
+        QImage image(shown.size(), QImage::Format_ARGB32_Premultiplied);
         image.fill(Qt::transparent);
         QPainter painter(&image);
         if (!window->mask().isEmpty()) {
-            painter.setClipRegion(window->mask());
+            painter.setClipRegion(window->mask().translated(-shown.topLeft()));
         }
         window->render(&painter, QPoint(), QRegion(), QWidget::DrawChildren);
         painter.end();

@@ -6,9 +6,17 @@
 #include <QPainter>
 #include <QPushButton>
 
+// The pictures live in a static library: nothing would pull them into the program otherwise.
+static void initSelectionResources()
+{
+    Q_INIT_RESOURCE(selection);
+}
+
 ChangeLanguageDialogBase::ChangeLanguageDialogBase(QWidget* parent, Qt::WindowFlags extraFlags, QRect body)
     : QDialog(parent), mBody(body)
 {
+    static const bool resources = (initSelectionResources(), true);
+    Q_UNUSED(resources);
     setWindowFlags(WindowLook::kFloatingFlags | extraFlags);
     setWindowTitle(QStringLiteral("Zorvane"));
     setAttribute(Qt::WA_TranslucentBackground, WindowLook::compositing());

@@ -19,6 +19,8 @@ ChangeTranMoreLanguageDialog::ChangeTranMoreLanguageDialog(QWidget* parent)
     setStyleSheet(styleSheet() +
                   QStringLiteral("ComboBox { border: 1px solid #d6d9de; border-radius: 6px; padding: 0 8px;"
                                  " font-size: 14px; color: #2b2f36; background: #fafbfc; }"
+                                 "ComboBox::drop-down { border: none; width: 22px; }"
+                                 "ComboBox::down-arrow { image: url(:/panels/selection/arrow_down.svg); }"
                                  "QLabel { color: #6b7280; font-size: 13px; }"));
     mSource->setGeometry(55, 16, 186, 36);
     mTarget->setGeometry(55, 60, 186, 36);

@@ -119,7 +119,9 @@ void TextTranslateDialog::setupUi()
         "QPushButton { border: none; border-radius: 6px; background: transparent; }"
         "QPushButton:hover { background: #eef0f3; }"
         "ComboBox { border: 1px solid #d6d9de; border-radius: 4px; padding: 0 6px; font-size: 13px;"
-        " color: #2f7cf6; background: white; }"));
+        " color: #2f7cf6; background: white; }"
+        "ComboBox::drop-down { border: none; width: 16px; }"
+        "ComboBox::down-arrow { image: url(:/panels/selection/arrow_down.svg); }"));
     setFixedSize(kWidth, kHeight);
 
     mHint = new QLabel(this);
@@ -498,7 +500,7 @@ void TextTranslateDialog::paintEvent(QPaintEvent*)
     painter.setRenderHint(QPainter::Antialiasing);
     painter.setPen(QColor(0, 0, 0, 45));
     painter.setBrush(Qt::white);
-    painter.drawRoundedRect(QRectF(mFrame->geometry()).adjusted(0.5, 0.5, -0.5, -0.5), kRadius, kRadius);
+    painter.drawRoundedRect(QRectF(cardRect()).adjusted(0.5, 0.5, -0.5, -0.5), kRadius, kRadius);
 }
 
 void TextTranslateDialog::resizeEvent(QResizeEvent* event)
@@ -507,12 +509,19 @@ void TextTranslateDialog::resizeEvent(QResizeEvent* event)
     updateShape();
 }
 
+QRect TextTranslateDialog::cardRect() const
+{
+    // The frame fills the window below the hint band; while the window grows the frame may
+    // still be a step behind, so the card is taken from the window.
+    return rect().adjusted(0, kFrameTop, 0, 0);
+}
+
 void TextTranslateDialog::updateShape()
 {
-    if (mFrame == nullptr) {
+    if (mHint == nullptr) {
         return;
     }
-    WindowLook::shape(this, mFrame->geometry(), kRadius);
+    WindowLook::shape(this, cardRect(), kRadius);
     if (!WindowLook::compositing() && mHint->isVisible()) {
         // The hint floats above the card: the cut keeps its pill too.
         QPainterPath pill;

@@ -95,6 +95,7 @@ private:
     void setReadLook(bool active);
     void stopReading();
     void updateShape();
+    QRect cardRect() const;
 
     TextTranslatePresenter* mPresenter;
     PaddleWordsDialog* mPaddle;
