@@ -286,8 +286,8 @@ void TestPanelsSelection::searchPickerSendsAndHides()
     QVERIFY(picker.windowFlags().testFlag(Qt::WindowDoesNotAcceptFocus));
     QVERIFY(picker.windowFlags().testFlag(Qt::Tool));
     QSignalSpy chosen(&picker, &ChangeSearchLanguageDialog::signalChangeLanguage);
-    QSignalSpy enter(&picker, &ChangeLanguageDialogBase::signalsMouseEnter);
-    QSignalSpy leave(&picker, &ChangeLanguageDialogBase::signalsMouseLeave);
+    QSignalSpy enter(&picker, &FloatingCardDialog::signalsMouseEnter);
+    QSignalSpy leave(&picker, &FloatingCardDialog::signalsMouseLeave);
     const QList<QPushButton*> buttons = picker.findChildren<QPushButton*>();
     QCOMPARE(buttons.size(), 4);
     for (QPushButton* button : buttons) {
@@ -399,7 +399,7 @@ void TestPanelsSelection::moreListPlacementAndLeave()
     QVERIFY(chosen.isEmpty());
 
     // An open list lies outside the card: leaving for it must not start the hide timer.
-    QSignalSpy leave(&more, &ChangeLanguageDialogBase::signalsMouseLeave);
+    QSignalSpy leave(&more, &FloatingCardDialog::signalsMouseLeave);
     more.show();
     QEvent out(QEvent::Leave);
     more.targetList()->showPopup();

@@ -2,7 +2,7 @@
 
 #include <QPushButton>
 
-ChangeSearchLanguageDialog::ChangeSearchLanguageDialog(QWidget* parent) : ChangeLanguageDialogBase(parent)
+ChangeSearchLanguageDialog::ChangeSearchLanguageDialog(QWidget* parent) : FloatingCardDialog(parent)
 {
     setAttribute(Qt::WA_MacAlwaysShowToolWindow);
     setFixedSize(186, 42);

@@ -1,12 +1,11 @@
 #pragma once
 
 #include "Utils/Singleton.h"
-#include "Widget/Panels/ChangeLanguageDialogBase.h"
+#include "Widget/Panels/FloatingCardDialog.h"
 
 // Picks the language of a voice search: Mandarin, Cantonese, Sichuanese or English, sent as
 // the row of the console's dictation box.
-class ChangeSearchLanguageDialog : public ChangeLanguageDialogBase,
-                                   public Singleton<ChangeSearchLanguageDialog> {
+class ChangeSearchLanguageDialog : public FloatingCardDialog, public Singleton<ChangeSearchLanguageDialog> {
     Q_OBJECT
 
 public:

@@ -28,7 +28,7 @@ QString rowText(const char* const text)
 }  // namespace
 
 ChangeTranLanguageDialog::ChangeTranLanguageDialog(QWidget* parent, ChangeTranMoreLanguageDialog* more)
-    : ChangeLanguageDialogBase(parent),
+    : FloatingCardDialog(parent),
       mMore(more != nullptr ? more : ChangeTranMoreLanguageDialog::getInstance(parent)),
       mCustom(addButton(QString(), QRect(218, 40, 70, 36))),
       mMoreButton(addButton(QStringLiteral("更多"), QRect(290, 2, 68, 74)))

@@ -2,14 +2,14 @@
 
 #include "Utils/Singleton.h"
 #include "Utils/UserPreferences.h"
-#include "Widget/Panels/ChangeLanguageDialogBase.h"
+#include "Widget/Panels/FloatingCardDialog.h"
 
 class ChangeTranMoreLanguageDialog;
 class QPushButton;
 
 // Picks the pair of a voice translation from fixed buttons, the pair used last, or "更多"
 // for the two full lists.
-class ChangeTranLanguageDialog : public ChangeLanguageDialogBase, public Singleton<ChangeTranLanguageDialog> {
+class ChangeTranLanguageDialog : public FloatingCardDialog, public Singleton<ChangeTranLanguageDialog> {
     Q_OBJECT
 
 public:

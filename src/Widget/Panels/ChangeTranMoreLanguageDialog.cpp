@@ -8,7 +8,7 @@
 #include <QPushButton>
 
 ChangeTranMoreLanguageDialog::ChangeTranMoreLanguageDialog(QWidget* parent)
-    : ChangeLanguageDialogBase(parent, {}, QRect(0, 0, 252, kFrameHeight)),
+    : FloatingCardDialog(parent, {}, QRect(0, 0, 252, kFrameHeight)),
       mSource(new ComboBox(this)),
       mTarget(new ComboBox(this)),
       mOk(addButton(QStringLiteral("确定"), QRect(60, 110, 66, 24))),

@@ -2,13 +2,13 @@
 
 #include "Utils/Singleton.h"
 #include "Utils/UserPreferences.h"
-#include "Widget/Panels/ChangeLanguageDialogBase.h"
+#include "Widget/Panels/FloatingCardDialog.h"
 
 class ComboBox;
 class QPushButton;
 
 // Picks any pair of spoken and written language from two lists.
-class ChangeTranMoreLanguageDialog : public ChangeLanguageDialogBase,
+class ChangeTranMoreLanguageDialog : public FloatingCardDialog,
                                      public Singleton<ChangeTranMoreLanguageDialog> {
     Q_OBJECT
 

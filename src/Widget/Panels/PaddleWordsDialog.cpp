@@ -2,7 +2,6 @@
 
 #include "SpeechRec/SpeechSynthesisUtils.h"
 #include "Utils/PreferencesUtils.h"
-#include "Widget/Common/WindowLook.h"
 #include "WidgetPresenter/PaddleWordsPresenter.h"
 
 #include <QCursor>
@@ -11,15 +10,7 @@
 #include <QPainter>
 #include <QPushButton>
 
-// The pictures live in a static library: nothing would pull them into the program otherwise.
-static void initSelectionResources()
-{
-    Q_INIT_RESOURCE(selection);
-}
-
 namespace {
-
-constexpr int kRadius = 8;
 
 // The readers of the synthesis service, as its "per" values; there is no 2.
 const struct {
@@ -27,34 +18,14 @@ const struct {
     int value;
 } kReaders[] = {{"女声", 0}, {"男声", 1}, {"洛比", 3}, {"胖谷", 4}};
 
-QPushButton* iconButton(QWidget* parent, const QString& icon, const QString& tip, const QRect& geometry)
-{
-    auto* button = new QPushButton(parent);
-    button->setGeometry(geometry);
-    button->setIcon(QIcon(icon));
-    button->setIconSize(QSize(20, 20));
-    button->setToolTip(tip);
-    button->setFocusPolicy(Qt::NoFocus);
-    button->setCursor(Qt::PointingHandCursor);
-    return button;
-}
-
 }  // namespace
 
 PaddleWordsDialog::PaddleWordsDialog(QWidget* parent, SpeechSynthesisUtils* synthesis)
-    : QDialog(parent),
+    : FloatingCardDialog(parent),
       mPresenter(new PaddleWordsPresenter(this, this)),
       mSynthesis(synthesis != nullptr ? synthesis : SpeechSynthesisUtils::getInstance()),
       mMenu(new QMenu(this))
 {
-    static const bool resources = (initSelectionResources(), true);
-    Q_UNUSED(resources);
-    // It floats over the application whose text is selected and must not take its keyboard.
-    setWindowFlags(WindowLook::kFloatingFlags);
-    setWindowTitle(QStringLiteral("Zorvane"));
-    setAttribute(Qt::WA_TranslucentBackground, WindowLook::compositing());
-    setAttribute(Qt::WA_ShowWithoutActivating);
-    setFocusPolicy(Qt::NoFocus);
     setFixedSize(144, 32);
     setStyleSheet(
         QStringLiteral("QPushButton { border: none; border-radius: 6px; background: transparent; }"
@@ -64,12 +35,12 @@ PaddleWordsDialog::PaddleWordsDialog(QWidget* parent, SpeechSynthesisUtils* synt
     auto* logo = new QLabel(this);
     logo->setGeometry(6, 6, 20, 20);
     logo->setPixmap(QIcon(QStringLiteral(":/panels/selection/paddle_logo.svg")).pixmap(20, 20));
-    mTranslate = iconButton(this, QStringLiteral(":/panels/selection/paddle_translate.svg"),
-                            QStringLiteral("文字翻译"), QRect(32, 2, 35, 29));
-    mRead = iconButton(this, QStringLiteral(":/panels/selection/paddle_read.svg"),
-                       QStringLiteral("中/英文朗读"), QRect(70, 2, 35, 29));
-    mReader = iconButton(this, QStringLiteral(":/panels/selection/paddle_reader.svg"),
-                         QStringLiteral("选择朗读者"), QRect(108, 2, 35, 28));
+    mTranslate = addIconButton(this, QStringLiteral(":/panels/selection/paddle_translate.svg"),
+                               QStringLiteral("文字翻译"), QRect(32, 2, 35, 29), 20);
+    mRead = addIconButton(this, QStringLiteral(":/panels/selection/paddle_read.svg"),
+                          QStringLiteral("中/英文朗读"), QRect(70, 2, 35, 29), 20);
+    mReader = addIconButton(this, QStringLiteral(":/panels/selection/paddle_reader.svg"),
+                            QStringLiteral("选择朗读者"), QRect(108, 2, 35, 28), 20);
 
     mTimer.setInterval(kTickMs);
     connect(&mTimer, &QTimer::timeout, this, &PaddleWordsDialog::onTimeout);
@@ -191,19 +162,10 @@ void PaddleWordsDialog::closeEvent(QCloseEvent* event)
     QDialog::closeEvent(event);
 }
 
-void PaddleWordsDialog::paintEvent(QPaintEvent*)
+void PaddleWordsDialog::paintEvent(QPaintEvent* event)
 {
+    FloatingCardDialog::paintEvent(event);
     QPainter painter(this);
-    painter.setRenderHint(QPainter::Antialiasing);
-    painter.setPen(QColor(0, 0, 0, 50));
-    painter.setBrush(Qt::white);
-    painter.drawRoundedRect(QRectF(rect()).adjusted(0.5, 0.5, -0.5, -0.5), kRadius, kRadius);
     painter.setPen(QColor(0xe1, 0xe4, 0xea));
     painter.drawLine(QPointF(29.5, 7), QPointF(29.5, 25));
-}
-
-void PaddleWordsDialog::resizeEvent(QResizeEvent* event)
-{
-    QDialog::resizeEvent(event);
-    WindowLook::shape(this, rect(), kRadius);
 }

@@ -1,9 +1,9 @@
 #pragma once
 
 #include "Utils/Singleton.h"
+#include "Widget/Panels/FloatingCardDialog.h"
 #include "WidgetPresenter/PaddleWordsView.h"
 
-#include <QDialog>
 #include <QPoint>
 #include <QTimer>
 
@@ -16,7 +16,9 @@ class SpeechSynthesisUtils;
 // The toolbar that opens at the pointer when the user selects text elsewhere: translate the
 // selection, read it aloud, choose the reader. It closes 2.5 s after the pointer left it,
 // except while it reads.
-class PaddleWordsDialog : public QDialog, public PaddleWordsView, public Singleton<PaddleWordsDialog> {
+class PaddleWordsDialog : public FloatingCardDialog,
+                          public PaddleWordsView,
+                          public Singleton<PaddleWordsDialog> {
     Q_OBJECT
 
 public:
@@ -53,7 +55,6 @@ public slots:
 protected:
     void closeEvent(QCloseEvent* event) override;
     void paintEvent(QPaintEvent* event) override;
-    void resizeEvent(QResizeEvent* event) override;
 
 private:
     void createPronPersonMenu();

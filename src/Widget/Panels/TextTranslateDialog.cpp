@@ -5,6 +5,7 @@
 #include "Widget/Common/ComboBox.h"
 #include "Widget/Common/TextEdit.h"
 #include "Widget/Common/WindowLook.h"
+#include "Widget/Panels/FloatingCardDialog.h"
 #include "Widget/Panels/PaddleWordsDialog.h"
 #include "WidgetPresenter/TextTranslatePresenter.h"
 
@@ -37,18 +38,6 @@ constexpr int kScrollFrom = 138;
 constexpr int kMsPerPixel = 5;
 
 const QRect kHintRect(138, 8, 180, 30);
-
-QPushButton* iconButton(QWidget* parent, const QString& icon, const QString& tip, const QRect& geometry)
-{
-    auto* button = new QPushButton(parent);
-    button->setGeometry(geometry);
-    button->setIcon(QIcon(icon));
-    button->setIconSize(QSize(18, 18));
-    button->setToolTip(tip);
-    button->setFocusPolicy(Qt::NoFocus);
-    button->setCursor(Qt::PointingHandCursor);
-    return button;
-}
 
 }  // namespace
 
@@ -135,12 +124,12 @@ void TextTranslateDialog::setupUi()
     mTitle = new QLabel(QStringLiteral("文字翻译"), mFrame);
     mTitle->setObjectName(QStringLiteral("title"));
     mTitle->setGeometry(14, 8, 200, 26);
-    mClose = iconButton(mFrame, QStringLiteral(":/panels/selection/text_close.svg"), QStringLiteral("关闭"),
-                        QRect(422, 8, 26, 26));
+    mClose = FloatingCardDialog::addIconButton(mFrame, QStringLiteral(":/panels/selection/text_close.svg"),
+                                               QStringLiteral("关闭"), QRect(422, 8, 26, 26), 18);
 
     mSource = new TextEdit(mFrame);
-    mEdit = iconButton(mFrame, QStringLiteral(":/panels/selection/text_edit.svg"), QStringLiteral("编辑原文"),
-                       QRect(0, 0, 26, 26));
+    mEdit = FloatingCardDialog::addIconButton(mFrame, QStringLiteral(":/panels/selection/text_edit.svg"),
+                                              QStringLiteral("编辑原文"), QRect(0, 0, 26, 26), 18);
     mDivider = new QFrame(mFrame);
     mDivider->setObjectName(QStringLiteral("divider"));
     mLanguageRow = new QWidget(mFrame);
@@ -153,12 +142,12 @@ void TextTranslateDialog::setupUi()
     for (const char* name : kConsoleTargetLabels) {
         mLanguage->addItem(QString::fromUtf8(name));
     }
-    mRead = iconButton(mFrame, QStringLiteral(":/panels/selection/paddle_read.svg"),
-                       QStringLiteral("朗读译文"), QRect(0, 0, 26, 20));
+    mRead = FloatingCardDialog::addIconButton(mFrame, QStringLiteral(":/panels/selection/paddle_read.svg"),
+                                              QStringLiteral("朗读译文"), QRect(0, 0, 26, 20), 18);
     mTarget = new TextEdit(mFrame);
     mTarget->setContextMenuPolicy(Qt::CustomContextMenu);
-    mCopy = iconButton(mFrame, QStringLiteral(":/panels/selection/text_copy.svg"), QStringLiteral("复制译文"),
-                       QRect(0, 0, 26, 26));
+    mCopy = FloatingCardDialog::addIconButton(mFrame, QStringLiteral(":/panels/selection/text_copy.svg"),
+                                              QStringLiteral("复制译文"), QRect(0, 0, 26, 26), 18);
     for (TextEdit* box : {mSource, mTarget}) {
         box->setReadOnly(true);
         box->setHorizontalScrollBarPolicy(Qt::ScrollBarAlwaysOff);
@@ -497,10 +486,7 @@ void TextTranslateDialog::closeEvent(QCloseEvent* event)
 void TextTranslateDialog::paintEvent(QPaintEvent*)
 {
     QPainter painter(this);
-    painter.setRenderHint(QPainter::Antialiasing);
-    painter.setPen(QColor(0, 0, 0, 45));
-    painter.setBrush(Qt::white);
-    painter.drawRoundedRect(QRectF(cardRect()).adjusted(0.5, 0.5, -0.5, -0.5), kRadius, kRadius);
+    FloatingCardDialog::paintCard(&painter, cardRect(), kRadius);
 }
 
 void TextTranslateDialog::resizeEvent(QResizeEvent* event)

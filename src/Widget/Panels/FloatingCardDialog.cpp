@@ -1,4 +1,4 @@
-#include "Widget/Panels/ChangeLanguageDialogBase.h"
+#include "Widget/Panels/FloatingCardDialog.h"
 
 #include "Widget/Common/WindowLook.h"
 
@@ -12,7 +12,7 @@ static void initSelectionResources()
     Q_INIT_RESOURCE(selection);
 }
 
-ChangeLanguageDialogBase::ChangeLanguageDialogBase(QWidget* parent, Qt::WindowFlags extraFlags, QRect body)
+FloatingCardDialog::FloatingCardDialog(QWidget* parent, Qt::WindowFlags extraFlags, QRect body)
     : QDialog(parent), mBody(body)
 {
     static const bool resources = (initSelectionResources(), true);
@@ -30,7 +30,7 @@ ChangeLanguageDialogBase::ChangeLanguageDialogBase(QWidget* parent, Qt::WindowFl
     installEventFilter(this);
 }
 
-QPushButton* ChangeLanguageDialogBase::addButton(const QString& text, const QRect& geometry)
+QPushButton* FloatingCardDialog::addButton(const QString& text, const QRect& geometry)
 {
     auto* button = new QPushButton(text, this);
     button->setGeometry(geometry);
@@ -39,7 +39,7 @@ QPushButton* ChangeLanguageDialogBase::addButton(const QString& text, const QRec
     return button;
 }
 
-bool ChangeLanguageDialogBase::eventFilter(QObject* watched, QEvent* event)
+bool FloatingCardDialog::eventFilter(QObject* watched, QEvent* event)
 {
     if (watched == this) {
         if (event->type() == QEvent::Enter) {
@@ -51,21 +51,39 @@ bool ChangeLanguageDialogBase::eventFilter(QObject* watched, QEvent* event)
     return QDialog::eventFilter(watched, event);
 }
 
-QRect ChangeLanguageDialogBase::body() const
+QRect FloatingCardDialog::body() const
 {
     return mBody.isValid() ? mBody : rect();
 }
 
-void ChangeLanguageDialogBase::paintEvent(QPaintEvent*)
+void FloatingCardDialog::paintCard(QPainter* painter, const QRect& card, int radius)
 {
-    QPainter painter(this);
-    painter.setRenderHint(QPainter::Antialiasing);
-    painter.setPen(QColor(0, 0, 0, 50));
-    painter.setBrush(Qt::white);
-    painter.drawRoundedRect(QRectF(body()).adjusted(0.5, 0.5, -0.5, -0.5), kRadius, kRadius);
+    painter->setRenderHint(QPainter::Antialiasing);
+    painter->setPen(QColor(0, 0, 0, 50));
+    painter->setBrush(Qt::white);
+    painter->drawRoundedRect(QRectF(card).adjusted(0.5, 0.5, -0.5, -0.5), radius, radius);
 }
 
-void ChangeLanguageDialogBase::resizeEvent(QResizeEvent* event)
+QPushButton* FloatingCardDialog::addIconButton(QWidget* parent, const QString& icon, const QString& tip,
+                                               const QRect& geometry, int iconSize)
+{
+    auto* button = new QPushButton(parent);
+    button->setGeometry(geometry);
+    button->setIcon(QIcon(icon));
+    button->setIconSize(QSize(iconSize, iconSize));
+    button->setToolTip(tip);
+    button->setFocusPolicy(Qt::NoFocus);
+    button->setCursor(Qt::PointingHandCursor);
+    return button;
+}
+
+void FloatingCardDialog::paintEvent(QPaintEvent*)
+{
+    QPainter painter(this);
+    paintCard(&painter, body(), kRadius);
+}
+
+void FloatingCardDialog::resizeEvent(QResizeEvent* event)
 {
     QDialog::resizeEvent(event);
     WindowLook::shape(this, body(), kRadius);
