@@ -324,6 +324,11 @@ void InputPresenter::startCloseViewTimer()
 
 // ---- engines
 
+void InputPresenter::setDeviceEnable(bool enable)
+{
+    qCInfo(lcInput) << "device enable" << enable;
+}
+
 bool InputPresenter::checkDeviceEnable() const
 {
     return mDeviceManager != nullptr && mDeviceManager->state() == 1 && mDeviceManager->isReady();

@@ -100,6 +100,9 @@ public:
     bool isPaddle() const { return mUserPreferences.textTranslateMode != 0; }
     bool isTextReadingMode() const { return mUserPreferences.textReadingMode != 0; }
     void setAudioEnable(bool enable);
+    // The console's word on the battery. Sessions go on while the mouse's link is up: a low
+    // battery is told by the battery panel, not by a voice key that stops answering.
+    void setDeviceEnable(bool enable);
 
     // True when the text was a built-in command or one of the user's command words.
     bool handleCommand(QString text);

@@ -85,7 +85,10 @@ void TestMainWindow::initTestCase()
         QVERIFY(dialog != nullptr && dialog->checkBox()->isChecked());
         dialog->submitButton()->click();
     });
-    mWindow = MainWindow::getInstance(nullptr, &c);
+    // The voice side hears the same mouse; it needs no engine here.
+    InputPresenter::Collaborators voice;
+    voice.device = &mDevice;
+    mWindow = MainWindow::getInstance(nullptr, &c, &voice);
     QCOMPARE(asked, QStringLiteral("AppAutoRunDialog"));
     QVERIFY(autoRun->isAppAutoRun());
     QCOMPARE(mWindow->getCurrentStackedWidgetIndex(), 0);

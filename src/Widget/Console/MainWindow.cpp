@@ -18,6 +18,8 @@
 #include "Widget/Notices/CalendarPhrasesDialog.h"
 #include "Widget/Notices/LowbatDialog.h"
 #include "Widget/Notices/RestDialog.h"
+#include "Widget/Panels/InputDialog.h"
+#include "Widget/Panels/PaddleWordsDialog.h"
 
 #include <QAbstractItemView>
 #include <QButtonGroup>
@@ -64,7 +66,8 @@ void setChecked(QAbstractButton* button, bool checked)
 
 }  // namespace
 
-MainWindow::MainWindow(QWidget* parent, const MainWindowPresenter::Collaborators* collaborators)
+MainWindow::MainWindow(QWidget* parent, const MainWindowPresenter::Collaborators* collaborators,
+                       const InputPresenter::Collaborators* voice)
     : QMainWindow(parent), mNotices(nullptr)
 {
     mUi.setupUi(this);
@@ -86,7 +89,7 @@ MainWindow::MainWindow(QWidget* parent, const MainWindowPresenter::Collaborators
     }
     mPresenter = new MainWindowPresenter(this, c, this);
 
-    initDatas();
+    initDatas(voice);
     initViews();
     setListener();
     initAddCommandView();
@@ -100,10 +103,18 @@ MainWindow::~MainWindow()
     delete mPresenter;
 }
 
-void MainWindow::initDatas()
+void MainWindow::initDatas(const InputPresenter::Collaborators* voice)
 {
     mLowbatDialog = LowbatDialog::getInstance(nullptr);
     mUpdateDialog = UpdateDialog::getInstance(this);
+    // The voice strip and the session logic behind every panel.
+    mInputDialog = InputDialog::getInstance(nullptr, voice);
+    connect(mPresenter, &MainWindowPresenter::signalLocalIpId, mInputDialog, &InputDialog::onLocalIpId);
+    connect(mPresenter, &MainWindowPresenter::signalLoadUserCommandWord, mInputDialog,
+            &InputDialog::onGetUserCommandWord);
+    connect(mPresenter, &MainWindowPresenter::signalDirectUIsToInput, mInputDialog, &InputDialog::onGetDirectUIs);
+    connect(this, &MainWindow::signalsMouseEnter, mInputDialog, &InputDialog::onMouseEnterMainwindow);
+    connect(this, &MainWindow::signalsMouseLeave, mInputDialog, &InputDialog::onMouseLeaveMainwindow);
     connect(mPresenter, &MainWindowPresenter::signalAppVersion, mUpdateDialog, &UpdateDialog::onVersion);
     connect(mLowbatDialog, &LowbatDialog::signalLowbatNoLongerRemind, mPresenter,
             &MainWindowPresenter::recvLowbatSignalNoLongerRemind);
@@ -202,6 +213,10 @@ void MainWindow::setListener()
         p->onCheckTextTranslateMode(checked);
         if (!checked) {
             SpeechSynthesisUtils::getInstance()->stop();
+            PaddleWordsDialog* toolbar = PaddleWordsDialog::getInstance(nullptr);
+            if (toolbar->isVisible()) {
+                toolbar->toHide();
+            }
         }
     });
     connect(ui.calendarPhrases.onOff, &QCheckBox::clicked, p,
@@ -703,10 +718,13 @@ void MainWindow::showLamplightModule(int module)
 
 int MainWindow::getCurVolume()
 {
-    return 0;
+    return mInputDialog->getCurVolume();
 }
 
-void MainWindow::setDeviceEnable(bool) {}
+void MainWindow::setDeviceEnable(bool enable)
+{
+    mInputDialog->setDeviceEnable(enable);
+}
 
 // ---- MainWindowView: the device's pictures and name
 

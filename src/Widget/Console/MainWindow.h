@@ -5,6 +5,7 @@
 #include "Widget/Console/Ui_MainWindow.h"
 #include "Widget/Console/WidgetPathPicker.h"
 #include "Widget/Notices/WidgetConsoleNotices.h"
+#include "WidgetPresenter/InputPresenter.h"
 #include "WidgetPresenter/MainWindowPresenter.h"
 #include "WidgetPresenter/MainWindowView.h"
 
@@ -12,6 +13,7 @@
 #include <QPoint>
 
 class FeedbackDialog;
+class InputDialog;
 class LowbatDialog;
 class QMenu;
 class UpdateDialog;
@@ -32,6 +34,7 @@ public:
     QMenu* menu() const { return mMenu; }
     LowbatDialog* lowbatDialog() const { return mLowbatDialog; }
     UpdateDialog* updateDialog() const { return mUpdateDialog; }
+    InputDialog* inputDialog() const { return mInputDialog; }
 
     // MainWindowView
     bool isShow() override;
@@ -151,7 +154,7 @@ private:
     explicit MainWindow(QWidget* parent = nullptr,
                         const MainWindowPresenter::Collaborators* collaborators = nullptr);
 
-    void initDatas();
+    void initDatas(const InputPresenter::Collaborators* voice);
     void initViews();
     void setListener();
     void initAddCommandView();
@@ -176,6 +179,7 @@ private:
     LowbatDialog* mLowbatDialog = nullptr;
     UpdateDialog* mUpdateDialog = nullptr;
     FeedbackDialog* mFeedback = nullptr;
+    InputDialog* mInputDialog = nullptr;
     QMenu* mMenu = nullptr;
     bool mTranslucent = false;
     bool mDragging = false;
