@@ -45,18 +45,21 @@ QString removeAll(QString text, const QStringList& signs)
 
 }  // namespace
 
-FocusFollowPanelPresenter::FocusFollowPanelPresenter(FocusFollowPanelView* view, const Collaborators& collaborators,
-                                                     QObject* parent)
+FocusFollowPanelPresenter::FocusFollowPanelPresenter(FocusFollowPanelView* view,
+                                                     const Collaborators& collaborators, QObject* parent)
     : QObject(parent), mPanelView(view), mHttp(collaborators.http)
 {
     PreferencesUtils* store = PreferencesUtils::getInstance();
     mPreferences = store->getUserPreferences();
-    connect(store, &PreferencesUtils::signalPreferencesChange, this, &FocusFollowPanelPresenter::onChangePreferences);
+    connect(store, &PreferencesUtils::signalPreferencesChange, this,
+            &FocusFollowPanelPresenter::onChangePreferences);
     if (collaborators.baidu != nullptr) {
-        connect(collaborators.baidu, &BaiduSpeech::signalVolume, this, &FocusFollowPanelPresenter::onRecVolume);
+        connect(collaborators.baidu, &BaiduSpeech::signalVolume, this,
+                &FocusFollowPanelPresenter::onRecVolume);
     }
     if (collaborators.ifly != nullptr) {
-        connect(collaborators.ifly, &IFlyWebSpeech::signalVolume, this, &FocusFollowPanelPresenter::onRecVolume);
+        connect(collaborators.ifly, &IFlyWebSpeech::signalVolume, this,
+                &FocusFollowPanelPresenter::onRecVolume);
     }
     mTranslateTimer.setSingleShot(true);
     mTranslateTimer.setInterval(kTranslateDelayMs);
@@ -161,8 +164,8 @@ void FocusFollowPanelPresenter::onTranslateTimeout()
     }
     QPointer<FocusFollowPanelPresenter> self(this);
     mHttp->baiduTranslate(
-        mCurrentIpId, sourceLanguage(), LanguageTables::translateCode(mPreferences.voiceTranslateTargetLanguage),
-        mSourceText,
+        mCurrentIpId, sourceLanguage(),
+        LanguageTables::translateCode(mPreferences.voiceTranslateTargetLanguage), mSourceText,
         [self](bool ok, BaiduTranslateMessage message) {
             if (self) {
                 self->onTranslateResult(ok, message);
@@ -192,17 +195,18 @@ void FocusFollowPanelPresenter::onTranslateResult(bool ok, const BaiduTranslateM
             } else {
                 mPanelView->setTranslateStatus(0);
                 if (isDelSign()) {
-                    result = removeAll(result, {QStringLiteral("。"), QStringLiteral("."), QStringLiteral("!"),
-                                                QStringLiteral("！"), QStringLiteral("？"), QStringLiteral("?"),
-                                                QStringLiteral(","), QStringLiteral("，")});
+                    result =
+                        removeAll(result, {QStringLiteral("。"), QStringLiteral("."), QStringLiteral("!"),
+                                           QStringLiteral("！"), QStringLiteral("？"), QStringLiteral("?"),
+                                           QStringLiteral(","), QStringLiteral("，")});
                 }
                 const int row = targetRow(mPreferences.voiceTranslateTargetLanguage);
                 if (needsTraditional(row) && mHttp != nullptr) {
                     // The service's Cantonese comes in the simplified script; a second, blocking
                     // request turns it into the traditional one, which is what is shown and typed.
                     BaiduTranslateMessage traditional;
-                    mHttp->syncBaiduTranslate(mCurrentIpId, sourceLanguage(), LanguageTables::translateCode(1),
-                                              result, &traditional);
+                    mHttp->syncBaiduTranslate(mCurrentIpId, sourceLanguage(),
+                                              LanguageTables::translateCode(1), result, &traditional);
                     result = joined(traditional);
                 }
                 mTranslateResult = result;
@@ -220,8 +224,9 @@ void FocusFollowPanelPresenter::outputResult()
 {
     QString result = mTranslateResult;
     if (isDelSign()) {
-        result = removeAll(result, {QStringLiteral("。"), QStringLiteral("？"), QStringLiteral("?"), QStringLiteral(","),
-                                    QStringLiteral("，"), QStringLiteral("!"), QStringLiteral("！")});
+        result = removeAll(
+            result, {QStringLiteral("。"), QStringLiteral("？"), QStringLiteral("?"), QStringLiteral(","),
+                     QStringLiteral("，"), QStringLiteral("!"), QStringLiteral("！")});
     }
     if (!result.isEmpty()) {
         WinUtils::getInstance()->sendInput(result);
@@ -236,7 +241,8 @@ void FocusFollowPanelPresenter::onChangePreferences(UserPreferences preferences)
     if (isVoiceTranslateMode()) {
         const QString source =
             QString::fromUtf8(kIFlyLanguages[speechRow(mPreferences.voiceTranslateSourceLanguage)].glyph);
-        const QString target = LanguageTables::translateGlyph(targetRow(mPreferences.voiceTranslateTargetLanguage));
+        const QString target =
+            LanguageTables::translateGlyph(targetRow(mPreferences.voiceTranslateTargetLanguage));
         mPanelView->setTranslateTextSourceLanguageName(source);
         mPanelView->setInitTranslateSrcLanguage(source);
         mPanelView->setTranslateTextTargetLanguageName(target);
@@ -244,8 +250,8 @@ void FocusFollowPanelPresenter::onChangePreferences(UserPreferences preferences)
     } else if (mPreferences.voiceTranslateSourceLanguage == 2) {
         mPanelView->setDictationTextLanguageName(QStringLiteral("四川话"));
     } else {
-        mPanelView->setDictationTextLanguageName(
-            QString::fromUtf8(kTranslateLanguages[targetRow(mPreferences.voiceTranslateTargetLanguage)].name));
+        mPanelView->setDictationTextLanguageName(QString::fromUtf8(
+            kTranslateLanguages[targetRow(mPreferences.voiceTranslateTargetLanguage)].name));
     }
     mPanelView->changeMenuEnterStatus(mPreferences.isEnterSend);
     mPanelView->changeMenuSpaceStatus(mPreferences.isSpaceSend);
@@ -274,8 +280,9 @@ bool FocusFollowPanelPresenter::boxHeights(int s, int t, int currentS, int curre
 
 QString FocusFollowPanelPresenter::readableText(QString text)
 {
-    return removeAll(text, {QStringLiteral("\n"), QStringLiteral("/"), QStringLiteral("\\"), QStringLiteral("*"),
-                            QStringLiteral("<"), QStringLiteral(">"), QStringLiteral(","), QStringLiteral("?")});
+    return removeAll(text,
+                     {QStringLiteral("\n"), QStringLiteral("/"), QStringLiteral("\\"), QStringLiteral("*"),
+                      QStringLiteral("<"), QStringLiteral(">"), QStringLiteral(","), QStringLiteral("?")});
 }
 
 QStringList FocusFollowPanelPresenter::readingPieces(const QString& text)

@@ -39,12 +39,12 @@ public:
 
     // What the panel does on a request to hide, decided from its state and the translation's.
     struct HidePlan {
-        bool stay = false;        // nothing more: a reading or an unfinished translation holds it
-        bool hideWindow = false;  // the window goes out of sight
-        bool deliver = false;     // outputResult()
-        bool waitingHide = false; // toWaitingHide() decides later
-        bool clearEdit = false;   // the edit state ends
-        bool clear = false;       // boxes and result are emptied
+        bool stay = false;         // nothing more: a reading or an unfinished translation holds it
+        bool hideWindow = false;   // the window goes out of sight
+        bool deliver = false;      // outputResult()
+        bool waitingHide = false;  // toWaitingHide() decides later
+        bool clearEdit = false;    // the edit state ends
+        bool clear = false;        // boxes and result are emptied
     };
 
     FocusFollowPanelPresenter(FocusFollowPanelView* view, const Collaborators& collaborators,
@@ -54,6 +54,7 @@ public:
     virtual void translate(QString text);
     void outputResult();
     bool isTranslateFinish() const { return mTranslateFinish; }
+    void setTranslateFinish(bool finish) { mTranslateFinish = finish; }
     bool isAutoSendMode() const { return mPreferences.isAutoSendMode != 0; }
     bool isEnterKeySend() const { return mPreferences.isEnterSend != 0; }
     bool isSpaceKeySend() const { return mPreferences.isSpaceSend != 0; }

@@ -6,7 +6,8 @@
 
 FocusFollowPresenter::FocusFollowPresenter(FocusFollowView* view, QObject* parent)
     : FocusFollowPresenter(
-          view, Collaborators{HttpManager::getInstance(), BaiduSpeech::getInstance(), IFlyWebSpeech::getInstance()},
+          view,
+          Collaborators{HttpManager::getInstance(), BaiduSpeech::getInstance(), IFlyWebSpeech::getInstance()},
           parent)
 {
 }

@@ -19,7 +19,8 @@ public:
     };
 
     explicit FocusFollowPresenter(FocusFollowView* view, QObject* parent = nullptr);
-    FocusFollowPresenter(FocusFollowView* view, const Collaborators& collaborators, QObject* parent = nullptr);
+    FocusFollowPresenter(FocusFollowView* view, const Collaborators& collaborators,
+                         QObject* parent = nullptr);
 
     bool isHidden();
     void toHide();

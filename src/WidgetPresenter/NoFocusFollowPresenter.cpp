@@ -7,7 +7,8 @@
 
 NoFocusFollowPresenter::NoFocusFollowPresenter(NoFocusFollowView* view, QObject* parent)
     : NoFocusFollowPresenter(
-          view, Collaborators{HttpManager::getInstance(), BaiduSpeech::getInstance(), IFlyWebSpeech::getInstance()},
+          view,
+          Collaborators{HttpManager::getInstance(), BaiduSpeech::getInstance(), IFlyWebSpeech::getInstance()},
           parent)
 {
 }
