@@ -14,7 +14,8 @@
 #include <QWindow>
 #include <QX11Info>
 
-#include <xcb/xcb.h>
+// Last: Xlib's macros (None, Bool, KeyPress) would clash with Qt's names.
+#include <X11/Xlib.h>
 
 FocusFollowDialog::FocusFollowDialog(QWidget* parent) : FocusFollowDialog(parent, {}, nullptr) {}
 
@@ -244,13 +245,10 @@ void FocusFollowDialog::takeFocusForEdit()
         return;
     }
     if (mFocusBeforeEdit == 0) {
-        xcb_connection_t* connection = QX11Info::connection();
-        xcb_get_input_focus_reply_t* reply =
-            xcb_get_input_focus_reply(connection, xcb_get_input_focus(connection), nullptr);
-        if (reply != nullptr) {
-            mFocusBeforeEdit = reply->focus;
-            free(reply);
-        }
+        Window focus = 0;
+        int revert = 0;
+        XGetInputFocus(QX11Info::display(), &focus, &revert);
+        mFocusBeforeEdit = static_cast<quint32>(focus);
     }
     window->setFlag(Qt::WindowDoesNotAcceptFocus, false);
     window->requestActivate();
@@ -263,10 +261,10 @@ void FocusFollowDialog::giveFocusBack()
         return;
     }
     window->setFlag(Qt::WindowDoesNotAcceptFocus, true);
-    if (mFocusBeforeEdit != 0 && QGuiApplication::platformName() == QLatin1String("xcb")) {
-        xcb_connection_t* connection = QX11Info::connection();
-        xcb_set_input_focus(connection, XCB_INPUT_FOCUS_PARENT, mFocusBeforeEdit, XCB_CURRENT_TIME);
-        xcb_flush(connection);
+    // PointerRoot (1) and nothing (0) are no window to give the keyboard back to.
+    if (mFocusBeforeEdit > 1 && QGuiApplication::platformName() == QLatin1String("xcb")) {
+        XSetInputFocus(QX11Info::display(), mFocusBeforeEdit, RevertToParent, CurrentTime);
+        XFlush(QX11Info::display());
     }
     mFocusBeforeEdit = 0;
 }

@@ -1,6 +1,7 @@
 #include "Widget/Panels/FocusFollowPanel.h"
 
 #include "SpeechRec/SpeechSynthesisUtils.h"
+#include "Utils/WinUtils.h"
 #include "Widget/Common/WindowLook.h"
 
 #include <QAbstractTextDocumentLayout>
@@ -90,6 +91,8 @@ QTextEdit* textBox(QWidget* parent, const QRect& geometry, const QString& color)
 FocusFollowPanel::FocusFollowPanel(QWidget* parent, SpeechSynthesisUtils* synthesis)
     : QDialog(parent), mSynthesis(synthesis), mTranslucent(WindowLook::compositing())
 {
+    // The pictures live in the static widget library; nothing else would pull them in.
+    Q_INIT_RESOURCE(follow);
     setWindowTitle(QStringLiteral("Zorvane"));
     setWindowFlags(WindowLook::kFloatingFlags);
     setAttribute(Qt::WA_ShowWithoutActivating);
@@ -141,6 +144,11 @@ void FocusFollowPanel::setupUi(FocusFollowPanelPresenter* presenter)
     buildTranslatePages();
     buildMicPage();
     buildMenus();
+    for (int i = 0; i < 3; ++i) {
+        mBars[i].label->setObjectName(QStringLiteral("levelBar%1").arg(i));
+    }
+    mReadButton->setObjectName(QStringLiteral("readButton"));
+    mEditButton->setObjectName(QStringLiteral("editButton"));
     mStack->setContextMenuPolicy(Qt::CustomContextMenu);
     connect(mStack, &QWidget::customContextMenuRequested, this, &FocusFollowPanel::onShortMenu);
     resize(kDictationWidth, kDictationHeight);
@@ -154,6 +162,7 @@ void FocusFollowPanel::buildDictationPage()
     QWidget* page = mPages[FocusFollowPanelPresenter::DictationPage];
     mDictationLanguage = imageLabel(page, QStringLiteral(":/zh_res/res_1080/Input/dictation_text0001.png"),
                                     QRect(22, 24, 80, 26));
+    mDictationLanguage->setObjectName(QStringLiteral("dictationLanguage"));
     mDictationLanguage->installEventFilter(this);
     mDictationMic = imageLabel(page, QString(), QRect(38, 60, 48, 48));
     mBars[0].label = imageLabel(page, QString(), QRect(38, 60, 48, 48));
@@ -171,6 +180,8 @@ void FocusFollowPanel::buildTranslatePages()
         mSourceLanguage[i]->setGeometry(kSourceLabelX, header, 30, 30);
         mTargetLanguage[i] = new QLabel(QStringLiteral("英"), page);
         mTargetLanguage[i]->setGeometry(kTargetLabelX, header, 30, 30);
+        mSourceLanguage[i]->setObjectName(QStringLiteral("sourceLanguage%1").arg(i));
+        mTargetLanguage[i]->setObjectName(QStringLiteral("targetLanguage%1").arg(i));
         for (QLabel* label : {mSourceLanguage[i], mTargetLanguage[i]}) {
             label->setAlignment(Qt::AlignCenter);
             label->setStyleSheet(badgeSheet(false));
@@ -376,7 +387,7 @@ void FocusFollowPanel::moveChangeTranLanguageDialog(int x, int y)
     if (mPicker == nullptr) {
         return;
     }
-    const QRect area = screen() != nullptr ? screen()->geometry() : QRect(0, 0, 1920, 1080);
+    const QRect area = WinUtils::getInstance()->getScreen();
     const int overRight = x + mPicker->width() - area.right() - 1;
     if (overRight > 0) {
         x -= overRight;
@@ -456,6 +467,10 @@ void FocusFollowPanel::changeVolume(ProgressBar* bar, int level, int page)
     const double pause = 40.0 / std::abs(delta) - 1;
     while (bar->value != level) {
         QCoreApplication::processEvents();
+        // A level update run from inside processEvents may already have got there.
+        if (bar->value == level) {
+            break;
+        }
         bar->value += bar->value < level ? 1 : -1;
         if (bar->value < kLevelVisibleFrom) {
             bar->label->hide();
@@ -767,34 +782,36 @@ void FocusFollowPanel::textChange()
     }
 }
 
+QRect FocusFollowPanel::targetGeometry(QWidget* widget) const
+{
+    // Where a widget will end once the running growth is over.
+    for (int i = 0; i < mGrowth->animationCount(); ++i) {
+        auto* animation = static_cast<QPropertyAnimation*>(mGrowth->animationAt(i));
+        if (animation->targetObject() == widget && mGrowth->state() == QAbstractAnimation::Running) {
+            return animation->endValue().toRect();
+        }
+    }
+    return widget->geometry();
+}
+
 void FocusFollowPanel::setChangeTranslateView(int s, int t, int msPerPixel)
 {
-    const int ds = s - mSourceBox->height();
-    const int dt = t - mTargetBox->height();
-    const int grow = ds + dt;
-    // Targets are taken from where each widget will end, so a change during a running growth
+    // Measured from where the boxes are going, so that a change during a running growth
     // continues from there rather than from a half-way frame.
-    auto target = [this](QWidget* widget) {
-        for (int i = 0; i < mGrowth->animationCount(); ++i) {
-            auto* animation = static_cast<QPropertyAnimation*>(mGrowth->animationAt(i));
-            if (animation->targetObject() == widget) {
-                return animation->endValue().toRect();
-            }
-        }
-        return widget->geometry();
-    };
+    const int ds = s - targetGeometry(mSourceBox).height();
+    const int dt = t - targetGeometry(mTargetBox).height();
+    const int grow = ds + dt;
     QList<QPair<QWidget*, QRect>> moves;
-    const QRect panel = target(this);
-    moves << qMakePair(static_cast<QWidget*>(this), panel.adjusted(0, 0, 0, grow));
-    moves << qMakePair(static_cast<QWidget*>(mStack), target(mStack).adjusted(0, 0, 0, grow));
-    moves << qMakePair(static_cast<QWidget*>(mTextFrame), target(mTextFrame).adjusted(0, 0, 0, grow));
-    moves << qMakePair(static_cast<QWidget*>(mSourceBox), target(mSourceBox).adjusted(0, 0, 0, ds));
-    moves << qMakePair(static_cast<QWidget*>(mBoxLine), target(mBoxLine).translated(0, ds));
+    moves << qMakePair(static_cast<QWidget*>(this), targetGeometry(this).adjusted(0, 0, 0, grow));
+    moves << qMakePair(static_cast<QWidget*>(mStack), targetGeometry(mStack).adjusted(0, 0, 0, grow));
+    moves << qMakePair(static_cast<QWidget*>(mTextFrame), targetGeometry(mTextFrame).adjusted(0, 0, 0, grow));
+    moves << qMakePair(static_cast<QWidget*>(mSourceBox), targetGeometry(mSourceBox).adjusted(0, 0, 0, ds));
+    moves << qMakePair(static_cast<QWidget*>(mBoxLine), targetGeometry(mBoxLine).translated(0, ds));
     moves << qMakePair(static_cast<QWidget*>(mTargetBox),
-                       target(mTargetBox).translated(0, ds).adjusted(0, 0, 0, dt));
+                       targetGeometry(mTargetBox).translated(0, ds).adjusted(0, 0, 0, dt));
     for (QWidget* below : {static_cast<QWidget*>(mSendButton), static_cast<QWidget*>(mSendSeparator),
                            static_cast<QWidget*>(mSendModeButton)}) {
-        moves << qMakePair(below, target(below).translated(0, grow));
+        moves << qMakePair(below, targetGeometry(below).translated(0, grow));
     }
     mGrowth->stop();
     mGrowth->clear();

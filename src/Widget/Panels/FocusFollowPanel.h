@@ -125,6 +125,7 @@ protected:
     void setCurrentIndex(int page);
     void layoutTranslatePage(int height, int frameHeight, bool sendRow);
     void setChangeTranslateView(int s, int t, int msPerPixel);
+    QRect targetGeometry(QWidget* widget) const;
     bool pickerVisible() const;
     bool cursorOnPickers() const;
     void hidePickers();
