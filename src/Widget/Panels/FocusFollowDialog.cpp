@@ -7,6 +7,7 @@
 #include <QGuiApplication>
 #include <QLabel>
 #include <QMenu>
+#include <QPolygon>
 #include <QPushButton>
 #include <QScrollBar>
 #include <QStackedWidget>
@@ -99,7 +100,10 @@ void FocusFollowDialog::reshape()
 {
     FocusFollowPanel::reshape();
     if (!WindowLook::compositing() && mArrow != nullptr && mArrow->isVisibleTo(this)) {
-        setMask(mask() + QRegion(mArrow->geometry()));
+        const QRect arrow = mArrow->geometry();
+        const QPolygon triangle({arrow.bottomLeft() + QPoint(0, 1), QPoint(arrow.center().x(), arrow.top()),
+                                 arrow.bottomRight() + QPoint(1, 1)});
+        setMask(mask() + QRegion(triangle));
     }
 }
 

@@ -190,7 +190,7 @@ void FocusFollowPanel::buildTranslatePages()
         }
         imageLabel(page, QStringLiteral(":/panels/follow/arrow_right.svg"), QRect(47, header + 8, 18, 14));
         mTranslateMic[i] = imageLabel(
-            page, QString(), i == 0 ? QRect(162, header - 6, 40, 40) : QRect(159, frameTop() - 48, 42, 42));
+            page, QString(), i == 0 ? QRect(162, header - 3, 40, 40) : QRect(159, frameTop() - 48, 42, 42));
         mBars[i + 1].label = imageLabel(page, QString(), mTranslateMic[i]->geometry());
         mBars[i + 1].label->hide();
     }
