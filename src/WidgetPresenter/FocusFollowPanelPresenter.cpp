@@ -141,6 +141,22 @@ void FocusFollowPanelPresenter::storeSource(const QString& text)
     mSourceText = text;
 }
 
+bool FocusFollowPanelPresenter::holdForHide(bool playing, int page, bool sendPressed, HidePlan* plan)
+{
+    if (playing) {
+        plan->stay = true;
+        return true;
+    }
+    if (page == ResultPage && !mTranslateFinish) {
+        mWaitingToHide = true;
+        plan->stay = true;
+        plan->hideWindow = sendPressed;
+        plan->clearEdit = sendPressed;
+        return true;
+    }
+    return false;
+}
+
 void FocusFollowPanelPresenter::translate(QString text)
 {
     if (text.isEmpty()) {

@@ -104,6 +104,9 @@ protected:
     virtual void onTranslateFailure() = 0;
     void startTranslateTimer() { mTranslateTimer.start(); }
     void storeSource(const QString& text);
+    // What both panels do first on a request to hide: a reading holds the panel, and a
+    // translation still out makes it wait (out of sight once sent). True when that settles it.
+    bool holdForHide(bool playing, int page, bool sendPressed, HidePlan* plan);
 
     FocusFollowPanelView* mPanelView;
     UserPreferences mPreferences;

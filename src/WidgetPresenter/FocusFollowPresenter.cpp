@@ -56,16 +56,7 @@ FocusFollowPanelPresenter::HidePlan FocusFollowPresenter::planHide(bool playing,
                                                                    bool sendPressed)
 {
     HidePlan plan;
-    if (playing) {
-        plan.stay = true;
-        return plan;
-    }
-    if (page == ResultPage && !isTranslateFinish()) {
-        // The delivery waits for the translation; a sent panel goes out of sight meanwhile.
-        setWaitingToHideStatus(true);
-        plan.stay = true;
-        plan.hideWindow = sendPressed;
-        plan.clearEdit = sendPressed;
+    if (holdForHide(playing, page, sendPressed, &plan)) {
         return plan;
     }
     plan.hideWindow = true;

@@ -45,15 +45,7 @@ FocusFollowPanelPresenter::HidePlan NoFocusFollowPresenter::planHide(bool playin
                                                                      bool sendPressed)
 {
     HidePlan plan;
-    if (playing) {
-        plan.stay = true;
-        return plan;
-    }
-    if (page == ResultPage && !isTranslateFinish()) {
-        setWaitingToHideStatus(true);
-        plan.stay = true;
-        plan.hideWindow = sendPressed;
-        plan.clearEdit = sendPressed;
+    if (holdForHide(playing, page, sendPressed, &plan)) {
         return plan;
     }
     // In single-click mode a finished translation stays up until it is sent or times out.

@@ -1,28 +1,16 @@
-#include "Http/BaiduTranslate.h"
-#include "Http/HttpManager.h"
-#include "Http/HttpRequest.h"
-#include "LocalHttpServer.h"
 #include "RecordingFollowViews.h"
-#include "RecordingInputBackend.h"
-#include "Utils/PreferencesUtils.h"
-#include "Utils/WinUtils.h"
+#include "TranslationService.h"
 #include "WidgetPresenter/FocusFollowPresenter.h"
 #include "WidgetPresenter/NoFocusFollowPresenter.h"
 
-#include <QFile>
-#include <QStandardPaths>
 #include <QUrlQuery>
-#include <QtTest>
-
-#include <functional>
-#include <memory>
 
 namespace {
 
 using Panel = FocusFollowPanelPresenter;
 using Fo = FocusFollowPresenter;
 
-const QString kTranslatePath = QStringLiteral("/api/trans/vip/translate");
+const QString kTranslatePath = TranslationService::path();
 
 QByteArray translation(const QStringList& lines)
 {
@@ -37,9 +25,7 @@ QByteArray translation(const QStringList& lines)
 
 void setPreferences(const std::function<void(UserPreferences&)>& change)
 {
-    UserPreferences record = PreferencesUtils::getInstance()->getUserPreferences();
-    change(record);
-    PreferencesUtils::getInstance()->setUserPreferences(record);
+    TranslationService::setPreferences(change);
 }
 
 }  // namespace
@@ -51,7 +37,6 @@ class TestFollowPresenters : public QObject {
 private slots:
     void initTestCase();
     void init();
-    void cleanup();
     void placement_data();
     void placement();
     void moveTimerSkipsHiddenPanel();
@@ -68,17 +53,17 @@ private slots:
 private:
     std::unique_ptr<Fo> focus(RecordingFocusFollowView* view)
     {
-        return std::make_unique<Fo>(view, Panel::Collaborators{mHttp.get(), nullptr, nullptr});
+        return std::make_unique<Fo>(view, Panel::Collaborators{mService.http.get(), nullptr, nullptr});
     }
     std::unique_ptr<NoFocusFollowPresenter> fixed(RecordingNoFocusFollowView* view)
     {
-        return std::make_unique<NoFocusFollowPresenter>(view,
-                                                        Panel::Collaborators{mHttp.get(), nullptr, nullptr});
+        return std::make_unique<NoFocusFollowPresenter>(
+            view, Panel::Collaborators{mService.http.get(), nullptr, nullptr});
     }
     QList<QUrlQuery> translateRequests() const
     {
         QList<QUrlQuery> queries;
-        for (const LocalHttpServer::Request& request : mServer.requests()) {
+        for (const LocalHttpServer::Request& request : mService.server.requests()) {
             const QUrl url = QUrl::fromEncoded(request.target);
             if (url.path() == kTranslatePath) {
                 queries << QUrlQuery(url);
@@ -87,34 +72,19 @@ private:
         return queries;
     }
 
-    LocalHttpServer mServer;
-    std::unique_ptr<HttpManager> mHttp;
-    std::unique_ptr<BaiduTranslate> mTranslator;
-    RecordingInputBackend mDesktop;
+    TranslationService mService;
+    LocalHttpServer& mServer = mService.server;
+    RecordingInputBackend& mDesktop = mService.desktop;
 };
 
 void TestFollowPresenters::initTestCase()
 {
-    QStandardPaths::setTestModeEnabled(true);
-    QVERIFY(mServer.start());
-    mHttp = std::make_unique<HttpManager>(HttpRequest::getInstance(), mServer.url(), mServer.url());
-    mTranslator =
-        std::make_unique<BaiduTranslate>(mServer.url(), QStringLiteral("app"), QStringLiteral("key"));
-    mHttp->setTranslator(mTranslator.get());
-    WinUtils::getInstance()->setBackend(&mDesktop);
+    mService.start();
 }
 
 void TestFollowPresenters::init()
 {
-    QFile::remove(PreferencesUtils::preferencesPath());
-    PreferencesUtils::getInstance()->setUserPreferences(UserPreferences());
-    mServer.setAnswer(kTranslatePath, {200, translation({QStringLiteral("Hello")})});
-    mDesktop.takeLog();
-}
-
-void TestFollowPresenters::cleanup()
-{
-    mDesktop.takeLog();
+    mService.reset();
 }
 
 void TestFollowPresenters::placement_data()

@@ -1,39 +1,25 @@
 #include "FakePlayback.h"
-#include "Http/BaiduTranslate.h"
-#include "Http/HttpManager.h"
-#include "Http/HttpRequest.h"
-#include "LocalHttpServer.h"
-#include "RecordingInputBackend.h"
 #include "SpeechRec/SpeechSynthesisUtils.h"
-#include "Utils/PreferencesUtils.h"
-#include "Utils/WinUtils.h"
+#include "TranslationService.h"
 #include "Widget/Panels/FocusFollowDialog.h"
 #include "Widget/Panels/NoFocusFollowDialog.h"
 
 #include <QDir>
-#include <QFile>
 #include <QLabel>
 #include <QPainter>
 #include <QPushButton>
 #include <QSignalSpy>
 #include <QStackedWidget>
-#include <QStandardPaths>
 #include <QTextEdit>
-#include <QtTest>
-
-#include <functional>
-#include <memory>
 
 namespace {
 
 using Panel = FocusFollowPanelPresenter;
-const QString kTranslatePath = QStringLiteral("/api/trans/vip/translate");
+const QString kTranslatePath = TranslationService::path();
 
 void setPreferences(const std::function<void(UserPreferences&)>& change)
 {
-    UserPreferences record = PreferencesUtils::getInstance()->getUserPreferences();
-    change(record);
-    PreferencesUtils::getInstance()->setUserPreferences(record);
+    TranslationService::setPreferences(change);
 }
 
 }  // namespace
@@ -73,43 +59,30 @@ private:
     template <typename Dialog>
     std::unique_ptr<Dialog> make()
     {
-        return std::make_unique<Dialog>(nullptr, Panel::Collaborators{mHttp.get(), nullptr, nullptr},
+        return std::make_unique<Dialog>(nullptr, Panel::Collaborators{mService.http.get(), nullptr, nullptr},
                                         mSynthesis.get());
     }
     // Opens the caret panel on its result page with a source and its translation.
     void openResult(FocusFollowDialog* dialog, const QString& source);
 
-    LocalHttpServer mServer;
-    std::unique_ptr<HttpManager> mHttp;
-    std::unique_ptr<BaiduTranslate> mTranslator;
+    TranslationService mService;
+    LocalHttpServer& mServer = mService.server;
+    RecordingInputBackend& mDesktop = mService.desktop;
     FakePlayback mPlayback;
     std::unique_ptr<SpeechSynthesisUtils> mSynthesis;
-    RecordingInputBackend mDesktop;
 };
 
 void TestFollowWindows::initTestCase()
 {
-    QStandardPaths::setTestModeEnabled(true);
-    QVERIFY(mServer.start());
-    mHttp = std::make_unique<HttpManager>(HttpRequest::getInstance(), mServer.url(), mServer.url());
-    mTranslator =
-        std::make_unique<BaiduTranslate>(mServer.url(), QStringLiteral("app"), QStringLiteral("key"));
-    mHttp->setTranslator(mTranslator.get());
+    mService.start();
     const QUrl nowhere(QStringLiteral("http://127.0.0.1:1/"));
     mSynthesis = std::make_unique<SpeechSynthesisUtils>(
         SpeechSynthesisWorker::Service{nowhere, nowhere, QString(), QString(), QString()}, &mPlayback);
-    WinUtils::getInstance()->setBackend(&mDesktop);
 }
 
 void TestFollowWindows::init()
 {
-    QFile::remove(PreferencesUtils::preferencesPath());
-    PreferencesUtils::getInstance()->setUserPreferences(UserPreferences());
-    mServer.setAnswer(
-        kTranslatePath,
-        {200, QByteArrayLiteral("{\"from\":\"zh\",\"to\":\"en\",\"trans_result\":[{\"src\":\"x\","
-                                "\"dst\":\"Hello\"}]}")});
-    mDesktop.takeLog();
+    mService.reset();
     mDesktop.caret = QPoint(800, 300);
     QCursor::setPos(5, 5);
 }
