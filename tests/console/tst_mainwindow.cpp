@@ -4,6 +4,7 @@
 #include "Hid/BLEManager.h"
 #include "Hid/DeviceManager.h"
 #include "Hid/HidManager.h"
+#include "Hid/HookManager.h"
 #include "Platform/AppAutoRunUtils.h"
 #include "Utils/PreferencesUtils.h"
 #include "Widget/Common/DeletePopupDialog.h"
@@ -88,6 +89,7 @@ void TestMainWindow::initTestCase()
     // The voice side hears the same mouse; it needs no engine here.
     InputPresenter::Collaborators voice;
     voice.device = &mDevice;
+    voice.hook = HookManager::getInstance();
     mWindow = MainWindow::getInstance(nullptr, &c, &voice);
     QCOMPARE(asked, QStringLiteral("AppAutoRunDialog"));
     QVERIFY(autoRun->isAppAutoRun());

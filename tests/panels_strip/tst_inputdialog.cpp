@@ -3,6 +3,7 @@
 #include "Hid/BLEManager.h"
 #include "Hid/DeviceManager.h"
 #include "Hid/HidManager.h"
+#include "Hid/HookManager.h"
 #include "RecordingInputBackend.h"
 #include "Utils/WinUtils.h"
 #include "Widget/Panels/FocusFollowDialog.h"
@@ -16,6 +17,7 @@
 #include <QLabel>
 #include <QLineEdit>
 #include <QMenu>
+#include <QPainter>
 #include <QtTest>
 
 // The voice strip over the real voice presenter and the real panels, offscreen.
@@ -55,6 +57,7 @@ void TestInputDialog::initTestCase()
     WinUtils::getInstance()->setBackend(&mBackend);
     InputPresenter::Collaborators voice;
     voice.device = &mDevice;
+    voice.hook = HookManager::getInstance();
     mStrip = InputDialog::getInstance(nullptr, &voice);
     QVERIFY(mStrip->isHidden());
     QCOMPARE(mStrip->size(), QSize(840, 54));

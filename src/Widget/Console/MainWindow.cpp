@@ -112,7 +112,8 @@ void MainWindow::initDatas(const InputPresenter::Collaborators* voice)
     connect(mPresenter, &MainWindowPresenter::signalLocalIpId, mInputDialog, &InputDialog::onLocalIpId);
     connect(mPresenter, &MainWindowPresenter::signalLoadUserCommandWord, mInputDialog,
             &InputDialog::onGetUserCommandWord);
-    connect(mPresenter, &MainWindowPresenter::signalDirectUIsToInput, mInputDialog, &InputDialog::onGetDirectUIs);
+    connect(mPresenter, &MainWindowPresenter::signalDirectUIsToInput, mInputDialog,
+            &InputDialog::onGetDirectUIs);
     connect(this, &MainWindow::signalsMouseEnter, mInputDialog, &InputDialog::onMouseEnterMainwindow);
     connect(this, &MainWindow::signalsMouseLeave, mInputDialog, &InputDialog::onMouseLeaveMainwindow);
     connect(mPresenter, &MainWindowPresenter::signalAppVersion, mUpdateDialog, &UpdateDialog::onVersion);

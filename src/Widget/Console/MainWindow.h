@@ -151,8 +151,10 @@ protected:
 private:
     friend class Singleton<MainWindow>;
     // Tests hand in their own collaborators; the process-wide ones otherwise.
+    // Tests may also hand in the voice presenter's collaborators.
     explicit MainWindow(QWidget* parent = nullptr,
-                        const MainWindowPresenter::Collaborators* collaborators = nullptr);
+                        const MainWindowPresenter::Collaborators* collaborators = nullptr,
+                        const InputPresenter::Collaborators* voice = nullptr);
 
     void initDatas(const InputPresenter::Collaborators* voice);
     void initViews();

@@ -436,6 +436,16 @@ void FocusFollowPanel::changeVoiceTranslateLang()
     }
 }
 
+void FocusFollowPanel::insertVoiceTranslateOnEditingSourceText(QString text)
+{
+    if (mSourceBox->isReadOnly()) {
+        return;
+    }
+    setTranslateStatus(0);
+    mSourceBox->insertPlainText(text);
+    mPanelPresenter->translate(mSourceBox->toPlainText());
+}
+
 void FocusFollowPanel::clearTranslateResult()
 {
     mPanelPresenter->clearTranslateResult();

@@ -56,6 +56,9 @@ public:
     bool isMouseOnTargetMenuView() const;
     void changeVoiceTranslateLang();
     void clearTranslateResult();
+    // Speech that arrives while the user edits the source goes in at the cursor, and the
+    // whole source is translated anew. A read-only box takes nothing.
+    void insertVoiceTranslateOnEditingSourceText(QString text);
 
     // FocusFollowPanelView, the parts both panels do alike.
     void onUpdateVolume() override;

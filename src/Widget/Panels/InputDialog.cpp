@@ -4,6 +4,7 @@
 #include "Utils/WinUtils.h"
 #include "Widget/Common/WindowLook.h"
 #include "Widget/Common/label.h"
+#include "Widget/Panels/ChangeSearchLanguageDialog.h"
 
 #include <QAction>
 #include <QCoreApplication>
@@ -13,6 +14,7 @@
 #include <QLineEdit>
 #include <QMenu>
 #include <QPainter>
+#include <QPainterPath>
 #include <QPropertyAnimation>
 #include <QThread>
 
@@ -27,8 +29,9 @@ constexpr QRect kBoxRect(560, 0, 280, 54);
 QString frameSheet(int style, bool hover)
 {
     const char* colour = style == 1 ? (hover ? "#ffa033" : "#ff8a00") : (hover ? "#4a8ff8" : "#2f7cf6");
-    return QStringLiteral("QFrame#languageFrame { background: %1; border-top-left-radius: %2px;"
-                          " border-bottom-left-radius: %2px; }")
+    return QStringLiteral(
+               "QFrame#languageFrame { background: %1; border-top-left-radius: %2px;"
+               " border-bottom-left-radius: %2px; }")
         .arg(QLatin1String(colour))
         .arg(kRadius);
 }
@@ -37,9 +40,10 @@ QString boxSheet(int style)
 {
     const QString border =
         style == 1 ? QStringLiteral("2px solid #ff8a00") : QStringLiteral("1px solid #d6d9de");
-    return QStringLiteral("QLineEdit { background: #ffffff; border: %1; border-left: none;"
-                          " border-top-right-radius: %2px; border-bottom-right-radius: %2px;"
-                          " padding: 0 10px; font-size: 16px; color: #20252d; }")
+    return QStringLiteral(
+               "QLineEdit { background: #ffffff; border: %1; border-left: none;"
+               " border-top-right-radius: %2px; border-bottom-right-radius: %2px;"
+               " padding: 0 10px; font-size: 16px; color: #20252d; }")
         .arg(border)
         .arg(kRadius);
 }
@@ -51,7 +55,8 @@ QPixmap strip(const QString& name)
 
 }  // namespace
 
-InputDialog::InputDialog(QWidget* parent, const InputPresenter::Collaborators* collaborators) : QDialog(parent)
+InputDialog::InputDialog(QWidget* parent, const InputPresenter::Collaborators* collaborators)
+    : QDialog(parent)
 {
     setWindowFlags(WindowLook::kFloatingFlags);
     setAttribute(Qt::WA_ShowWithoutActivating);

@@ -170,7 +170,8 @@ protected:
 private:
     friend class Singleton<InputDialog>;
     // Tests hand in the presenter's collaborators; the process-wide ones otherwise.
-    explicit InputDialog(QWidget* parent = nullptr, const InputPresenter::Collaborators* collaborators = nullptr);
+    explicit InputDialog(QWidget* parent = nullptr,
+                         const InputPresenter::Collaborators* collaborators = nullptr);
 
     void setupUi();
     void createMenu();

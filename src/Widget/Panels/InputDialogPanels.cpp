@@ -46,14 +46,17 @@ void InputDialog::connectPanels()
             &InputPresenter::onToStartTextReading);
     connect(mTextTranslate, &TextTranslateDialog::signalToTextTranslate, mPresenter,
             &InputPresenter::onToTextTranslate);
-    connect(mTranLanguage, &ChangeTranLanguageDialog::signalChangeLanguage, this, &InputDialog::onChangeTranLanguage);
+    connect(mTranLanguage, &ChangeTranLanguageDialog::signalChangeLanguage, this,
+            &InputDialog::onChangeTranLanguage);
     connect(mTranMoreLanguage, &ChangeTranMoreLanguageDialog::signalsChangeTranslateMoreLanguage, this,
             &InputDialog::onChangeTranLanguage);
-    for (FocusFollowPanel* panel : {static_cast<FocusFollowPanel*>(mFo), static_cast<FocusFollowPanel*>(mNoFo)}) {
+    for (FocusFollowPanel* panel :
+         {static_cast<FocusFollowPanel*>(mFo), static_cast<FocusFollowPanel*>(mNoFo)}) {
         connect(panel, &FocusFollowPanel::signalStopVoiceStatus, this, &InputDialog::stopVoiceStatus);
     }
     connect(mNoFo, &NoFocusFollowDialog::signalHideMainWindows, this, &InputDialog::hideMainWindows);
-    connect(mNoFo, &NoFocusFollowDialog::signalCheckVoiceViewStatus, this, &InputDialog::checkVoiceViewStatus);
+    connect(mNoFo, &NoFocusFollowDialog::signalCheckVoiceViewStatus, this,
+            &InputDialog::checkVoiceViewStatus);
 
     // The search language picker above the strip's language label.
     connect(mLabelChangeLanguage, &label::signalsMousePress, this, &InputDialog::onLanguagePress);
@@ -75,7 +78,8 @@ void InputDialog::connectPanels()
             mTimerPickerHide.stop();
         }
     });
-    connect(mSearchLanguage, &FloatingCardDialog::signalsMouseLeave, this, [this] { mTimerPickerHide.start(); });
+    connect(mSearchLanguage, &FloatingCardDialog::signalsMouseLeave, this,
+            [this] { mTimerPickerHide.start(); });
     connect(&mTimerPickerHide, &QTimer::timeout, this, [this] {
         if (isVisible()) {
             mSearchLanguage->hide();
@@ -228,9 +232,9 @@ void InputDialog::forceFinish()
 
 bool InputDialog::isShowPaddlewordsView()
 {
-    static const QStringList kNoToolbar = {QStringLiteral("XLMAIN"),         QStringLiteral("bosa_sdm_XL9"),
-                                           QStringLiteral("Net UI Tool Window"), QStringLiteral("Flash12"),
-                                           QStringLiteral("illustrator"),    QStringLiteral("Photoshop")};
+    static const QStringList kNoToolbar = {
+        QStringLiteral("XLMAIN"),  QStringLiteral("bosa_sdm_XL9"), QStringLiteral("Net UI Tool Window"),
+        QStringLiteral("Flash12"), QStringLiteral("illustrator"),  QStringLiteral("Photoshop")};
     const QString window = WinUtils::getInstance()->getForegroundWindowName();
     return !kNoToolbar.contains(window) && !mMouseOnMainWindow && !mPaddleWords->isFollowSpeakPlaying() &&
            mFo->isHidden() && mNoFo->isHidden();

@@ -87,16 +87,6 @@ void NoFocusFollowDialog::forceFinishView()
     mIsButtonSendPress = true;
 }
 
-void NoFocusFollowDialog::insertVoiceTranslateOnEditingSourceText(QString text)
-{
-    if (mSourceBox->isReadOnly()) {
-        return;
-    }
-    setTranslateStatus(0);
-    mSourceBox->insertPlainText(text);
-    mPresenter->translate(mSourceBox->toPlainText());
-}
-
 void NoFocusFollowDialog::toHide()
 {
     mHoverTimer.stop();

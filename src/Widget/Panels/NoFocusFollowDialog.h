@@ -31,7 +31,6 @@ public:
     // Narrower: the language frame, a text box, or the waiting page's frame and mic.
     bool isMouseOnView() const;
     void forceFinishView();
-    void insertVoiceTranslateOnEditingSourceText(QString text);
     NoFocusFollowPresenter* noFocusPresenter() const { return mPresenter; }
     int pickerCounter() const { return mPickerCounter; }
 
