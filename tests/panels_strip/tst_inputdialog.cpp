@@ -98,6 +98,7 @@ void TestInputDialog::levelSteps()
     QVERIFY(mStrip->barLabel()->isVisible());
     mStrip->changeVolume(4);
     QVERIFY(mStrip->barLabel()->isVisible());
+    QVERIFY(!mStrip->barLabel()->pixmap(Qt::ReturnByValue).isNull());
     QCOMPARE(mStrip->barLabel()->pixmap(Qt::ReturnByValue).toImage(),
              QPixmap(QStringLiteral(":/strip/voice_search_btn_mic_white4.svg")).toImage());
     mStrip->changeVolume(3);

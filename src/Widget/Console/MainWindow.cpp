@@ -70,6 +70,8 @@ MainWindow::MainWindow(QWidget* parent, const MainWindowPresenter::Collaborators
                        const InputPresenter::Collaborators* voice)
     : QMainWindow(parent), mNotices(nullptr)
 {
+    // The pictures live in a static library: nothing else would pull them into the program.
+    Q_INIT_RESOURCE(console);
     mUi.setupUi(this);
     // The window draws its own title bar; the window manager still lists it and moves it.
     setWindowFlags(Qt::Window | Qt::FramelessWindowHint);

@@ -58,6 +58,8 @@ QPixmap strip(const QString& name)
 InputDialog::InputDialog(QWidget* parent, const InputPresenter::Collaborators* collaborators)
     : QDialog(parent)
 {
+    // The pictures live in a static library: nothing else would pull them into the program.
+    Q_INIT_RESOURCE(strip);
     setWindowFlags(WindowLook::kFloatingFlags);
     setAttribute(Qt::WA_ShowWithoutActivating);
     setFocusPolicy(Qt::NoFocus);
