@@ -50,6 +50,8 @@ const Field kFields[] = {
     {"textReadingMode", &UserPreferences::textReadingMode, nullptr, 0},
     {"pronPerson", &UserPreferences::pronPerson, nullptr, 0},
     {"dataLog", nullptr, &UserPreferences::dataLog, 0},
+    // Later additions go last, so that files of earlier versions read as before.
+    {"noticeStyle", &UserPreferences::noticeStyle, nullptr, 2},
 };
 
 const QString kConfigGroup = QStringLiteral("config");
