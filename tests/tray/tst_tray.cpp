@@ -25,9 +25,12 @@
 #include <QMenu>
 #include <QPainter>
 #include <QProcess>
+#include <QScreen>
 #include <QSettings>
 #include <QSignalSpy>
+#include <QStandardPaths>
 #include <QSystemTrayIcon>
+#include <QToolTip>
 #include <QtTest>
 
 // Stands in for the desktop's notification server on a private bus; records every Notify.
@@ -77,6 +80,7 @@ private slots:
     void trayMenuSpeaksThroughSignals();
     void renderedBatteryShowsItsFill();
     void windowDrivesTrayAndRoutesBatteryNotices();
+    void screenshotOnADesktopTray();
 
 private:
     // Sends nothing itself: waits until the client's notifier has its answer.
@@ -449,7 +453,7 @@ void TestTray::renderedBatteryShowsItsFill()
         s.asleep = true;
         add(4);
         p.end();
-        QVERIFY(sheet.save(folder + QStringLiteral("/tray_icons.png")));
+        QVERIFY(sheet.save(folder + QStringLiteral("/tray-icons.png")));
     }
 }
 
@@ -518,6 +522,52 @@ void TestTray::windowDrivesTrayAndRoutesBatteryNotices()
     window->lowbatDialog()->hide();
     // The window's presenter uses the device above: it goes first.
     MainWindow::resetInstanceForTest();
+}
+
+// tools/screenshots/render: the icon in a real tray (trayer, under Xvfb) with its menu open.
+void TestTray::screenshotOnADesktopTray()
+{
+    const QString folder = qEnvironmentVariable("ZORVANE_SCREENSHOTS");
+    const QString trayer = QStandardPaths::findExecutable(QStringLiteral("trayer"));
+    if (folder.isEmpty() || QGuiApplication::platformName() != QLatin1String("xcb") || trayer.isEmpty()) {
+        QSKIP("needs ZORVANE_SCREENSHOTS, an X display and trayer");
+    }
+    // A plain desktop behind the tray, mapped first so that the tray and the menu lie over it.
+    QScreen* screen = QGuiApplication::primaryScreen();
+    const QRect area(screen->geometry().right() - 360, 0, 360, 220);
+    QWidget desktop(nullptr, Qt::FramelessWindowHint);
+    desktop.setStyleSheet(QStringLiteral("background: #5b7083;"));
+    desktop.setGeometry(area);
+    desktop.show();
+    QVERIFY(QTest::qWaitForWindowExposed(&desktop));
+    QProcess host;
+    host.start(trayer, {QStringLiteral("--edge"), QStringLiteral("top"), QStringLiteral("--align"),
+                        QStringLiteral("right"), QStringLiteral("--widthtype"), QStringLiteral("request"),
+                        QStringLiteral("--height"), QStringLiteral("32"), QStringLiteral("--tint"),
+                        QStringLiteral("0x2b2d31"), QStringLiteral("--transparent"), QStringLiteral("true"),
+                        QStringLiteral("--alpha"), QStringLiteral("0")});
+    QVERIFY(host.waitForStarted());
+    QTRY_VERIFY(QSystemTrayIcon::isSystemTrayAvailable());
+    SystemTray tray(nullptr);
+    tray.setStatus(0);
+    tray.setBatteryFigure(3900);
+    QTRY_VERIFY(tray.trayIcon()->geometry().isValid());
+    QTest::qWait(500);
+    const QRect icon = tray.trayIcon()->geometry();
+    const auto shoot = [&](const QString& name) {
+        QTest::qWait(500);
+        QVERIFY(screen->grabWindow(0, area.x(), area.y(), area.width(), area.height())
+                    .save(folder + QStringLiteral("/%1.png").arg(name)));
+    };
+    QToolTip::showText(QPoint(icon.left() - 150, icon.bottom() + 6), tray.trayIcon()->toolTip());
+    shoot(QStringLiteral("tray-tooltip"));
+    QToolTip::hideText();
+    tray.languageActions()[0]->setChecked(true);
+    tray.menu()->popup(QPoint(icon.right() - 200, icon.bottom() + 4));
+    shoot(QStringLiteral("tray-menu"));
+    tray.menu()->hide();
+    host.kill();
+    host.waitForFinished();
 }
 
 int main(int argc, char** argv)
