@@ -57,6 +57,8 @@ public slots:
                 const QString& body, const QStringList& actions, const QVariantMap& hints, int expire)
     {
         calls << Call{app, replaces, icon, summary, body, actions, hints, expire};
+        qInfo().noquote() << "Notify" << app << replaces << icon << summary << body << actions << hints
+                          << expire;
         // As servers do: a replaced notification keeps its id.
         return replaces != 0 ? replaces : ++lastGiven;
     }
@@ -84,10 +86,27 @@ private slots:
 
 private:
     // Sends nothing itself: waits until the client's notifier has its answer.
+    // Waits until the notifier has had this many answers from now on.
     static bool waitSent(DesktopNotifications* n, int count = 1)
     {
         QSignalSpy sent(n, &DesktopNotifications::signalSent);
-        return sent.count() >= count || sent.wait(5000);
+        while (sent.count() < count) {
+            if (!sent.wait(5000)) {
+                return false;
+            }
+        }
+        return true;
+    }
+    // The battery notices the server saw: the console's presenter may send device ones meanwhile.
+    QList<FakeNotifications::Call> batteryCalls() const
+    {
+        QList<FakeNotifications::Call> found;
+        for (const FakeNotifications::Call& call : mServer.calls) {
+            if (call.summary.startsWith(QStringLiteral("鼠标"))) {
+                found << call;
+            }
+        }
+        return found;
     }
     QList<USBChangeMessageDialog*> strips() const
     {
@@ -259,7 +278,6 @@ void TestTray::consoleNoticesFollowTheStyle()
     n.setStyle(DesktopNotifications::StyleNotification);
     notices.showDeviceChange(false);
     notices.showBleConnected();
-    QVERIFY(waitSent(&n, 2));
     QTRY_COMPARE(mServer.calls.size(), 2);
     QCOMPARE(mServer.calls[0].summary, QStringLiteral("设备拔出"));
     QCOMPARE(strips().size(), 1);
@@ -267,8 +285,7 @@ void TestTray::consoleNoticesFollowTheStyle()
 
     n.setStyle(DesktopNotifications::StyleBoth);
     notices.showBleConnected();
-    QVERIFY(waitSent(&n));
-    QCOMPARE(mServer.calls.size(), 3);
+    QTRY_COMPARE(mServer.calls.size(), 3);
     QVERIFY(BLEConnectedDialog::getInstance(nullptr)->isVisible());
     BLEConnectedDialog::getInstance(nullptr)->hide();
 }
@@ -504,21 +521,21 @@ void TestTray::windowDrivesTrayAndRoutesBatteryNotices()
     QCOMPARE(shared->style(), 1);
     mServer.calls.clear();
     window->showLowbatView(0);
-    QVERIFY(waitSent(shared));
+    QTRY_COMPARE(batteryCalls().size(), 1);
     QVERIFY(window->lowbatDialog()->isHidden());
-    QCOMPARE(mServer.calls.size(), 1);
 
     // Both: the panel and a notification that replaces the last.
     UserPreferences p = PreferencesUtils::getInstance()->getUserPreferences();
     p.noticeStyle = 2;
     PreferencesUtils::getInstance()->setUserPreferences(p);
     QCOMPARE(style->currentIndex(), 2);
+    QTRY_VERIFY(shared->lastId(DesktopNotifications::KindBattery) != 0);
+    const uint firstId = shared->lastId(DesktopNotifications::KindBattery);
     window->showLowbatView(1);
-    QVERIFY(waitSent(shared));
+    QTRY_COMPARE(batteryCalls().size(), 2);
     QVERIFY(!window->lowbatDialog()->isHidden());
-    QCOMPARE(mServer.calls.size(), 2);
-    QCOMPARE(mServer.calls[0].replaces, 0u);
-    QCOMPARE(mServer.calls[1].replaces, shared->lastId(DesktopNotifications::KindBattery));
+    QCOMPARE(batteryCalls()[0].replaces, 0u);
+    QCOMPARE(batteryCalls()[1].replaces, firstId);
     window->lowbatDialog()->hide();
     // The window's presenter uses the device above: it goes first.
     MainWindow::resetInstanceForTest();
