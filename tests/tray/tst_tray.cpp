@@ -17,6 +17,7 @@
 
 #include <QAction>
 #include <QApplication>
+#include <QCheckBox>
 #include <QComboBox>
 #include <QDBusConnection>
 #include <QDBusConnectionInterface>
@@ -73,7 +74,6 @@ public:
 private slots:
     void initTestCase();
     void notifyCarriesTheAppAndReplacesItsKind();
-    void popupOnlySendsNothing();
     void missingServiceIsToldOnce();
     void preferenceReadsOldFilesAndIsFollowed();
     void consoleNoticesFollowTheStyle();
@@ -85,7 +85,6 @@ private slots:
     void screenshotOnADesktopTray();
 
 private:
-    // Sends nothing itself: waits until the client's notifier has its answer.
     // Waits until the notifier has had this many answers from now on.
     static bool waitSent(DesktopNotifications* n, int count = 1)
     {
@@ -172,37 +171,6 @@ void TestTray::notifyCarriesTheAppAndReplacesItsKind()
     QCOMPARE(mServer.calls[2].summary, QStringLiteral("设备拔出"));
     QCOMPARE(mServer.calls[3].replaces, n.lastId(DesktopNotifications::KindDevice));
     QVERIFY(n.lastId(DesktopNotifications::KindDevice) != batteryId);
-
-    // Pages the panel does not have send nothing.
-    n.notifyBattery(4);
-    n.notifyBattery(-1);
-    n.notifyBattery(3);
-    QVERIFY(waitSent(&n));
-    QCOMPARE(mServer.calls.size(), 5);
-    QCOMPARE(mServer.calls[4].summary, QStringLiteral("鼠标正在充电"));
-}
-
-void TestTray::popupOnlySendsNothing()
-{
-    DesktopNotifications n(mClientBus, DesktopNotifications::StylePopup);
-    QVERIFY(n.wantsPopup() && !n.wantsNotification());
-    mServer.calls.clear();
-    n.notifyBattery(1);
-    n.notifyBleConnected();
-    // Calls are ordered on the bus: one sent after them arrives after anything they sent.
-    QSignalSpy changed(&n, &DesktopNotifications::signalStyleChanged);
-    n.setStyle(DesktopNotifications::StyleNotification);
-    QCOMPARE(changed.count(), 1);
-    QVERIFY(!n.wantsPopup() && n.wantsNotification());
-    n.notifyBleConnected();
-    QVERIFY(waitSent(&n));
-    QCOMPARE(mServer.calls.size(), 1);
-    QCOMPARE(mServer.calls[0].summary, QStringLiteral("蓝牙鼠标已连接"));
-
-    // A value the console does not know is the default, both.
-    n.setStyle(9);
-    QCOMPARE(n.style(), int(DesktopNotifications::StyleBoth));
-    QVERIFY(n.wantsPopup() && n.wantsNotification());
 }
 
 namespace {
@@ -256,12 +224,9 @@ void TestTray::preferenceReadsOldFilesAndIsFollowed()
     p.noticeStyle = 0;
     prefs->setUserPreferences(p);
     QCOMPARE(shared->style(), 0);
-    QCOMPARE(QSettings(PreferencesUtils::preferencesPath(), QSettings::IniFormat)
-                 .value(QStringLiteral("config/noticeStyle"))
-                 .toInt(),
-             0);
     QCOMPARE(prefs->getUserPreferences().noticeStyle, 0);
-    p.noticeStyle = 2;
+    // A value the console does not know is the default, both.
+    p.noticeStyle = 9;
     prefs->setUserPreferences(p);
     QCOMPARE(shared->style(), 2);
 }
@@ -272,6 +237,7 @@ void TestTray::consoleNoticesFollowTheStyle()
     WidgetConsoleNotices notices(nullptr, &n);
     mServer.calls.clear();
 
+    // Popups only: a strip, and nothing on the bus (the count below would show it).
     notices.showDeviceChange(true);
     QCOMPARE(strips().size(), 1);
 
@@ -293,15 +259,13 @@ void TestTray::consoleNoticesFollowTheStyle()
 void TestTray::trayLookFollowsTheState()
 {
     using S = SystemTray::State;
+    // A missing mouse says nothing of its battery, but other troubles still show.
     S missing;
-    missing.status = 1;
+    missing.status = 5;
     SystemTray::Look look = SystemTray::lookOf(missing);
     QCOMPARE(look.base, QStringLiteral(":/console/tray/mouse_missing.svg"));
     QCOMPARE(look.gauge, -1);
-    QVERIFY(look.tooltip.contains(QStringLiteral("未找到鼠标")));
-    // A missing mouse says nothing of its battery, but other troubles still show.
-    missing.status = 5;
-    QVERIFY(!SystemTray::lookOf(missing).tooltip.contains(QStringLiteral("电量")));
+    QCOMPARE(look.tooltip, QStringLiteral("Zorvane\n未找到鼠标"));
     missing.status = 3;
     QVERIFY(SystemTray::lookOf(missing).tooltip.contains(QStringLiteral("网络未连接")));
 
@@ -309,18 +273,14 @@ void TestTray::trayLookFollowsTheState()
     usb.link = SystemTray::LinkReceiver;
     usb.battery = SystemTray::batteryPercent(3600);
     look = SystemTray::lookOf(usb);
-    QCOMPARE(look.base, QStringLiteral(":/console/tray/mouse_receiver.svg"));
     QCOMPARE(look.gauge, 50);
     QCOMPARE(look.tooltip, QStringLiteral("Zorvane\n已通过接收器连接\n电量约 50%"));
-    QVERIFY(!look.bolt);
-
-    S ble = usb;
-    ble.link = SystemTray::LinkBluetooth;
-    QCOMPARE(SystemTray::lookOf(ble).base, QStringLiteral(":/console/tray/mouse_bluetooth.svg"));
-    ble.asleep = true;
-    look = SystemTray::lookOf(ble);
+    S asleep = usb;
+    asleep.link = SystemTray::LinkBluetooth;
+    asleep.asleep = true;
+    look = SystemTray::lookOf(asleep);
     QCOMPARE(look.base, QStringLiteral(":/console/tray/mouse_asleep.svg"));
-    QVERIFY(look.tooltip.contains(QStringLiteral("蓝牙")) && look.tooltip.contains(QStringLiteral("休眠")));
+    QVERIFY(look.tooltip.contains(QStringLiteral("已通过蓝牙连接，鼠标休眠中")));
 
     // Low and critical colour the battery even before a figure came; the blink's steps win.
     S low = usb;
@@ -333,8 +293,6 @@ void TestTray::trayLookFollowsTheState()
     look = SystemTray::lookOf(critical);
     QCOMPARE(look.gauge, 13);
     QCOMPARE(look.gaugeColor, QColor(0xe5, 0x48, 0x4d));
-    critical.chargeStep = 0;
-    QCOMPARE(SystemTray::lookOf(critical).gauge, 0);
 
     // Charging: the bolt, green even when the figure is still low.
     S charging = usb;
@@ -343,7 +301,6 @@ void TestTray::trayLookFollowsTheState()
     look = SystemTray::lookOf(charging);
     QVERIFY(look.bolt);
     QCOMPARE(look.gaugeColor, QColor(0x2e, 0xb8, 0x5c));
-    QVERIFY(look.tooltip.contains(QStringLiteral("正在充电")));
     charging.chargeStep = SystemTray::kChargeSteps - 1;
     QCOMPARE(SystemTray::lookOf(charging).gauge, 100);
 
@@ -404,27 +361,14 @@ void TestTray::trayFollowsConsoleAndDevice()
 void TestTray::trayMenuSpeaksThroughSignals()
 {
     SystemTray tray(nullptr);
-    QStringList entries;
-    for (QAction* action : tray.menu()->actions()) {
-        if (!action->isSeparator()) {
-            entries << action->text();
-        }
-    }
-    QCOMPARE(entries, (QStringList{QStringLiteral("打开控制台"), QStringLiteral("听写语言"),
-                                   QStringLiteral("开机自启动"), QStringLiteral("退出")}));
     QCOMPARE(tray.languageActions().size(), 4);
     QSignalSpy language(&tray, &SystemTray::signalDictationLanguage);
-    QSignalSpy autoRun(&tray, &SystemTray::signalAutoRun);
-    QSignalSpy quit(&tray, &SystemTray::signalQuit);
     QSignalSpy open(&tray, &SystemTray::signalOpenConsole);
     tray.languageActions()[2]->trigger();
-    tray.autoRunAction()->trigger();
-    tray.menu()->actions().last()->trigger();
+    QCOMPARE(language.value(0).at(0).toInt(), 2);
+    // A click opens the console; the context click leaves it to the menu.
     emit tray.trayIcon()->activated(QSystemTrayIcon::Trigger);
     emit tray.trayIcon()->activated(QSystemTrayIcon::Context);
-    QCOMPARE(language.value(0).at(0).toInt(), 2);
-    QCOMPARE(autoRun.value(0).at(0).toBool(), true);
-    QCOMPARE(quit.count(), 1);
     QCOMPARE(open.count(), 1);
 }
 
@@ -509,6 +453,10 @@ void TestTray::windowDrivesTrayAndRoutesBatteryNotices()
     emit tray->signalDictationLanguage(1);
     QCOMPARE(window->widgets().comboDictationLanguage->currentIndex(), 1);
     QCOMPARE(PreferencesUtils::getInstance()->getUserPreferences().recognitionLanguage, 1);
+    // Start at login, as the console's switch does it.
+    emit tray->signalAutoRun(false);
+    QVERIFY(!AppAutoRunUtils::getInstance()->isAppAutoRun());
+    QVERIFY(!window->widgets().autoRun.onOff->isChecked());
 
     // The user picks notifications only in the settings box: no panel, one notification.
     QComboBox* style = window->widgets().comboNoticeStyle;

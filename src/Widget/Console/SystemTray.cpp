@@ -10,7 +10,6 @@
 #include <QComboBox>
 #include <QMenu>
 #include <QPainter>
-#include <QPainterPath>
 #include <QPixmap>
 #include <QSystemTrayIcon>
 
@@ -131,17 +130,10 @@ QIcon SystemTray::render(const Look& look)
         p.setBrush(look.gaugeColor);
         p.drawRoundedRect(QRectF(inside.left(), inside.bottom() - height, inside.width(), height), 2, 2);
         if (look.bolt) {
-            QPainterPath bolt;
-            bolt.moveTo(53, 19);
-            bolt.lineTo(45, 39);
-            bolt.lineTo(51, 39);
-            bolt.lineTo(49, 55);
-            bolt.lineTo(57, 33);
-            bolt.lineTo(51, 33);
-            bolt.closeSubpath();
+            const QPolygonF bolt({{53, 19}, {45, 39}, {51, 39}, {49, 55}, {57, 33}, {51, 33}});
             p.setPen(QPen(QColor(0x3a, 0x40, 0x4a), 1.5));
             p.setBrush(QColor(0xff, 0xd4, 0x3b));
-            p.drawPath(bolt);
+            p.drawPolygon(bolt);
         }
     }
     p.end();
