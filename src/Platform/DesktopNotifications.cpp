@@ -6,6 +6,7 @@
 #include <QDBusMessage>
 #include <QDBusPendingCallWatcher>
 #include <QDBusPendingReply>
+#include <QFile>
 #include <QVariantMap>
 
 namespace {
@@ -16,6 +17,17 @@ const QString kAppName = QStringLiteral("Zorvane");
 // The server's own default time on screen.
 constexpr int kDefaultExpiry = -1;
 
+// The session bus where the session has one. Without it, asking for it would start a bus of
+// our own through X11 autolaunch, which no notification server listens on: a connection
+// that never connects makes every call fail at once instead.
+QDBusConnection sessionBusIfAny()
+{
+    const bool present = qEnvironmentVariableIsSet("DBUS_SESSION_BUS_ADDRESS") ||
+                         QFile::exists(qEnvironmentVariable("XDG_RUNTIME_DIR") + QStringLiteral("/bus"));
+    return present ? QDBusConnection::sessionBus()
+                   : QDBusConnection(QStringLiteral("zorvane-no-session-bus"));
+}
+
 }  // namespace
 
 DesktopNotifications::DesktopNotifications(const QDBusConnection& bus, int style, QObject* parent)
@@ -24,7 +36,7 @@ DesktopNotifications::DesktopNotifications(const QDBusConnection& bus, int style
     setStyle(style);
 }
 
-DesktopNotifications::DesktopNotifications() : DesktopNotifications(QDBusConnection::sessionBus())
+DesktopNotifications::DesktopNotifications() : DesktopNotifications(sessionBusIfAny())
 {
     PreferencesUtils* preferences = PreferencesUtils::getInstance();
     setStyle(preferences->getUserPreferences().noticeStyle);
@@ -52,6 +64,11 @@ void DesktopNotifications::notify(Kind kind, const QString& summary, const QStri
     if (!wantsNotification()) {
         return;
     }
+    if (!mBus.isConnected()) {
+        // A call on it would never answer.
+        failed(QStringLiteral("no session bus"));
+        return;
+    }
     QDBusMessage call = QDBusMessage::createMethodCall(kService, kPath, kService, QStringLiteral("Notify"));
     QVariantMap hints;
     hints.insert(QStringLiteral("urgency"), QVariant::fromValue(uchar(urgency)));
@@ -63,16 +80,21 @@ void DesktopNotifications::notify(Kind kind, const QString& summary, const QStri
         w->deleteLater();
         const QDBusPendingReply<uint> reply = *w;
         if (reply.isError()) {
-            // Once per run: a desktop without a notification service answers every call so.
-            if (!mFailureLogged) {
-                mFailureLogged = true;
-                qCInfo(lcSystem) << "no desktop notifications:" << reply.error().message();
-            }
+            failed(reply.error().message());
             return;
         }
         mLastId[kind] = reply.value();
         emit signalSent(kind, mLastId[kind]);
     });
+}
+
+void DesktopNotifications::failed(const QString& reason)
+{
+    // Once per run: a desktop without a notification service fails every call so.
+    if (!mFailureLogged) {
+        mFailureLogged = true;
+        qCInfo(lcSystem) << "no desktop notifications:" << reason;
+    }
 }
 
 void DesktopNotifications::notifyBattery(int page)

@@ -55,6 +55,7 @@ private:
     DesktopNotifications();
 
     void onPreferencesChange(const UserPreferences& preferences);
+    void failed(const QString& reason);
 
     QDBusConnection mBus;
     int mStyle = StyleBoth;

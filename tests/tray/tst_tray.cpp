@@ -202,6 +202,12 @@ void TestTray::missingServiceIsToldOnce()
         QCOMPARE(sent.count(), 0);
         QCOMPARE(n.lastId(DesktopNotifications::KindBattery), 0u);
     }
+    {
+        // A session without a bus at all: the same, and no wait.
+        DesktopNotifications n(QDBusConnection(QStringLiteral("never-connected")));
+        n.notifyBattery(0);
+        QTRY_COMPARE(gNoServiceLines, 2);
+    }
     qInstallMessageHandler(gPreviousHandler);
     QVERIFY(mServerBus.registerService(QStringLiteral("org.freedesktop.Notifications")));
 }
