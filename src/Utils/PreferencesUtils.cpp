@@ -14,6 +14,9 @@ struct Field {
     int UserPreferences::*intField;
     QString UserPreferences::*textField;
     int readDefault;
+    // An absent key compares as what it reads, not as 0: a choice of 0 over a non-zero
+    // default must reach the file. The older keys keep comparing as 0.
+    bool absentReadsDefault = false;
 };
 
 const Field kFields[] = {
@@ -50,6 +53,8 @@ const Field kFields[] = {
     {"textReadingMode", &UserPreferences::textReadingMode, nullptr, 0},
     {"pronPerson", &UserPreferences::pronPerson, nullptr, 0},
     {"dataLog", nullptr, &UserPreferences::dataLog, 0},
+    // Later additions go last, so that files of earlier versions read as before.
+    {"noticeStyle", &UserPreferences::noticeStyle, nullptr, 2, true},
 };
 
 const QString kConfigGroup = QStringLiteral("config");
@@ -99,8 +104,9 @@ void PreferencesUtils::setUserPreferences(UserPreferences preferences)
         settings.beginGroup(kConfigGroup);
         for (const Field& f : kFields) {
             const QString key = QLatin1String(f.key);
-            // No default: an absent key compares as 0 or as the empty text.
-            const QVariant stored = settings.value(key);
+            // An absent key compares as 0 or as the empty text, unless the field says otherwise.
+            const QVariant stored =
+                f.absentReadsDefault ? settings.value(key, f.readDefault) : settings.value(key);
             if (f.intField != nullptr) {
                 if (stored.toInt() != preferences.*f.intField) {
                     settings.setValue(key, preferences.*f.intField);

@@ -41,6 +41,9 @@ struct UserPreferences {
     int textReadingMode = 0;
     int pronPerson = 0;
     QString dataLog;
+    // How battery and device notices reach the user: 0 the popup window, 1 a desktop
+    // notification, 2 both.
+    int noticeStyle = 2;
     bool isIFlySpeech = false;  // in memory only
 };
 Q_DECLARE_METATYPE(UserPreferences)

@@ -1,9 +1,11 @@
 #include "Widget/Console/MainWindow.h"
 
+#include "Platform/DesktopNotifications.h"
 #include "SpeechRec/SpeechSynthesisUtils.h"
 #include "Utils/AppConfig.h"
 #include "Utils/KeyTable.h"
 #include "Utils/Logging.h"
+#include "Utils/PreferencesUtils.h"
 #include "Utils/WinUtils.h"
 #include "Widget/Common/DeletePopupDialog.h"
 #include "Widget/Common/WindowLook.h"
@@ -12,6 +14,7 @@
 #include "Widget/Console/AppAutoRunDialog.h"
 #include "Widget/Console/ExplainDialog.h"
 #include "Widget/Console/FeedbackDialog.h"
+#include "Widget/Console/SystemTray.h"
 #include "Widget/Console/UpdateDialog.h"
 #include "Widget/LineEdit.h"
 #include "Widget/Notices/BLEConnentionGuidanceDialog.h"
@@ -92,6 +95,7 @@ MainWindow::MainWindow(QWidget* parent, const MainWindowPresenter::Collaborators
     mPresenter = new MainWindowPresenter(this, c, this);
 
     initDatas(voice);
+    mTray->watchDevice(c.device);
     initViews();
     setListener();
     initAddCommandView();
@@ -133,6 +137,18 @@ void MainWindow::initDatas(const InputPresenter::Collaborators* voice)
     // The presenter learns the matched mouse's name but gives it to no view operation.
     connect(mPresenter, &MainWindowPresenter::signalGetDeviceInfo, this,
             [this](const DeviceInfo& info) { setDeviceName(info.customerName); });
+    mTray = new SystemTray(this, this);
+    // How battery and device notices reach the user: the box shows the preference and
+    // stores the user's choice in it.
+    DesktopNotifications* notifications = DesktopNotifications::getInstance();
+    mUi.comboNoticeStyle->setCurrentIndex(notifications->style());
+    connect(notifications, &DesktopNotifications::signalStyleChanged, mUi.comboNoticeStyle,
+            &QComboBox::setCurrentIndex);
+    connect(mUi.comboNoticeStyle, qOverload<int>(&QComboBox::activated), this, [this](int index) {
+        UserPreferences preferences = mPresenter->userPreferences();
+        preferences.noticeStyle = index;
+        PreferencesUtils::getInstance()->setUserPreferences(preferences);
+    });
     mUi.tableCustom->setColumnWidth(0, 35);
     mUi.stackedWidget->setCurrentIndex(Ui_MainWindow::HomePage);
     mUi.navButtons[0]->setChecked(true);
@@ -508,10 +524,20 @@ int MainWindow::getCurrentStackedWidgetIndex()
 
 void MainWindow::onKeyEvent(int, int) {}
 
-// No tray on this platform.
-void MainWindow::setChargeUpTrayAnimationImage(int) {}
-void MainWindow::setSystemTrayStatus(QString) {}
-void MainWindow::updateSystemTray(int) {}
+void MainWindow::setChargeUpTrayAnimationImage(int step)
+{
+    mTray->setChargeStep(step);
+}
+
+void MainWindow::setSystemTrayStatus(QString text)
+{
+    mTray->setNote(text);
+}
+
+void MainWindow::updateSystemTray(int status)
+{
+    mTray->setStatus(status);
+}
 
 // ---- MainWindowView: application settings
 
@@ -777,7 +803,10 @@ void MainWindow::setDeviceName(QString name)
 
 void MainWindow::showLowbatView(int page)
 {
-    if (!mLowbatDialog->isHidden()) {
+    // The notification is sent even while the panel stands: it replaces the last one.
+    DesktopNotifications* notifications = DesktopNotifications::getInstance();
+    notifications->notifyBattery(page);
+    if (!notifications->wantsPopup() || !mLowbatDialog->isHidden()) {
         return;
     }
     switch (page) {

@@ -16,6 +16,7 @@ class FeedbackDialog;
 class InputDialog;
 class LowbatDialog;
 class QMenu;
+class SystemTray;
 class UpdateDialog;
 
 // The console: the device's picture and name, the command words, the application and mouse
@@ -35,6 +36,7 @@ public:
     LowbatDialog* lowbatDialog() const { return mLowbatDialog; }
     UpdateDialog* updateDialog() const { return mUpdateDialog; }
     InputDialog* inputDialog() const { return mInputDialog; }
+    SystemTray* systemTray() const { return mTray; }
 
     // MainWindowView
     bool isShow() override;
@@ -183,6 +185,7 @@ private:
     FeedbackDialog* mFeedback = nullptr;
     InputDialog* mInputDialog = nullptr;
     QMenu* mMenu = nullptr;
+    SystemTray* mTray = nullptr;
     bool mTranslucent = false;
     bool mDragging = false;
     QPoint mDragStart;

@@ -380,6 +380,9 @@ QWidget* Ui_MainWindow::buildAppSettingsPage()
                              {QStringLiteral("3小时"), QStringLiteral("2.5小时"), QStringLiteral("2小时"),
                               QStringLiteral("1小时"), QStringLiteral("不提醒")},
                              QStringLiteral("连续工作多久后提醒休息"));
+    comboNoticeStyle =
+        comboBox(page, {QStringLiteral("弹窗"), QStringLiteral("系统通知"), QStringLiteral("两者")},
+                 QStringLiteral("电量和设备提示的显示方式"));
 
     auto* language = card(page);
     auto* grid = new QGridLayout(language);
@@ -412,6 +415,11 @@ QWidget* Ui_MainWindow::buildAppSettingsPage()
     restRow->addStretch();
     restRow->addWidget(comboRestTime);
     generalLayout->addLayout(restRow);
+    auto* noticeRow = new QHBoxLayout;
+    noticeRow->addWidget(label(QStringLiteral("通知方式"), general));
+    noticeRow->addStretch();
+    noticeRow->addWidget(comboNoticeStyle);
+    generalLayout->addLayout(noticeRow);
 
     buttonPreference = new QPushButton(QStringLiteral("偏好设置 ›"), page);
     buttonPreference->setObjectName(QStringLiteral("linkButton"));

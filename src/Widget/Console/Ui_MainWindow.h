@@ -87,6 +87,7 @@ public:
     QCheckBox* checkTextTranslateOnOff = nullptr;
     QComboBox* comboTextTranslate = nullptr;
     QComboBox* comboRestTime = nullptr;
+    QComboBox* comboNoticeStyle = nullptr;  // popup, notification, both
     SwitchRow calendarPhrases;
     SwitchRow updateHint;
     SwitchRow autoRun;

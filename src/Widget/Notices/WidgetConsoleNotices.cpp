@@ -1,16 +1,30 @@
 #include "Widget/Notices/WidgetConsoleNotices.h"
 
+#include "Platform/DesktopNotifications.h"
 #include "Widget/Notices/BLEConnectedDialog.h"
 #include "Widget/Notices/USBChangeMessageDialog.h"
 
+DesktopNotifications* WidgetConsoleNotices::notifications()
+{
+    return mNotifications != nullptr ? mNotifications : DesktopNotifications::getInstance();
+}
+
 void WidgetConsoleNotices::showDeviceChange(bool insert)
 {
-    // Deletes itself when it has slid out.
-    auto* strip = new USBChangeMessageDialog(mParent);
-    strip->showMessage(insert);
+    DesktopNotifications* n = notifications();
+    n->notifyDeviceChange(insert);
+    if (n->wantsPopup()) {
+        // Deletes itself when it has slid out.
+        auto* strip = new USBChangeMessageDialog(mParent);
+        strip->showMessage(insert);
+    }
 }
 
 void WidgetConsoleNotices::showBleConnected()
 {
-    BLEConnectedDialog::getInstance(mParent)->showHint();
+    DesktopNotifications* n = notifications();
+    n->notifyBleConnected();
+    if (n->wantsPopup()) {
+        BLEConnectedDialog::getInstance(mParent)->showHint();
+    }
 }
