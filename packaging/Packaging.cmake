@@ -8,11 +8,12 @@ set(pkg_out ${CMAKE_BINARY_DIR}/packaging)
 file(MAKE_DIRECTORY ${pkg_out})
 
 # The changelog and manual page are installed gzipped, reproducibly (no name, no time).
-foreach(source changelog zorvane.1)
+foreach(source changelog zorvane.1 mouse-sim.1 zorvane-services.1)
   execute_process(COMMAND gzip -n -9 -c ${pkg}/${source} OUTPUT_FILE ${pkg_out}/${source}.gz
     COMMAND_ERROR_IS_FATAL ANY)
 endforeach()
-set_property(DIRECTORY APPEND PROPERTY CMAKE_CONFIGURE_DEPENDS ${pkg}/changelog ${pkg}/zorvane.1)
+set_property(DIRECTORY APPEND PROPERTY CMAKE_CONFIGURE_DEPENDS
+  ${pkg}/changelog ${pkg}/zorvane.1 ${pkg}/mouse-sim.1 ${pkg}/zorvane-services.1)
 
 # Directories as Debian has them, whatever the packager's umask.
 set(CMAKE_INSTALL_DEFAULT_DIRECTORY_PERMISSIONS
@@ -25,6 +26,8 @@ install(FILES ${PROJECT_SOURCE_DIR}/src/resources/console/logo.svg
 install(FILES ${pkg}/zorvane.metainfo.xml
   DESTINATION share/metainfo RENAME ${ZORVANE_APP_ID}.metainfo.xml COMPONENT zorvane)
 install(FILES ${pkg_out}/zorvane.1.gz DESTINATION share/man/man1 COMPONENT zorvane)
+install(FILES ${pkg_out}/mouse-sim.1.gz ${pkg_out}/zorvane-services.1.gz DESTINATION share/man/man1
+  COMPONENT tools)
 foreach(component zorvane tools)
   if(component STREQUAL "tools")
     set(doc share/doc/zorvane-tools)
@@ -36,6 +39,8 @@ foreach(component zorvane tools)
 endforeach()
 
 set(CPACK_PACKAGE_NAME zorvane)
+# All four parts: the version the program reports and the backend compares.
+set(CPACK_PACKAGE_VERSION ${PROJECT_VERSION})
 set(CPACK_PACKAGE_VENDOR "Zorvane developers")
 set(CPACK_PACKAGE_CONTACT "Zorvane developers <maintainers@zorvane.example.org>")
 set(CPACK_PACKAGING_INSTALL_PREFIX /usr)
@@ -51,31 +56,32 @@ set(CPACK_DEBIAN_PACKAGE_SHLIBDEPS ON)
 set(CPACK_DEBIAN_PACKAGE_CONTROL_STRICT_PERMISSION ON)
 
 set(CPACK_DEBIAN_ZORVANE_PACKAGE_NAME zorvane)
-# Plugins Qt loads at run time, which the library scan cannot see: the database and the SVG
-# pictures of every window are needed; the rest makes sound, images and Chinese text right.
+# What the library scan cannot see (Qt plugins, programs): the database and the SVG
+# pictures of every window are needed; the rest makes sound, images and Chinese text right,
+# finds the caret and opens web pages.
 set(CPACK_DEBIAN_ZORVANE_PACKAGE_DEPENDS "libqt5sql5-sqlite, libqt5svg5")
 set(CPACK_DEBIAN_ZORVANE_PACKAGE_RECOMMENDS
-  "fonts-wqy-microhei, qt5-image-formats-plugins, libqt5multimedia5-plugins, at-spi2-core")
+  "fonts-wqy-microhei, qt5-image-formats-plugins, libqt5multimedia5-plugins, at-spi2-core, xdg-utils")
 set(CPACK_DEBIAN_ZORVANE_PACKAGE_SUGGESTS "zorvane-tools")
 set(CPACK_DEBIAN_ZORVANE_DESCRIPTION "desktop companion of a voice mouse
- Zorvane types what you say into the window you are working in while you hold
- the voice key of its mouse, obeys voice commands, translates speech and
- selected text and reads text aloud. It also manages the mouse: resolution,
- lamplight, vibration, battery notices, pairing and updates.
- .
- The mouse is reached through its USB receiver or over Bluetooth LE; the udev
- rule in this package gives the user at the seat access to it. Needs an X11
- session.")
+Zorvane types what you say into the window you are working in while you hold
+the voice key of its mouse, obeys voice commands, translates speech and
+selected text and reads text aloud. It also manages the mouse: resolution,
+lamplight, vibration, battery notices, pairing and updates.
+.
+The mouse is reached through its USB receiver or over Bluetooth LE; the udev
+rule in this package gives the user at the seat access to it. Needs an X11
+session.")
 
 set(CPACK_DEBIAN_TOOLS_PACKAGE_NAME zorvane-tools)
 set(CPACK_DEBIAN_TOOLS_PACKAGE_SECTION devel)
 set(CPACK_DEBIAN_TOOLS_PACKAGE_RECOMMENDS "espeak-ng, pocketsphinx-en-us")
 set(CPACK_DEBIAN_TOOLS_PACKAGE_ENHANCES "zorvane")
 set(CPACK_DEBIAN_TOOLS_DESCRIPTION "virtual mouse and stand-in services for Zorvane
- mouse-sim plays the voice mouse and its receiver on a local socket, and
- zorvane-services answers, on the loopback interface, every outside service
- that Zorvane calls on (speech recognition, translation, synthesis, backend).
- Together they let Zorvane be tried, demonstrated and tested on one machine
- without the mouse and without any account.")
+mouse-sim plays the voice mouse and its receiver on a local socket, and
+zorvane-services answers, on the loopback interface, every outside service
+that Zorvane calls on (speech recognition, translation, synthesis, backend).
+Together they let Zorvane be tried, demonstrated and tested on one machine
+without the mouse and without any account.")
 
 include(CPack)
