@@ -7,6 +7,13 @@ set(pkg ${CMAKE_CURRENT_LIST_DIR})
 set(pkg_out ${CMAKE_BINARY_DIR}/packaging)
 file(MAKE_DIRECTORY ${pkg_out})
 
+# A new project version needs its entry in the changelog and the metainfo's releases.
+file(STRINGS ${pkg}/changelog changelog_top LIMIT_COUNT 1)
+file(READ ${pkg}/zorvane.metainfo.xml metainfo)
+if(NOT changelog_top MATCHES "\\(${PROJECT_VERSION}-1\\)" OR NOT metainfo MATCHES "version=\"${PROJECT_VERSION}\"")
+  message(WARNING "packaging/changelog and packaging/zorvane.metainfo.xml need an entry for ${PROJECT_VERSION}")
+endif()
+
 # The changelog and manual page are installed gzipped, reproducibly (no name, no time).
 foreach(source changelog zorvane.1 mouse-sim.1 zorvane-services.1)
   execute_process(COMMAND gzip -n -9 -c ${pkg}/${source} OUTPUT_FILE ${pkg_out}/${source}.gz
