@@ -1,4 +1,5 @@
 #include "Utils/AppPaths.h"
+#include "Utils/CommandLine.h"
 #include "Utils/MessageHandler.h"
 #include "Widget/Console/MainWindow.h"
 #include "Widget/SingleApplication.h"
@@ -6,6 +7,11 @@
 
 int main(int argc, char* argv[])
 {
+    // First: --help and --version are answered without the log or a running instance.
+    const CommandLine::Outcome options = CommandLine::handle(argc, argv);
+    if (options.exit) {
+        return options.exitCode;
+    }
     // Names the data folder (…/ZorvaneV2) before anything resolves a path.
     QCoreApplication::setApplicationName(QString::fromLatin1(AppPaths::kApplicationName));
     MessageHandler::install(AppPaths::dataFile(QStringLiteral("/ZorvaneLog.txt")));
@@ -14,6 +20,7 @@ int main(int argc, char* argv[])
     if (app.isRunning()) {
         return 0;
     }
+    CommandLine::logStart();
     // The console only hides on close; the process lives on for the mouse.
     app.setQuitOnLastWindowClosed(false);
 

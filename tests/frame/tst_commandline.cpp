@@ -1,0 +1,179 @@
+#include "Utils/AppConfig.h"
+#include "Utils/CommandLine.h"
+#include "Widget/SingleApplication.h"
+
+#include <QElapsedTimer>
+#include <QFile>
+#include <QProcess>
+#include <QTemporaryDir>
+#include <QtTest>
+
+// This process is the running instance; the real program is started beside it.
+class TestCommandLine : public QObject {
+    Q_OBJECT
+
+public:
+    explicit TestCommandLine(SingleApplication* app) : mApp(app) {}
+
+private slots:
+    void helpAndVersionLeaveTheRunningInstanceAlone();
+    void badOptionsFailAndQtOptionsPass();
+    void startLineNamesTheSources();
+    void aRealStartLogsTheStartLine();
+
+private:
+    struct Run {
+        int code = -1;
+        QString out;
+        QString err;
+    };
+    Run run(const QStringList& arguments);
+    SingleApplication* mApp;
+};
+
+TestCommandLine::Run TestCommandLine::run(const QStringList& arguments)
+{
+    QProcess program;
+    program.start(QStringLiteral(ZORVANE_BINARY), arguments);
+    // Keep serving events: a program that wrongly pokes us must find us answering.
+    QElapsedTimer clock;
+    clock.start();
+    while (program.state() != QProcess::NotRunning && clock.elapsed() < 20000) {
+        QCoreApplication::processEvents(QEventLoop::AllEvents, 20);
+        program.waitForFinished(10);
+    }
+    Run result;
+    if (program.state() != QProcess::NotRunning) {
+        program.kill();
+        program.waitForFinished();
+        return result;
+    }
+    result.code = program.exitStatus() == QProcess::NormalExit ? program.exitCode() : -2;
+    result.out = QString::fromLocal8Bit(program.readAllStandardOutput());
+    result.err = QString::fromLocal8Bit(program.readAllStandardError());
+    return result;
+}
+
+void TestCommandLine::helpAndVersionLeaveTheRunningInstanceAlone()
+{
+    QWidget window;
+    mApp->mainWindow = &window;
+    const QString version = QStringLiteral("zorvane " ZORVANE_VERSION "\n");
+    for (const QString& option : {QStringLiteral("--version"), QStringLiteral("-v")}) {
+        const Run r = run({option});
+        QCOMPARE(r.code, 0);
+        QCOMPARE(r.out, version);
+    }
+    for (const QString& option : {QStringLiteral("--help"), QStringLiteral("-h")}) {
+        const Run r = run({option, QStringLiteral("somefile")});
+        QCOMPARE(r.code, 0);
+        QVERIFY2(r.out.startsWith(QLatin1String("Usage: zorvane")), qPrintable(r.out));
+        QVERIFY(r.out.contains(QLatin1String("--version")));
+    }
+    QTest::qWait(100);
+    QVERIFY2(!window.isVisible(), "an answered option raised the running instance");
+    // Nor did it open the log of the running instance.
+    const QString dataHome = qEnvironmentVariable("XDG_DATA_HOME");
+    QVERIFY(!QFile::exists(dataHome + QStringLiteral("/ZorvaneV2/ZorvaneLog.txt")));
+    mApp->mainWindow = nullptr;
+}
+
+void TestCommandLine::badOptionsFailAndQtOptionsPass()
+{
+    const Run r = run({QStringLiteral("--frobnicate")});
+    QCOMPARE(r.code, 2);
+    QVERIFY(r.out.isEmpty());
+    QVERIFY2(r.err.contains(QLatin1String("frobnicate")) && r.err.contains(QLatin1String("--help")),
+             qPrintable(r.err));
+
+    const QString program = QStringLiteral("zorvane");
+    QVERIFY(!CommandLine::parse({program}).exit);
+    // What QApplication reads itself, and a plain argument for the running instance.
+    QVERIFY(!CommandLine::parse({program, QStringLiteral("-platform"), QStringLiteral("offscreen"),
+                                 QStringLiteral("-style=fusion"), QStringLiteral("-reverse"),
+                                 QStringLiteral("notes.txt")})
+                 .exit);
+    QVERIFY(CommandLine::parse({program, QStringLiteral("-style")}).exit);  // value missing
+    const CommandLine::Outcome both = CommandLine::parse(
+        {program, QStringLiteral("-platform"), QStringLiteral("xcb"), QStringLiteral("--version")});
+    QVERIFY(both.exit);
+    QCOMPARE(both.exitCode, 0);
+}
+
+void TestCommandLine::startLineNamesTheSources()
+{
+    QTemporaryDir dir;
+    const QString ini = dir.filePath(QStringLiteral("zorvane.ini"));
+    {
+        QFile file(ini);
+        QVERIFY(file.open(QIODevice::WriteOnly));
+        file.write("[backend]\nurl=http://10.0.0.1\n[search]\nurl=http://10.0.0.2\n");
+    }
+    const QHash<QString, QString> env{{QStringLiteral("ZORVANE_DEVICE_SOCKET"), QStringLiteral("/tmp/m")},
+                                      {QStringLiteral("ZORVANE_TOKEN_URL"), QStringLiteral("http://t")}};
+    const QString configured = CommandLine::startLine(AppConfig::fromSources(ini, env), ini);
+    QVERIFY2(configured.contains(QLatin1String(ZORVANE_VERSION)), qPrintable(configured));
+    QVERIFY2(configured.contains(QStringLiteral("file %1 (2 values)").arg(ini)), qPrintable(configured));
+    QVERIFY2(configured.contains(QLatin1String("ZORVANE_TOKEN_URL")) &&
+                 configured.contains(QLatin1String("ZORVANE_DEVICE_SOCKET")),
+             qPrintable(configured));
+    QVERIFY2(configured.endsWith(QLatin1String("virtual device at /tmp/m")), qPrintable(configured));
+
+    const QString missing = dir.filePath(QStringLiteral("none.ini"));
+    const QString plain = CommandLine::startLine(AppConfig::fromSources(missing, {}), missing);
+    QVERIFY2(plain.contains(QStringLiteral("no file at ") + missing), qPrintable(plain));
+    QVERIFY2(plain.contains(QLatin1String("no environment")), qPrintable(plain));
+    QVERIFY2(plain.contains(QLatin1String("receiver")) && !plain.contains(QLatin1String("virtual")),
+             qPrintable(plain));
+}
+
+void TestCommandLine::aRealStartLogsTheStartLine()
+{
+    // A runtime folder of its own: the program must not find us and must start fully.
+    QTemporaryDir runtime(QStringLiteral("/tmp/zcl-XXXXXX"));
+    QTemporaryDir data;
+    QVERIFY(runtime.isValid() && data.isValid());
+    QFile::setPermissions(runtime.path(), QFile::ReadOwner | QFile::WriteOwner | QFile::ExeOwner);
+    QProcessEnvironment env = QProcessEnvironment::systemEnvironment();
+    env.insert(QStringLiteral("XDG_RUNTIME_DIR"), runtime.path());
+    env.insert(QStringLiteral("XDG_DATA_HOME"), data.path());
+    env.insert(QStringLiteral("ZORVANE_DEVICE_SOCKET"), runtime.filePath(QStringLiteral("mouse")));
+    QProcess program;
+    program.setProcessEnvironment(env);
+    program.start(QStringLiteral(ZORVANE_BINARY), QStringList());
+    QVERIFY(program.waitForStarted());
+    QFile log(data.filePath(QStringLiteral("ZorvaneV2/ZorvaneLog.txt")));
+    QString text;
+    QElapsedTimer clock;
+    clock.start();
+    while (!text.contains(QLatin1String("starting;")) && clock.elapsed() < 20000 &&
+           program.state() == QProcess::Running) {
+        program.waitForFinished(50);
+        if (log.open(QIODevice::ReadOnly)) {
+            text = QString::fromUtf8(log.readAll());
+            log.close();
+        }
+    }
+    program.kill();
+    program.waitForFinished();
+    const QString line = text.section(QLatin1String("starting;"), 1, 1).section(QLatin1Char('\n'), 0, 0);
+    QVERIFY2(!line.isEmpty(), qPrintable(text));
+    QVERIFY2(line.contains(QLatin1String("environment ZORVANE_DEVICE_SOCKET")), qPrintable(line));
+    QVERIFY2(line.contains(QLatin1String("virtual device at ") + runtime.filePath(QStringLiteral("mouse"))),
+             qPrintable(line));
+}
+
+int main(int argc, char** argv)
+{
+    QCoreApplication::setApplicationName(QStringLiteral("ZorvaneV2"));
+    SingleApplication app(argc, argv);
+    if (app.isRunning()) {
+        qCritical("another instance already runs in this test's runtime folder");
+        return 1;
+    }
+    app.setQuitOnLastWindowClosed(false);
+    TestCommandLine test(&app);
+    return QTest::qExec(&test, argc, argv);
+}
+
+#include "tst_commandline.moc"
