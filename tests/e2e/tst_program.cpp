@@ -158,6 +158,7 @@ class TestProgram : public QObject {
 private slots:
     void initTestCase();
     void cleanupTestCase();
+    void cleanup();
     void startOpensTheReceiverAndRunsTheLadders();
     void speedButtonReachesTheMouse();
     void unplugShowsTheStrip();
@@ -176,6 +177,7 @@ private:
     std::unique_ptr<MouseSimulator> mSim;
     std::unique_ptr<Child> mProgram;
     QString mConsole;
+    bool mToldWhy = false;
 };
 
 void TestProgram::initTestCase()
@@ -221,6 +223,19 @@ void TestProgram::cleanupTestCase()
     mProgram.reset();
     mSim.reset();
     mServices.reset();
+}
+
+// The first failure says how the program stood and what it printed last.
+void TestProgram::cleanup()
+{
+    if (!QTest::currentTestFailed() || mToldWhy || !mProgram) {
+        return;
+    }
+    mToldWhy = true;
+    const QProcess& program = mProgram->process();
+    qWarning().noquote() << "zorvane:" << (program.state() == QProcess::Running ? "running" : "not running")
+                         << "exit code" << program.exitCode() << "\n"
+                         << mProgram->output().right(4000);
 }
 
 QProcessEnvironment TestProgram::programEnvironment() const
