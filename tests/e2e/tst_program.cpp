@@ -29,6 +29,7 @@ const QPoint kSpots[] = {
 
 const QSize kConsoleSize(880, 600);
 const QSize kQuestionSize(400, 200);
+const QSize kPlugStripSize(336, 72);  // once it has slid out
 const QString kConsoleName = QStringLiteral("^Zorvane$");
 const QString kPlugStripName = QStringLiteral("^Zorvane 设备提示$");
 const QString kLowbatName = QStringLiteral("^Zorvane 电量提醒$");
@@ -293,7 +294,7 @@ void TestProgram::unplugShowsTheStrip()
 {
     mSim->command("unplug");
     QVERIFY(mSim->waitForLine(QStringLiteral("closed")));
-    QVERIFY(!waitForWindow(kPlugStripName).isEmpty());
+    QVERIFY(!waitForWindow(kPlugStripName, kPlugStripSize).isEmpty());
     screenshot(QStringLiteral("unplugged"));
     // Back in, the receiver is opened again.
     mSim->command("plug");
