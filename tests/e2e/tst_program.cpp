@@ -2,7 +2,6 @@
 #include "MouseSimulator.h"
 
 #include <QDir>
-#include <QElapsedTimer>
 #include <QFile>
 #include <QGuiApplication>
 #include <QProcess>
@@ -43,8 +42,8 @@ QString out(const st_small_base_com_msg& record)
     return QStringLiteral("out ") + QString::fromLatin1(record.toByteArray(31).toHex(' '));
 }
 
-// A small X tool's answer, trimmed.
-QString x11(const QStringList& arguments)
+// What xdotool answers, trimmed.
+QString xdotool(const QStringList& arguments)
 {
     QProcess tool;
     tool.start(QStringLiteral("xdotool"), arguments);
@@ -55,7 +54,7 @@ QString x11(const QStringList& arguments)
 QSize windowSize(const QString& window)
 {
     QSize size;
-    const QString shell = x11({QStringLiteral("getwindowgeometry"), QStringLiteral("--shell"), window});
+    const QString shell = xdotool({QStringLiteral("getwindowgeometry"), QStringLiteral("--shell"), window});
     for (const QString& line : shell.split(QLatin1Char('\n'))) {
         if (line.startsWith(QLatin1String("WIDTH="))) {
             size.setWidth(line.mid(6).toInt());
@@ -70,8 +69,8 @@ QSize windowSize(const QString& window)
 QStringList visibleWindows(const QString& pattern, const QSize& size = {})
 {
     QStringList found;
-    const QString ids =
-        x11({QStringLiteral("search"), QStringLiteral("--onlyvisible"), QStringLiteral("--name"), pattern});
+    const QString ids = xdotool(
+        {QStringLiteral("search"), QStringLiteral("--onlyvisible"), QStringLiteral("--name"), pattern});
     for (const QString& id : ids.split(QLatin1Char('\n'), Qt::SkipEmptyParts)) {
         if (!size.isValid() || windowSize(id) == size) {
             found << id;
@@ -100,8 +99,8 @@ bool waitForNoWindow(const QString& pattern, const QSize& size = {})
 void click(const QString& window, Spot spot)
 {
     const QPoint at = kSpots[spot];
-    x11({QStringLiteral("mousemove"), QStringLiteral("--window"), window, QString::number(at.x()),
-         QString::number(at.y()), QStringLiteral("click"), QStringLiteral("1")});
+    xdotool({QStringLiteral("mousemove"), QStringLiteral("--window"), window, QString::number(at.x()),
+             QString::number(at.y()), QStringLiteral("click"), QStringLiteral("1")});
 }
 
 // A child process whose output is kept for the checks.
@@ -305,8 +304,8 @@ void TestProgram::closedConsoleKeepsTheMouse()
 {
     QVERIFY(!mConsole.isEmpty());
     // Closed the way a desktop closes windows: the window manager's close request.
-    x11({QStringLiteral("windowactivate"), QStringLiteral("--sync"), mConsole});
-    x11({QStringLiteral("key"), QStringLiteral("--clearmodifiers"), QStringLiteral("alt+F4")});
+    xdotool({QStringLiteral("windowactivate"), QStringLiteral("--sync"), mConsole});
+    xdotool({QStringLiteral("key"), QStringLiteral("--clearmodifiers"), QStringLiteral("alt+F4")});
     QVERIFY(waitForNoWindow(kConsoleName, kConsoleSize));
     QCOMPARE(mProgram->process().state(), QProcess::Running);
     // The receiver stays open and read: a low battery report still brings its panel.
@@ -345,8 +344,8 @@ void TestProgram::quitEndsAndTheAutostartQuestionComesFirst()
     QVERIFY(!question.isEmpty());
     screenshot(QStringLiteral("autostart_question"));
     QVERIFY(visibleWindows(kConsoleName, kConsoleSize).isEmpty());
-    x11({QStringLiteral("windowactivate"), QStringLiteral("--sync"), question});
-    x11({QStringLiteral("key"), QStringLiteral("--clearmodifiers"), QStringLiteral("Return")});
+    xdotool({QStringLiteral("windowactivate"), QStringLiteral("--sync"), question});
+    xdotool({QStringLiteral("key"), QStringLiteral("--clearmodifiers"), QStringLiteral("Return")});
     QVERIFY(!waitForWindow(kConsoleName, kConsoleSize).isEmpty());
     QVERIFY(visibleWindows(kConsoleName, kQuestionSize).isEmpty());
     // The box was ticked when asked: the entry is back.
