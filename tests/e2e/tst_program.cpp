@@ -257,7 +257,7 @@ void TestProgram::screenshot(const QString& name)
     const QString folder = qEnvironmentVariable("ZORVANE_SCREENSHOTS");
     if (!folder.isEmpty()) {
         QDir().mkpath(folder);
-        QGuiApplication::primaryScreen()->grabWindow(0).save(folder + QStringLiteral("/e2e_") + name +
+        QGuiApplication::primaryScreen()->grabWindow(0).save(folder + QStringLiteral("/program-") + name +
                                                              QStringLiteral(".png"));
     }
 }
@@ -286,7 +286,7 @@ void TestProgram::speedButtonReachesTheMouse()
     QVERIFY(mSim->waitForLine(out(DM::setDpi(2))));
     click(mConsole, SpeedStandard);
     QVERIFY(mSim->waitForLine(out(DM::setDpi(0))));
-    screenshot(QStringLiteral("console_mouse_settings"));
+    screenshot(QStringLiteral("console-mouse-settings"));
 }
 
 void TestProgram::unplugShowsTheStrip()
@@ -312,7 +312,7 @@ void TestProgram::closedConsoleKeepsTheMouse()
     mSim->command("lowbat 1");
     QVERIFY(!waitForWindow(kLowbatName).isEmpty());
     QVERIFY(!mSim->hasLine(QStringLiteral("closed")));
-    screenshot(QStringLiteral("low_battery"));
+    screenshot(QStringLiteral("low-battery"));
 }
 
 void TestProgram::secondStartBringsTheConsoleBack()
@@ -342,7 +342,7 @@ void TestProgram::quitEndsAndTheAutostartQuestionComesFirst()
     startProgram();
     const QString question = waitForWindow(kConsoleName, kQuestionSize, kStartMs);
     QVERIFY(!question.isEmpty());
-    screenshot(QStringLiteral("autostart_question"));
+    screenshot(QStringLiteral("autostart-question"));
     QVERIFY(visibleWindows(kConsoleName, kConsoleSize).isEmpty());
     xdotool({QStringLiteral("windowactivate"), QStringLiteral("--sync"), question});
     xdotool({QStringLiteral("key"), QStringLiteral("--clearmodifiers"), QStringLiteral("Return")});
