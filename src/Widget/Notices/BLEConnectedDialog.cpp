@@ -22,7 +22,7 @@ BLEConnectedDialog::BLEConnectedDialog(QWidget* parent) : QDialog(parent), mTime
     setAttribute(Qt::WA_TranslucentBackground);
     setAttribute(Qt::WA_ShowWithoutActivating);
     setFocusPolicy(Qt::NoFocus);
-    setWindowTitle(QStringLiteral("Zorvane"));
+    setWindowTitle(QStringLiteral("Zorvane 蓝牙已连接"));
     setFixedSize(kSize);
 
     auto* picture = new QLabel(this);

@@ -90,7 +90,7 @@ BLEConnentionGuidanceDialog::BLEConnentionGuidanceDialog(QWidget* parent, BleGui
     mPresenter = new BleGuidancePresenter(this, device, launcher, this);
 
     setWindowFlags(Qt::FramelessWindowHint | Qt::WindowStaysOnTopHint);
-    setWindowTitle(QStringLiteral("Zorvane"));
+    setWindowTitle(QStringLiteral("Zorvane 蓝牙连接向导"));
     setAttribute(Qt::WA_TranslucentBackground, mTranslucent);
     setStyleSheet(QStringLiteral(
         "QLabel { color: #333B4A; font-size: 15px; }"

@@ -55,7 +55,7 @@ LowbatDialog::LowbatDialog(QWidget* parent) : QDialog(parent)
     setAttribute(Qt::WA_TranslucentBackground);
     // The panel pops up while the user types elsewhere: it must not take the keyboard.
     setAttribute(Qt::WA_ShowWithoutActivating);
-    setWindowTitle(QStringLiteral("Zorvane"));
+    setWindowTitle(QStringLiteral("Zorvane 电量提醒"));
     setupUi();
 
     mPresenter = new LowbatPresenter(this, this);

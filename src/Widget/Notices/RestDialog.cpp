@@ -20,6 +20,7 @@ RestDialog::RestDialog(QWidget* parent)
       mTip(new QLabel(frame()))
 {
     Q_INIT_RESOURCE(reminders);
+    setWindowTitle(QStringLiteral("Zorvane 休息提醒"));
     mPicture->setGeometry(0, 0, kSize, kSize);
     mPicture->setScaledContents(true);
     mTitle->setGeometry(24, 40, kSize - 48, 36);

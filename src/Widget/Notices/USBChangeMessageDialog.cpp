@@ -48,7 +48,7 @@ USBChangeMessageDialog::USBChangeMessageDialog(QWidget* parent)
     setAttribute(Qt::WA_ShowWithoutActivating);
     setAttribute(Qt::WA_DeleteOnClose);
     setFocusPolicy(Qt::NoFocus);
-    setWindowTitle(QStringLiteral("Zorvane"));
+    setWindowTitle(QStringLiteral("Zorvane 设备提示"));
 
     // No layout: the strip grows from nothing and its content keeps the full width meanwhile.
     mIcon->setGeometry(20, (kHeight - 40) / 2, 40, 40);
