@@ -207,6 +207,7 @@ void InputPresenter::finishVoiceCommand(const QString& content)
         return;
     }
     const QString command = stripped(content);
+    qCDebug(lcInput) << "voice command" << command;
     if (handleCommand(command)) {
         mStatus.isRunning = false;
         startDelayHide();

@@ -1,3 +1,4 @@
+#include "E2e.h"
 #include "Hid/DeviceMessage.h"
 #include "MouseSimulator.h"
 
@@ -10,6 +11,7 @@
 #include <QtTest>
 
 namespace DM = DeviceMessage;
+using namespace E2e;
 
 namespace {
 
@@ -35,118 +37,16 @@ const QString kLowbatName = QStringLiteral("^Zorvane 电量提醒$");
 
 // The first open, the ladder and the backend's answers take a few seconds under the sanitizers.
 constexpr int kStartMs = 20000;
-constexpr int kWindowMs = 8000;
 
 QString out(const st_small_base_com_msg& record)
 {
     return QStringLiteral("out ") + QString::fromLatin1(record.toByteArray(31).toHex(' '));
 }
 
-// What xdotool answers, trimmed.
-QString xdotool(const QStringList& arguments)
-{
-    QProcess tool;
-    tool.start(QStringLiteral("xdotool"), arguments);
-    tool.waitForFinished(5000);
-    return QString::fromUtf8(tool.readAllStandardOutput()).trimmed();
-}
-
-QSize windowSize(const QString& window)
-{
-    QSize size;
-    const QString shell = xdotool({QStringLiteral("getwindowgeometry"), QStringLiteral("--shell"), window});
-    for (const QString& line : shell.split(QLatin1Char('\n'))) {
-        if (line.startsWith(QLatin1String("WIDTH="))) {
-            size.setWidth(line.mid(6).toInt());
-        } else if (line.startsWith(QLatin1String("HEIGHT="))) {
-            size.setHeight(line.mid(7).toInt());
-        }
-    }
-    return size;
-}
-
-// The mapped windows with a title matching the pattern and, when given, of that size.
-QStringList visibleWindows(const QString& pattern, const QSize& size = {})
-{
-    QStringList found;
-    const QString ids = xdotool(
-        {QStringLiteral("search"), QStringLiteral("--onlyvisible"), QStringLiteral("--name"), pattern});
-    for (const QString& id : ids.split(QLatin1Char('\n'), Qt::SkipEmptyParts)) {
-        if (!size.isValid() || windowSize(id) == size) {
-            found << id;
-        }
-    }
-    return found;
-}
-
-QString waitForWindow(const QString& pattern, const QSize& size = {}, int timeoutMs = kWindowMs)
-{
-    QString window;
-    const bool found = QTest::qWaitFor(
-        [&] {
-            window = visibleWindows(pattern, size).value(0);
-            return !window.isEmpty();
-        },
-        timeoutMs);
-    return found ? window : QString();
-}
-
-bool waitForNoWindow(const QString& pattern, const QSize& size = {})
-{
-    return QTest::qWaitFor([&] { return visibleWindows(pattern, size).isEmpty(); }, kWindowMs);
-}
-
 void click(const QString& window, Spot spot)
 {
-    const QPoint at = kSpots[spot];
-    xdotool({QStringLiteral("mousemove"), QStringLiteral("--window"), window, QString::number(at.x()),
-             QString::number(at.y()), QStringLiteral("click"), QStringLiteral("1")});
+    E2e::clickAt(window, kSpots[spot]);
 }
-
-// A child process whose output is kept for the checks.
-class Child {
-public:
-    explicit Child(const QProcessEnvironment& environment = QProcessEnvironment::systemEnvironment())
-    {
-        mProcess.setProcessEnvironment(environment);
-        mProcess.setProcessChannelMode(QProcess::MergedChannels);
-    }
-    ~Child() { stop(); }
-    void start(const QString& program, const QStringList& arguments = {})
-    {
-        mOutput.clear();
-        mProcess.start(program, arguments);
-    }
-    bool waitForOutput(const QString& text, int timeoutMs)
-    {
-        return QTest::qWaitFor(
-            [&] {
-                mOutput += QString::fromUtf8(mProcess.readAll());
-                return mOutput.contains(text);
-            },
-            timeoutMs);
-    }
-    QString output()
-    {
-        mOutput += QString::fromUtf8(mProcess.readAll());
-        return mOutput;
-    }
-    void stop()
-    {
-        if (mProcess.state() != QProcess::NotRunning) {
-            mProcess.terminate();
-            if (!mProcess.waitForFinished(3000)) {
-                mProcess.kill();
-                mProcess.waitForFinished();
-            }
-        }
-    }
-    QProcess& process() { return mProcess; }
-
-private:
-    QProcess mProcess;
-    QString mOutput;
-};
 
 }  // namespace
 
@@ -184,23 +84,9 @@ void TestProgram::initTestCase()
 {
     // Free ports, so that parallel suites never meet; the printed snippet points the program there.
     mServices = std::make_unique<Child>();
-    mServices->start(QStringLiteral(SERVICES_BINARY), {QStringLiteral("--free-ports")});
-    QVERIFY2(mServices->waitForOutput(QStringLiteral("\nready\n"), 10000), qPrintable(mServices->output()));
-    const QString printed = mServices->output();
-    const int from = printed.indexOf(QLatin1String("\n["));
-    const int to = printed.indexOf(QLatin1String("\nready\n"));
-    QVERIFY(from > 0 && to > from);
-    QString configPath = qEnvironmentVariable("ZORVANE_CONFIG");
-    if (configPath.isEmpty()) {
-        configPath = QStandardPaths::writableLocation(QStandardPaths::GenericConfigLocation) +
-                     QStringLiteral("/zorvane-e2e.ini");
-        qputenv("ZORVANE_CONFIG", configPath.toUtf8());
-    }
-    QDir().mkpath(QFileInfo(configPath).absolutePath());
-    QFile config(configPath);
-    QVERIFY(config.open(QIODevice::WriteOnly | QIODevice::Truncate));
-    config.write(printed.mid(from + 1, to - from).toUtf8());
-    config.close();
+    QString failure;
+    QVERIFY2(startServices(mServices.get(), QStringLiteral(SERVICES_BINARY), {}, &failure),
+             qPrintable(failure));
 
     mSocketPath =
         QStandardPaths::writableLocation(QStandardPaths::RuntimeLocation) + QStringLiteral("/mouse");
@@ -208,13 +94,7 @@ void TestProgram::initTestCase()
     QVERIFY(mSim->waitReady());
 
     // With the entry in place the start asks nothing; the last case takes it away.
-    mAutostartPath = QStandardPaths::writableLocation(QStandardPaths::GenericConfigLocation) +
-                     QStringLiteral("/autostart/zorvane.desktop");
-    QDir().mkpath(QFileInfo(mAutostartPath).absolutePath());
-    QFile entry(mAutostartPath);
-    QVERIFY(entry.open(QIODevice::WriteOnly | QIODevice::Truncate));
-    entry.write("[Desktop Entry]\nType=Application\nName=Zorvane\nExec=zorvane\n");
-    entry.close();
+    mAutostartPath = writeAutostartEntry();
     startProgram();
 }
 

@@ -36,5 +36,5 @@ std::unique_ptr<RecognitionEngine> EngineFactory::create() const
         }
     }
 #endif
-    return std::make_unique<ScriptedEngine>(mScript);
+    return std::make_unique<ScriptedEngine>(mScript, mSentence);
 }

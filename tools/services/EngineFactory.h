@@ -4,6 +4,7 @@
 
 #include <QStringList>
 
+#include <atomic>
 #include <memory>
 
 // Which engine the speech services hear with: "scripted" (deterministic, any language) or
@@ -21,4 +22,6 @@ public:
 private:
     QString mEngine = QStringLiteral("scripted");
     QStringList mScript;
+    // Shared by the scripted engines of all sessions, so that the script goes on from one to the next.
+    std::shared_ptr<std::atomic<int>> mSentence = std::make_shared<std::atomic<int>>(0);
 };

@@ -4,8 +4,8 @@
 
 #include <cstdlib>
 
-ScriptedEngine::ScriptedEngine(const QStringList& script)
-    : mScript(script.isEmpty() ? defaultScript() : script)
+ScriptedEngine::ScriptedEngine(const QStringList& script, std::shared_ptr<std::atomic<int>> sentence)
+    : mScript(script.isEmpty() ? defaultScript() : script), mSentence(std::move(sentence))
 {
 }
 
@@ -66,7 +66,7 @@ QList<RecognitionEngine::Result> ScriptedEngine::feed(const QByteArray& pcm)
             results << closeSentence();
             continue;
         }
-        const QStringList stages = stagesOf(mScript.at(mSentence % mScript.size()));
+        const QStringList stages = stagesOf(mScript.at(mSentence->load() % mScript.size()));
         const int stage = mSpokenMs / kStageMs - 1;
         if (stage > mStage && stage < stages.size() - 1) {
             mStage = stage;
@@ -88,8 +88,8 @@ QList<RecognitionEngine::Result> ScriptedEngine::finish()
 
 RecognitionEngine::Result ScriptedEngine::closeSentence()
 {
-    const QStringList stages = stagesOf(mScript.at(mSentence % mScript.size()));
-    ++mSentence;
+    const QStringList stages = stagesOf(mScript.at(mSentence->load() % mScript.size()));
+    ++*mSentence;
     mSpeaking = false;
     return Result{true, stages.last()};
 }

@@ -1,0 +1,325 @@
+#include "E2e.h"
+#include "Hid/DeviceMessage.h"
+#include "MouseSimulator.h"
+
+#include <QSettings>
+
+namespace DM = DeviceMessage;
+using namespace E2e;
+
+namespace {
+
+// What the stand-in gateway hears, one line per stretch of speech: a dictation whose partial
+// result is revised, a voice search, a dictation over Bluetooth.
+const QStringList kScript = {QStringLiteral("我想|我想去北经|我想去北京看看。"), QStringLiteral("搜索天气"),
+                             QStringLiteral("今天天气很好。"), QStringLiteral("你好。")};
+const QString kFirstDictation = QStringLiteral("我想去北京看看。");
+const QString kSecondDictation = QStringLiteral("今天天气很好。");
+
+const QSize kConsoleSize(880, 600);
+const QSize kStripSize(840, 54);
+const QSize kFixedPanelSize(124, 131);
+const QSize kToolbarSize(144, 32);
+const QSize kTranslateWindowSize(456, 361);
+const QPoint kToolbarTranslate(49, 16);
+// The address the virtual mouse has on Bluetooth.
+const QString kMouseBleAddress = QStringLiteral("C8:47:8C:5A:01:02");
+const QString kZorvane = QStringLiteral("^Zorvane$");
+const QString kClientName = QStringLiteral("^selection source$");
+constexpr int kStartMs = 25000;
+constexpr int kTextMs = 15000;
+
+QString out(const st_small_base_com_msg& record)
+{
+    return QStringLiteral("out ") + QString::fromLatin1(record.toByteArray(31).toHex(' '));
+}
+
+// A stretch of speech as the mouse would hear it: espeak-ng's voice, at 16 kHz mono 16-bit.
+bool writeSpeech(const QString& path)
+{
+    const QString raw = path + QStringLiteral(".raw.wav");
+    QProcess speak;
+    speak.start(QStringLiteral("espeak-ng"),
+                {QStringLiteral("-w"), raw, QStringLiteral("testing one two three")});
+    if (!speak.waitForFinished(20000) || speak.exitCode() != 0) {
+        return false;
+    }
+    QProcess convert;
+    convert.start(QStringLiteral("sox"),
+                  {raw, QStringLiteral("-r"), QStringLiteral("16000"), QStringLiteral("-c"),
+                   QStringLiteral("1"), QStringLiteral("-b"), QStringLiteral("16"), path});
+    return convert.waitForFinished(20000) && convert.exitCode() == 0;
+}
+
+bool writeFile(const QString& path, const QByteArray& content, bool executable = false)
+{
+    QDir().mkpath(QFileInfo(path).absolutePath());
+    QFile file(path);
+    if (!file.open(QIODevice::WriteOnly | QIODevice::Truncate)) {
+        return false;
+    }
+    file.write(content);
+    file.close();
+    return !executable ||
+           file.setPermissions(file.permissions() | QFile::ExeOwner | QFile::ExeUser | QFile::ReadOwner);
+}
+
+}  // namespace
+
+// Press, speak, and the text arrives in another application that keeps the keyboard: the real
+// program with the virtual mouse and the stand-ins under a window manager.
+class TestVoice : public QObject {
+    Q_OBJECT
+
+private slots:
+    void initTestCase();
+    void cleanupTestCase();
+    void dictationOverUsbTypesIntoTheFocusedClient();
+    void voiceSearchOpensTheSearchPage();
+    void selectionToolbarTranslates();
+    void dictationOverBluetooth();
+    void voiceTranslationIsSentIntoTheClient();
+
+private:
+    // The client's line edit, as it answers now.
+    QString clientText();
+    bool waitForClientText(const QString& text);
+    void speak(int key);
+    bool clientHasKeyboard();
+    void startProgram();
+    void restartWith(const QString& key, const QVariant& value);
+
+    QString mHome;
+    QString mSocketPath;
+    QString mSpeech;
+    QString mUrls;
+    QRect mClientField;
+    std::unique_ptr<Child> mServices;
+    std::unique_ptr<MouseSimulator> mSim;
+    std::unique_ptr<Child> mClient;
+    std::unique_ptr<Child> mProgram;
+    QString mClientWindow;
+};
+
+void TestVoice::initTestCase()
+{
+    const QString config = QStandardPaths::writableLocation(QStandardPaths::GenericConfigLocation);
+    const QString data = QStandardPaths::writableLocation(QStandardPaths::GenericDataLocation);
+    const QString runtime = QStandardPaths::writableLocation(QStandardPaths::RuntimeLocation);
+    const QString script = runtime + QStringLiteral("/script.txt");
+    QVERIFY(writeFile(script, kScript.join(QLatin1Char('\n')).toUtf8() + '\n'));
+    mServices = std::make_unique<Child>();
+    QString failure;
+    QVERIFY2(startServices(mServices.get(), QStringLiteral(SERVICES_BINARY),
+                           {QStringLiteral("--script"), script}, &failure),
+             qPrintable(failure));
+
+    // The user's browser, as the desktop knows it: it notes each page it is asked to open.
+    mUrls = runtime + QStringLiteral("/opened.txt");
+    const QString browser = runtime + QStringLiteral("/browser");
+    QVERIFY(writeFile(browser, QStringLiteral("#!/bin/sh\necho \"$1\" >> '%1'\n").arg(mUrls).toUtf8(), true));
+    QVERIFY(writeFile(data + QStringLiteral("/applications/e2e-browser.desktop"),
+                      QStringLiteral("[Desktop Entry]\nType=Application\nName=Browser\nExec=%1 %u\n")
+                          .arg(browser)
+                          .toUtf8()));
+    QVERIFY(writeFile(config + QStringLiteral("/mimeapps.list"),
+                      "[Default Applications]\nx-scheme-handler/http=e2e-browser.desktop\n"
+                      "x-scheme-handler/https=e2e-browser.desktop\n"));
+    // Selected text offers the toolbar.
+    QVERIFY(
+        writeFile(data + QStringLiteral("/ZorvaneV2/preferences.ini"), "[config]\ntextTranslateMode=1\n"));
+    writeAutostartEntry();
+    mSpeech = runtime + QStringLiteral("/speech.wav");
+    QVERIFY(writeSpeech(mSpeech));
+
+    // A two-key mouse on its receiver.
+    mSocketPath = runtime + QStringLiteral("/mouse");
+    mSim = std::make_unique<MouseSimulator>(QStringLiteral(MOUSE_SIM_BINARY), mSocketPath);
+    QVERIFY(mSim->waitReady());
+    mSim->command("set key-type 0");
+
+    startProgram();
+    QVERIFY(mSim->waitForLine(QStringLiteral("open"), kStartMs));
+    QVERIFY(mSim->waitForLine(out(DM::getSoundEffect()), kStartMs));
+    const QString console = waitForWindow(kZorvane, kConsoleSize, kStartMs);
+    QVERIFY(!console.isEmpty());
+    xdotool({QStringLiteral("windowminimize"), QStringLiteral("--sync"), console});
+
+    // The application the user types in, with the keyboard.
+    mClient = std::make_unique<Child>();
+    mClient->start(QStringLiteral(LINE_EDIT_CLIENT), {QString(), QString()});
+    QVERIFY(mClient->waitForOutput(QStringLiteral("ready "), 10000));
+    const QStringList ready = mClient->output().section(QStringLiteral("ready "), 1).split(QLatin1Char(' '));
+    mClientField = QRect(ready.value(0).toInt(), ready.value(1).toInt(), ready.value(2).toInt(),
+                         ready.value(3).trimmed().toInt());
+    mClientWindow = waitForWindow(kClientName);
+    QVERIFY(!mClientWindow.isEmpty());
+    QVERIFY(clientHasKeyboard());
+}
+
+void TestVoice::cleanupTestCase()
+{
+    mProgram.reset();
+    if (mClient) {
+        mClient->process().write("quit\n");
+    }
+    mClient.reset();
+    mSim.reset();
+    mServices.reset();
+}
+
+void TestVoice::startProgram()
+{
+    QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();
+    environment.insert(QStringLiteral("ZORVANE_DEVICE_SOCKET"), mSocketPath);
+    mProgram = std::make_unique<Child>(environment);
+    mProgram->start(QStringLiteral(ZORVANE_BINARY));
+}
+
+QString TestVoice::clientText()
+{
+    const QString before = mClient->output();
+    mClient->process().write("?\n");
+    if (!QTest::qWaitFor(
+            [&] {
+                const QString now = mClient->output();
+                return now.size() > before.size() && now.endsWith(QLatin1Char('\n'));
+            },
+            2000)) {
+        return QString();
+    }
+    // presses, owns clipboard, text, clipboard text
+    return mClient->output().mid(before.size()).trimmed().section(QLatin1Char('\t'), 2, 2);
+}
+
+bool TestVoice::waitForClientText(const QString& text)
+{
+    QString last;
+    const bool arrived = QTest::qWaitFor(
+        [&] {
+            last = clientText();
+            return last == text;
+        },
+        kTextMs);
+    if (!arrived) {
+        qWarning().noquote() << "client has" << last << "\nzorvane:" << mProgram->output().right(3000);
+    }
+    return arrived;
+}
+
+bool TestVoice::clientHasKeyboard()
+{
+    return xdotool({QStringLiteral("getwindowfocus")}) == mClientWindow ||
+           xdotool({QStringLiteral("getactivewindow")}) == mClientWindow;
+}
+
+// Holds the key while the mouse streams one stretch of speech, then lets go.
+void TestVoice::speak(int key)
+{
+    mSim->command(QByteArray("press ") + QByteArray::number(key));
+    mSim->command("audio " + mSpeech.toUtf8());
+    QVERIFY(mSim->waitForLine(QStringLiteral("audio done"), 10000));
+    mSim->command(QByteArray("release ") + QByteArray::number(key));
+}
+
+void TestVoice::dictationOverUsbTypesIntoTheFocusedClient()
+{
+    mSim->command("press 6");
+    mSim->command("audio " + mSpeech.toUtf8());
+    // The fixed panel shows while the key is held (the client tells no caret).
+    QVERIFY(!waitForWindow(kZorvane, kFixedPanelSize).isEmpty());
+    QVERIFY(mSim->waitForLine(QStringLiteral("audio done"), 10000));
+    mSim->command("release 6");
+    // The revised partial ("北经") was rewritten in place: exactly the final sentence.
+    QVERIFY(waitForClientText(kFirstDictation));
+    QVERIFY(clientHasKeyboard());
+    QVERIFY(waitForNoWindow(kZorvane, kFixedPanelSize));
+}
+
+void TestVoice::voiceSearchOpensTheSearchPage()
+{
+    speak(5);
+    QVERIFY(!waitForWindow(kZorvane, kStripSize).isEmpty());
+    const bool opened = QTest::qWaitFor(
+        [&] {
+            QFile file(mUrls);
+            return file.open(QIODevice::ReadOnly) && file.readAll().contains("/s?wd=");
+        },
+        kTextMs);
+    if (!opened) {
+        qWarning().noquote() << "zorvane:" << mProgram->output().right(3000);
+    }
+    QVERIFY(opened);
+    // The command typed nothing.
+    QCOMPARE(clientText(), kFirstDictation);
+}
+
+void TestVoice::selectionToolbarTranslates()
+{
+    xdotool({QStringLiteral("windowactivate"), QStringLiteral("--sync"), mClientWindow});
+    // Selects the line's first characters with the pointer, as a user would.
+    const int y = mClientField.center().y();
+    xdotool({QStringLiteral("mousemove"), QString::number(mClientField.left() + 4), QString::number(y),
+             QStringLiteral("mousedown"), QStringLiteral("1"), QStringLiteral("mousemove"),
+             QString::number(mClientField.left() + 60), QString::number(y), QStringLiteral("mousemove"),
+             QString::number(mClientField.left() + 140), QString::number(y), QStringLiteral("mouseup"),
+             QStringLiteral("1")});
+    const QString toolbar = waitForWindow(kZorvane, kToolbarSize);
+    QVERIFY(!toolbar.isEmpty());
+    QVERIFY(clientHasKeyboard());
+    clickAt(toolbar, kToolbarTranslate);
+    QVERIFY(!waitForWindow(kZorvane, kTranslateWindowSize).isEmpty());
+    QVERIFY2(mServices->waitForOutput(QStringLiteral("translate: GET"), kTextMs),
+             qPrintable(mServices->output().right(2000)));
+    xdotool({QStringLiteral("key"), QStringLiteral("--clearmodifiers"), QStringLiteral("Escape")});
+}
+
+void TestVoice::dictationOverBluetooth()
+{
+    // The receiver out and the mouse, paired before, on Bluetooth; the program starts afresh.
+    mProgram.reset();
+    QVERIFY(mSim->waitForLine(QStringLiteral("closed")));
+    mSim->command("unplug");
+    mSim->command("ble-on");
+    restartWith(QStringLiteral("saveDeviceUuid"), kMouseBleAddress);
+    // Typing goes after what is there.
+    xdotool({QStringLiteral("key"), QStringLiteral("--clearmodifiers"), QStringLiteral("End")});
+    QTest::qWait(1500);  // the ladder's first rounds over the radio link
+    speak(6);
+    QVERIFY(waitForClientText(kFirstDictation + kSecondDictation));
+    QVERIFY(clientHasKeyboard());
+}
+
+void TestVoice::voiceTranslationIsSentIntoTheClient()
+{
+    // Mandarin into English: a translation, sent into the client when the panel closes.
+    mProgram.reset();
+    QVERIFY(mSim->waitForLine(QStringLiteral("ble detached"), kStartMs));
+    restartWith(QStringLiteral("voiceTranslateTargetLanguage"), 4);
+    xdotool({QStringLiteral("key"), QStringLiteral("--clearmodifiers"), QStringLiteral("End")});
+    QTest::qWait(1500);
+    speak(6);
+    QVERIFY(mServices->waitForOutput(QStringLiteral("translate: GET"), kTextMs));
+    QVERIFY(waitForClientText(kFirstDictation + kSecondDictation + QStringLiteral("[en] 你好")));
+    QVERIFY(clientHasKeyboard());
+}
+
+// With the program gone: changes one preference and starts it again on the
+// mouse as it is now, then gives the keyboard back to the client.
+void TestVoice::restartWith(const QString& key, const QVariant& value)
+{
+    QSettings preferences(QStandardPaths::writableLocation(QStandardPaths::GenericDataLocation) +
+                              QStringLiteral("/ZorvaneV2/preferences.ini"),
+                          QSettings::IniFormat);
+    preferences.setValue(QStringLiteral("config/") + key, value);
+    preferences.sync();
+    startProgram();
+    QVERIFY(mSim->waitForLine(QStringLiteral("ble attached"), kStartMs));
+    const QString console = waitForWindow(kZorvane, kConsoleSize, kStartMs);
+    QVERIFY(!console.isEmpty());
+    xdotool({QStringLiteral("windowminimize"), QStringLiteral("--sync"), console});
+    xdotool({QStringLiteral("windowactivate"), QStringLiteral("--sync"), mClientWindow});
+}
+
+QTEST_MAIN(TestVoice)
+#include "tst_voice.moc"
