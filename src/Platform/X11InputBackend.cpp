@@ -563,7 +563,10 @@ QString X11InputBackend::activeWindowClass()
 
 QPoint X11InputBackend::caretPosition()
 {
-    return AtspiCaret::caretPosition();
+    if (!mCaret) {
+        mCaret = std::make_unique<CaretTracker>(&AtspiCaret::lookUp);
+    }
+    return mCaret->caretPosition();
 }
 
 void X11InputBackend::restoreSpares()
