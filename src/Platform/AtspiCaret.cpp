@@ -11,7 +11,14 @@
 #include <QHash>
 #include <QVector>
 
+#include <algorithm>
+#include <mutex>
+
 #include <unistd.h>
+
+// Last: Xlib's macros clash with Qt's names.
+#include <X11/Xatom.h>
+#include <X11/Xlib.h>
 
 // Plain D-Bus rather than the accessibility client library: that library dispatches its
 // connections on the process's default GLib context, which Qt's main thread runs, so it
@@ -44,15 +51,21 @@ struct Node {
 
 class Search {
 public:
-    Search(QDBusConnection bus, QHash<QString, qint64>* hungUntil, QHash<QString, bool>* ours)
-        : mBus(std::move(bus)), mHungUntil(hungUntil), mOurs(ours)
+    Search(QDBusConnection bus, QHash<QString, qint64>* hungUntil, QHash<QString, uint>* pids)
+        : mBus(std::move(bus)), mHungUntil(hungUntil), mPids(pids)
     {
         mClock.start();
     }
 
-    QPoint run()
+    // `focusPid`: the process of the focused window, asked first so that other applications,
+    // which may be slow to answer, are asked only when it has no caret to give.
+    QPoint run(uint focusPid)
     {
-        const QVector<Node> apps = children({QStringLiteral("org.a11y.atspi.Registry"), kRootPath});
+        QVector<Node> apps = children({QStringLiteral("org.a11y.atspi.Registry"), kRootPath});
+        if (focusPid != 0) {
+            std::stable_partition(apps.begin(), apps.end(),
+                                  [&](const Node& app) { return pidOf(app.service) == focusPid; });
+        }
         for (const Node& app : apps) {
             if (timeLeft() <= 0) {
                 break;
@@ -77,6 +90,22 @@ public:
 private:
     int timeLeft() const { return kSearchTimeoutMs - static_cast<int>(mClock.elapsed()); }
 
+    // The process behind a bus name, 0 when unknown; the bus itself answers, never an application.
+    uint pidOf(const QString& service)
+    {
+        auto known = mPids->find(service);
+        if (known == mPids->end()) {
+            QDBusMessage ask = QDBusMessage::createMethodCall(
+                QStringLiteral("org.freedesktop.DBus"), QStringLiteral("/org/freedesktop/DBus"),
+                QStringLiteral("org.freedesktop.DBus"), QStringLiteral("GetConnectionUnixProcessID"));
+            ask << service;
+            const QDBusMessage reply = mBus.call(ask, QDBus::Block, kCallTimeoutMs);
+            const bool answered = reply.type() == QDBusMessage::ReplyMessage && !reply.arguments().isEmpty();
+            known = mPids->insert(service, answered ? reply.arguments().constFirst().toUInt() : 0);
+        }
+        return *known;
+    }
+
     // Our own windows never hold the caret, and the thread that would answer for them may be
     // the one waiting for this search.
     bool skipped(const QString& service)
@@ -85,18 +114,7 @@ private:
         if (hung != mHungUntil->constEnd() && mClock.msecsSinceReference() < *hung) {
             return true;
         }
-        auto own = mOurs->find(service);
-        if (own == mOurs->end()) {
-            QDBusMessage ask = QDBusMessage::createMethodCall(
-                QStringLiteral("org.freedesktop.DBus"), QStringLiteral("/org/freedesktop/DBus"),
-                QStringLiteral("org.freedesktop.DBus"), QStringLiteral("GetConnectionUnixProcessID"));
-            ask << service;
-            const QDBusMessage reply = mBus.call(ask, QDBus::Block, kCallTimeoutMs);
-            const bool mine = reply.type() == QDBusMessage::ReplyMessage && !reply.arguments().isEmpty() &&
-                              reply.arguments().constFirst().toUInt() == static_cast<uint>(getpid());
-            own = mOurs->insert(service, mine);
-        }
-        return *own;
+        return pidOf(service) == static_cast<uint>(getpid());
     }
 
     QDBusMessage call(const Node& node, const QString& interface, const QString& method,
@@ -200,10 +218,71 @@ private:
 
     QDBusConnection mBus;
     QHash<QString, qint64>* mHungUntil;
-    QHash<QString, bool>* mOurs;
+    QHash<QString, uint>* mPids;
     QElapsedTimer mClock;
     int mBudget = kMaxNodes;
 };
+
+// The process that owns the focused top-level window (_NET_WM_PID), 0 when unknown. Its own
+// connection to the X server, since it runs on the search's thread.
+uint focusedWindowPid()
+{
+    static Display* display = XOpenDisplay(nullptr);
+    if (display == nullptr) {
+        return 0;
+    }
+    const Window root = DefaultRootWindow(display);
+    const auto property = [&](Window window, const char* name, Atom type) -> unsigned long {
+        Atom actualType = 0;
+        int format = 0;
+        unsigned long items = 0;
+        unsigned long after = 0;
+        unsigned char* data = nullptr;
+        unsigned long value = 0;
+        if (XGetWindowProperty(display, window, XInternAtom(display, name, False), 0, 1, False, type,
+                               &actualType, &format, &items, &after, &data) == Success &&
+            data != nullptr && items > 0 && format == 32) {
+            value = *reinterpret_cast<unsigned long*>(data);
+        }
+        if (data != nullptr) {
+            XFree(data);
+        }
+        return value;
+    };
+    // The window manager's word first; without one, the window holding the input focus.
+    Window window = property(root, "_NET_ACTIVE_WINDOW", XA_WINDOW);
+    if (window == 0) {
+        int revert = 0;
+        XGetInputFocus(display, &window, &revert);
+    }
+    if (window == PointerRoot || window == root) {
+        // The keyboard goes to the window under the pointer: the top-level one there.
+        Window top = 0;
+        Window child = 0;
+        int x = 0;
+        int y = 0;
+        unsigned int mask = 0;
+        XQueryPointer(display, root, &top, &child, &x, &y, &x, &y, &mask);
+        window = child;
+    }
+    for (int depth = 0; window > PointerRoot && window != root && depth < 8; ++depth) {
+        if (const unsigned long pid = property(window, "_NET_WM_PID", XA_CARDINAL)) {
+            return static_cast<uint>(pid);
+        }
+        Window top = 0;
+        Window parent = 0;
+        Window* children = nullptr;
+        unsigned int count = 0;
+        if (!XQueryTree(display, window, &top, &parent, &children, &count)) {
+            break;
+        }
+        if (children != nullptr) {
+            XFree(children);
+        }
+        window = parent;
+    }
+    return 0;
+}
 
 // The accessibility bus, connected on first use and again after it went away (then `fresh`).
 bool accessibilityBus(QDBusConnection* bus, bool* fresh)
@@ -237,8 +316,11 @@ bool accessibilityBus(QDBusConnection* bus, bool* fresh)
 
 QPoint lookUp()
 {
+    // One search at a time shares what the searches remember.
+    static std::mutex searching;
+    const std::lock_guard<std::mutex> lock(searching);
     static QHash<QString, qint64> hungUntil;
-    static QHash<QString, bool> ours;
+    static QHash<QString, uint> pids;
     static bool toldMissing = false;
     QDBusConnection bus(QString{});
     bool fresh = false;
@@ -246,7 +328,7 @@ QPoint lookUp()
     if (fresh) {
         // Names on a new bus say nothing about the old one's.
         hungUntil.clear();
-        ours.clear();
+        pids.clear();
     }
     if (!connected) {
         if (!toldMissing) {
@@ -256,7 +338,9 @@ QPoint lookUp()
         return QPoint(0, 0);
     }
     toldMissing = false;
-    return Search(bus, &hungUntil, &ours).run();
+    const uint focusPid = focusedWindowPid();
+    qCDebug(lcX11) << "accessibility: caret search, focused window of process" << focusPid;
+    return Search(bus, &hungUntil, &pids).run(focusPid);
 }
 
 }  // namespace AtspiCaret

@@ -8,7 +8,7 @@ namespace AtspiCaret {
 
 // One search, on the calling thread and blocking it: each application gets a bounded time to
 // answer a call, and one that lets a call time out is left out of the searches for a while.
-// Any thread, one at a time.
+// Any thread; searches run one at a time.
 QPoint lookUp();
 
 }  // namespace AtspiCaret
