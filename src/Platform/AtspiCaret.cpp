@@ -17,8 +17,9 @@
 #include <unistd.h>
 
 // Last: Xlib's macros clash with Qt's names.
+#include "Platform/X11Window.h"
+
 #include <X11/Xatom.h>
-#include <X11/Xlib.h>
 
 // Plain D-Bus rather than the accessibility client library: that library dispatches its
 // connections on the process's default GLib context, which Qt's main thread runs, so it
@@ -232,25 +233,8 @@ uint focusedWindowPid()
         return 0;
     }
     const Window root = DefaultRootWindow(display);
-    const auto property = [&](Window window, const char* name, Atom type) -> unsigned long {
-        Atom actualType = 0;
-        int format = 0;
-        unsigned long items = 0;
-        unsigned long after = 0;
-        unsigned char* data = nullptr;
-        unsigned long value = 0;
-        if (XGetWindowProperty(display, window, XInternAtom(display, name, False), 0, 1, False, type,
-                               &actualType, &format, &items, &after, &data) == Success &&
-            data != nullptr && items > 0 && format == 32) {
-            value = *reinterpret_cast<unsigned long*>(data);
-        }
-        if (data != nullptr) {
-            XFree(data);
-        }
-        return value;
-    };
     // The window manager's word first; without one, the window holding the input focus.
-    Window window = property(root, "_NET_ACTIVE_WINDOW", XA_WINDOW);
+    Window window = X11Window::property(display, root, "_NET_ACTIVE_WINDOW", XA_WINDOW);
     if (window == 0) {
         int revert = 0;
         XGetInputFocus(display, &window, &revert);
@@ -265,23 +249,12 @@ uint focusedWindowPid()
         XQueryPointer(display, root, &top, &child, &x, &y, &x, &y, &mask);
         window = child;
     }
-    for (int depth = 0; window > PointerRoot && window != root && depth < 8; ++depth) {
-        if (const unsigned long pid = property(window, "_NET_WM_PID", XA_CARDINAL)) {
-            return static_cast<uint>(pid);
-        }
-        Window top = 0;
-        Window parent = 0;
-        Window* children = nullptr;
-        unsigned int count = 0;
-        if (!XQueryTree(display, window, &top, &parent, &children, &count)) {
-            break;
-        }
-        if (children != nullptr) {
-            XFree(children);
-        }
-        window = parent;
-    }
-    return 0;
+    unsigned long pid = 0;
+    X11Window::findUpwards(display, window, [&](Window w) {
+        pid = X11Window::property(display, w, "_NET_WM_PID", XA_CARDINAL);
+        return pid != 0;
+    });
+    return static_cast<uint>(pid);
 }
 
 // The accessibility bus, connected on first use and again after it went away (then `fresh`).
