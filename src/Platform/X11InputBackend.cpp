@@ -17,6 +17,8 @@
 #include <X11/extensions/XTest.h>
 #include <X11/keysym.h>
 
+#include "Platform/X11Window.h"
+
 #include <poll.h>
 
 #include <algorithm>
@@ -31,26 +33,6 @@ Display* dpy(void* handle)
 Atom atom(Display* d, const char* name)
 {
     return XInternAtom(d, name, False);
-}
-
-// A window property of type WINDOW or CARDINAL, first item, or 0.
-unsigned long propertyValue(Display* d, Window w, const char* name, Atom type)
-{
-    Atom actualType = 0;
-    int format = 0;
-    unsigned long items = 0;
-    unsigned long after = 0;
-    unsigned char* data = nullptr;
-    unsigned long value = 0;
-    if (XGetWindowProperty(d, w, atom(d, name), 0, 1, False, type, &actualType, &format, &items, &after,
-                           &data) == Success &&
-        data != nullptr) {
-        if (items > 0 && format == 32) {
-            value = reinterpret_cast<unsigned long*>(data)[0];
-        }
-        XFree(data);
-    }
-    return value;
 }
 
 QString windowClass(Display* d, Window w)
@@ -302,7 +284,7 @@ unsigned long X11InputBackend::pingableFocus()
             }
             if (answers) {
                 // Our own windows answer from the thread that is waiting here.
-                const bool ours = propertyValue(d, w, "_NET_WM_PID", XA_CARDINAL) ==
+                const bool ours = X11Window::property(d, w, "_NET_WM_PID", XA_CARDINAL) ==
                                   static_cast<unsigned long>(QCoreApplication::applicationPid());
                 return ours || mSilentClients.contains(w) ? 0 : w;
             }
@@ -502,7 +484,7 @@ void X11InputBackend::toggleShowingDesktop()
     }
     Display* d = dpy(mDisplay);
     const Window root = DefaultRootWindow(d);
-    const unsigned long showing = propertyValue(d, root, "_NET_SHOWING_DESKTOP", XA_CARDINAL);
+    const unsigned long showing = X11Window::property(d, root, "_NET_SHOWING_DESKTOP", XA_CARDINAL);
     XEvent event{};
     event.xclient.type = ClientMessage;
     event.xclient.window = root;
@@ -532,7 +514,7 @@ QString X11InputBackend::activeWindowClass()
         return QString();
     }
     Display* d = dpy(mDisplay);
-    Window window = propertyValue(d, DefaultRootWindow(d), "_NET_ACTIVE_WINDOW", XA_WINDOW);
+    Window window = X11Window::property(d, DefaultRootWindow(d), "_NET_ACTIVE_WINDOW", XA_WINDOW);
     if (window == 0) {
         // No window manager says which is active: the focus window, or the frame above it.
         int revert = 0;
@@ -541,29 +523,20 @@ QString X11InputBackend::activeWindowClass()
             return QString();
         }
     }
-    for (int depth = 0; depth < 8 && window != 0; ++depth) {
-        const QString name = windowClass(d, window);
-        if (!name.isEmpty()) {
-            return name;
-        }
-        Window root = 0;
-        Window parent = 0;
-        Window* children = nullptr;
-        unsigned int count = 0;
-        if (!XQueryTree(d, window, &root, &parent, &children, &count)) {
-            break;
-        }
-        if (children != nullptr) {
-            XFree(children);
-        }
-        window = parent == root ? 0 : parent;
-    }
-    return QString();
+    QString name;
+    X11Window::findUpwards(d, window, [&](Window w) {
+        name = windowClass(d, w);
+        return !name.isEmpty();
+    });
+    return name;
 }
 
 QPoint X11InputBackend::caretPosition()
 {
-    return AtspiCaret::caretPosition();
+    if (!mCaret) {
+        mCaret = std::make_unique<CaretTracker>(&AtspiCaret::lookUp);
+    }
+    return mCaret->caretPosition();
 }
 
 void X11InputBackend::restoreSpares()

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "Platform/CaretTracker.h"
 #include "Platform/InputBackend.h"
 #include "Platform/InputMethodSwitch.h"
 
@@ -8,6 +9,8 @@
 #include <QList>
 #include <QSet>
 #include <QVector>
+
+#include <memory>
 
 // Keystrokes and text for X11 through XTest. A character the keyboard map lacks is typed by
 // putting its keysym on a spare keycode. Clients translate a key when they read it, with the
@@ -76,6 +79,8 @@ private:
     // The focused top-level window if it answers _NET_WM_PING, else 0.
     unsigned long pingableFocus();
 
+    // The caret search on a thread of its own, started on first use.
+    std::unique_ptr<CaretTracker> mCaret;
     void* mDisplay = nullptr;
     bool mOpenTried = false;
     int mMinKeycode = 0;
