@@ -179,23 +179,27 @@ void FocusFollowPanelPresenter::onTranslateTimeout()
         return;
     }
     QPointer<FocusFollowPanelPresenter> self(this);
+    // A reply for a source that has changed since is no answer: the newer source has its own
+    // request coming, and typing the old translation would send what the user did not say last.
+    const QString source = mSourceText;
+    auto current = [self, source] { return self && self->mSourceText == source; };
     mHttp->baiduTranslate(
         mCurrentIpId, sourceLanguage(),
         LanguageTables::translateCode(mPreferences.voiceTranslateTargetLanguage), mSourceText,
-        [self](bool ok, BaiduTranslateMessage message) {
-            if (self) {
+        [self, current](bool ok, BaiduTranslateMessage message) {
+            if (current()) {
                 self->onTranslateResult(ok, message);
             }
         },
-        [self](QString message) {
+        [self, current](QString message) {
             qCWarning(lcInput).noquote() << "百度翻译请求超时!" << message;
-            if (self) {
+            if (current()) {
                 self->onTranslateFailure();
             }
         },
-        [self](QString message, QNetworkReply::NetworkError code) {
+        [self, current](QString message, QNetworkReply::NetworkError code) {
             qCWarning(lcInput).noquote() << "百度翻译请求错误:" << message << code;
-            if (self) {
+            if (current()) {
                 self->onTranslateFailure();
             }
         });

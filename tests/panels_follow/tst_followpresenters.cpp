@@ -175,6 +175,19 @@ void TestFollowPresenters::translationIsDebounced()
     QCOMPARE(requests.first().queryItemValue(QStringLiteral("from")), QStringLiteral("en_us"));
     QCOMPARE(requests.first().queryItemValue(QStringLiteral("to")), QStringLiteral("zh"));
 
+    // The final result comes while the partial's request is out: its answer finishes nothing,
+    // and a panel waiting to close waits for the final's.
+    mServer.setAnswer(kTranslatePath, {200, translation({QStringLiteral("Hello")}), 300});
+    presenter->translate(QStringLiteral("hell"));
+    presenter->onTranslateTimeout();
+    presenter->translate(QStringLiteral("hello."));
+    presenter->setWaitingToHideStatus(true);
+    QTest::qWait(500);
+    QVERIFY(!presenter->isTranslateFinish());
+    QVERIFY(view.callsOf(QStringLiteral("toWaitingHide")).isEmpty());
+    presenter->setWaitingToHideStatus(false);
+    mServer.setAnswer(kTranslatePath, {200, translation({QStringLiteral("Hello")})});
+
     // A late answer for a panel that was told to wait hands over to toWaitingHide().
     presenter->translate(QStringLiteral("again"));
     presenter->setWaitingToHideStatus(true);
