@@ -114,6 +114,17 @@ void InputPresenter::initDatas(const Collaborators& collaborators)
             mVolumeMin = min;
         },
         Qt::DirectConnection);
+    connect(mDeviceManager, &DeviceManager::signalUSBChange, this, [this](int, int, bool enable) {
+        if (!enable) {
+            onDeviceLost();
+        }
+    });
+    connect(mDeviceManager, &DeviceManager::signalBLEDeviceConnectState, this,
+            [this](bool connected, QString) {
+                if (!connected) {
+                    onDeviceLost();
+                }
+            });
     connect(mDeviceManager, &DeviceManager::signalDeviceReady, this, [this] {
         if (!mTimerSyncDeviceVolume.isActive()) {
             mTimerSyncDeviceVolume.start();
@@ -578,6 +589,29 @@ void InputPresenter::stopLongOfType(int type)
         stopLongDictation();
     } else if (type == VoiceTranslate) {
         stopLongTranslate();
+    }
+}
+
+void InputPresenter::onDeviceLost()
+{
+    if (!mVoiceKeyPressing && !mStatus.isListening) {
+        return;
+    }
+    qCInfo(lcInput) << "the mouse went during a session: it ends";
+    // No release will come from a mouse that is gone.
+    mVoiceKeyPressing = false;
+    isKeyRelease = true;
+    stopStatus();
+    mStatus.isRunning = false;
+    mInputView->setMicStatus(false);
+    if (!mInputView->isHiddenFocusView()) {
+        mInputView->toHideFocusView();
+    }
+    if (!mInputView->isHiddenNoFocusView()) {
+        mInputView->toHideNoFocusView();
+    }
+    if (!mInputView->isViewHidden()) {
+        mInputView->toHide();
     }
 }
 

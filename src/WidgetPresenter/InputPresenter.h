@@ -163,6 +163,9 @@ public slots:
     void onSyncDeviceVolume();
     void onClipboardPoll();
     void onSingleKeyStop();
+    // The mouse's link went (receiver pulled, Bluetooth dropped): a session in progress ends as
+    // if the key had been let go, and its panels close.
+    void onDeviceLost();
     // A selection ended (drag or double click of the left button).
     void onPaddleWords();
 

@@ -3,16 +3,26 @@
 #include "MouseSimulator.h"
 
 #include <QSettings>
+#include <QSqlDatabase>
+#include <QSqlQuery>
 
 namespace DM = DeviceMessage;
 using namespace E2e;
 
 namespace {
 
-// What the stand-in gateway hears, one line per stretch of speech: a dictation whose partial
-// result is revised, a voice search, a dictation over Bluetooth.
-const QStringList kScript = {QStringLiteral("我想|我想去北经|我想去北京看看。"), QStringLiteral("搜索天气"),
-                             QStringLiteral("今天天气很好。"), QStringLiteral("你好。")};
+// What the stand-in gateway hears, one line per stretch of speech and session: a dictation whose
+// partial result is revised, a voice search, a command word, a dictation over Bluetooth, a
+// translation and a sentence cut off when the mouse leaves.
+const QStringList kScript = {QStringLiteral("我想|我想去北经|我想去北京看看。"),
+                             QStringLiteral("搜索天气"),
+                             QStringLiteral("打开主页"),
+                             QStringLiteral("今天天气很好。"),
+                             QStringLiteral("你好。"),
+                             QStringLiteral("这一句说到一半。")};
+// The user's own command word: "打开主页" opens this page.
+const QString kCommandWord = QStringLiteral("打开主页");
+const QString kCommandPage = QStringLiteral("http://home.example.invalid/start");
 const QString kFirstDictation = QStringLiteral("我想去北京看看。");
 const QString kSecondDictation = QStringLiteral("今天天气很好。");
 
@@ -22,6 +32,8 @@ const QSize kFixedPanelSize(124, 131);
 const QSize kToolbarSize(144, 32);
 const QSize kTranslateWindowSize(456, 361);
 const QPoint kToolbarTranslate(49, 16);
+const QPoint kToolbarRead(87, 16);
+const QPoint kTranslateWindowClose(435, 67);  // the frame starts 46 px down, its × at (422, 8)
 // The address the virtual mouse has on Bluetooth.
 const QString kMouseBleAddress = QStringLiteral("C8:47:8C:5A:01:02");
 const QString kZorvane = QStringLiteral("^Zorvane$");
@@ -64,6 +76,32 @@ bool writeFile(const QString& path, const QByteArray& content, bool executable =
            file.setPermissions(file.permissions() | QFile::ExeOwner | QFile::ExeUser | QFile::ReadOwner);
 }
 
+// A command word the user saved before: the table as the program keeps it, words in Base64.
+bool addCommandWord(const QString& path, const QString& keyword, const QString& target)
+{
+    QDir().mkpath(QFileInfo(path).absolutePath());
+    bool added = false;
+    {
+        QSqlDatabase db = QSqlDatabase::addDatabase(QStringLiteral("QSQLITE"), QStringLiteral("e2e"));
+        db.setDatabaseName(path);
+        if (db.open()) {
+            QSqlQuery query(db);
+            added =
+                query.exec(QStringLiteral("create table if not exists command_word(id integer primary key "
+                                          "autoincrement, keyword varchar(200), target varchar(200), type "
+                                          "int, pro varchar(200))")) &&
+                query.prepare(QStringLiteral(
+                    "insert into command_word(keyword, target, type, pro) values(?, ?, 0, '')"));
+            query.addBindValue(QString::fromLatin1(keyword.toUtf8().toBase64()));
+            query.addBindValue(QString::fromLatin1(target.toUtf8().toBase64()));
+            added = added && query.exec();
+            db.close();
+        }
+    }
+    QSqlDatabase::removeDatabase(QStringLiteral("e2e"));
+    return added;
+}
+
 }  // namespace
 
 // Press, speak, and the text arrives in another application that keeps the keyboard: the real
@@ -76,9 +114,11 @@ private slots:
     void cleanupTestCase();
     void dictationOverUsbTypesIntoTheFocusedClient();
     void voiceSearchOpensTheSearchPage();
-    void selectionToolbarTranslates();
+    void commandWordOpensItsPage();
+    void selectionToolbarTranslatesAndReads();
     void dictationOverBluetooth();
     void voiceTranslationIsSentIntoTheClient();
+    void mouseLeavingMidDictationEndsTheSession();
 
 private:
     // The client's line edit, as it answers now.
@@ -88,6 +128,10 @@ private:
     bool clientHasKeyboard();
     void startProgram();
     void restartWith(const QString& key, const QVariant& value);
+    bool pageOpened(const QString& part);
+    QString selectInClient(int toX);
+    // The voice panels up now: every window of ours but the console.
+    QStringList panels();
 
     QString mHome;
     QString mSocketPath;
@@ -129,6 +173,9 @@ void TestVoice::initTestCase()
     QVERIFY(
         writeFile(data + QStringLiteral("/ZorvaneV2/preferences.ini"), "[config]\ntextTranslateMode=1\n"));
     writeAutostartEntry();
+    QVERIFY(addCommandWord(
+        data + QStringLiteral("/ZorvaneV2/") + QString::fromLatin1(QByteArray("zorvane_db").toBase64()),
+        kCommandWord, kCommandPage));
     mSpeech = runtime + QStringLiteral("/speech.wav");
     QVERIFY(writeSpeech(mSpeech));
 
@@ -240,38 +287,75 @@ void TestVoice::voiceSearchOpensTheSearchPage()
 {
     speak(5);
     QVERIFY(!waitForWindow(kZorvane, kStripSize).isEmpty());
+    QVERIFY(pageOpened(QStringLiteral("/s?wd=")));
+    // The command typed nothing.
+    QCOMPARE(clientText(), kFirstDictation);
+}
+
+bool TestVoice::pageOpened(const QString& part)
+{
     const bool opened = QTest::qWaitFor(
         [&] {
             QFile file(mUrls);
-            return file.open(QIODevice::ReadOnly) && file.readAll().contains("/s?wd=");
+            return file.open(QIODevice::ReadOnly) && QString::fromUtf8(file.readAll()).contains(part);
         },
         kTextMs);
     if (!opened) {
         qWarning().noquote() << "zorvane:" << mProgram->output().right(3000);
     }
-    QVERIFY(opened);
-    // The command typed nothing.
+    return opened;
+}
+
+void TestVoice::commandWordOpensItsPage()
+{
+    speak(5);
+    QVERIFY(pageOpened(kCommandPage));
     QCOMPARE(clientText(), kFirstDictation);
 }
 
-void TestVoice::selectionToolbarTranslates()
+// Selects the line's first characters with the pointer, as a user would; the toolbar that
+// comes, or empty.
+QStringList TestVoice::panels()
+{
+    QStringList found = visibleWindows(kZorvane);
+    for (const QString& console : visibleWindows(kZorvane, kConsoleSize)) {
+        found.removeAll(console);
+    }
+    return found;
+}
+
+QString TestVoice::selectInClient(int toX)
 {
     xdotool({QStringLiteral("windowactivate"), QStringLiteral("--sync"), mClientWindow});
-    // Selects the line's first characters with the pointer, as a user would.
     const int y = mClientField.center().y();
     xdotool({QStringLiteral("mousemove"), QString::number(mClientField.left() + 4), QString::number(y),
              QStringLiteral("mousedown"), QStringLiteral("1"), QStringLiteral("mousemove"),
              QString::number(mClientField.left() + 60), QString::number(y), QStringLiteral("mousemove"),
-             QString::number(mClientField.left() + 140), QString::number(y), QStringLiteral("mouseup"),
+             QString::number(mClientField.left() + toX), QString::number(y), QStringLiteral("mouseup"),
              QStringLiteral("1")});
-    const QString toolbar = waitForWindow(kZorvane, kToolbarSize);
+    return waitForWindow(kZorvane, kToolbarSize);
+}
+
+void TestVoice::selectionToolbarTranslatesAndReads()
+{
+    QString toolbar = selectInClient(140);
     QVERIFY(!toolbar.isEmpty());
     QVERIFY(clientHasKeyboard());
     clickAt(toolbar, kToolbarTranslate);
-    QVERIFY(!waitForWindow(kZorvane, kTranslateWindowSize).isEmpty());
+    const QString window = waitForWindow(kZorvane, kTranslateWindowSize);
+    QVERIFY(!window.isEmpty());
     QVERIFY2(mServices->waitForOutput(QStringLiteral("translate: GET"), kTextMs),
              qPrintable(mServices->output().right(2000)));
-    xdotool({QStringLiteral("key"), QStringLiteral("--clearmodifiers"), QStringLiteral("Escape")});
+    clickAt(window, kTranslateWindowClose);
+    QVERIFY(waitForNoWindow(kZorvane, kTranslateWindowSize));
+
+    // Reading aloud asks the synthesis service for a new selection.
+    toolbar = selectInClient(100);
+    QVERIFY(!toolbar.isEmpty());
+    clickAt(toolbar, kToolbarRead);
+    QVERIFY2(mServices->waitForOutput(QStringLiteral("synthesis:"), kTextMs),
+             qPrintable(mServices->output().right(2000)));
+    QCOMPARE(clientText(), kFirstDictation);
 }
 
 void TestVoice::dictationOverBluetooth()
@@ -302,6 +386,24 @@ void TestVoice::voiceTranslationIsSentIntoTheClient()
     speak(6);
     QVERIFY(mServices->waitForOutput(QStringLiteral("translate: GET"), kTextMs));
     QVERIFY(waitForClientText(kFirstDictation + kSecondDictation + QStringLiteral("[en] 你好。")));
+    QVERIFY(clientHasKeyboard());
+}
+
+void TestVoice::mouseLeavingMidDictationEndsTheSession()
+{
+    const QString before = clientText();
+    mSim->command("press 6");
+    mSim->command("audio " + mSpeech.toUtf8());
+    // The fixed panel, on its translation page now.
+    QVERIFY(QTest::qWaitFor([&] { return !panels().isEmpty(); }, kWindowMs));
+    QTest::qWait(400);
+    // The mouse drops off the radio link in mid-sentence.
+    mSim->command("ble-off");
+    QVERIFY(mSim->waitForLine(QStringLiteral("audio cut"), 10000));
+    // The session ends: the panel goes and the program stays up.
+    QVERIFY(QTest::qWaitFor([&] { return panels().isEmpty(); }, kWindowMs));
+    QCOMPARE(mProgram->process().state(), QProcess::Running);
+    QVERIFY(clientText().startsWith(before));
     QVERIFY(clientHasKeyboard());
 }
 

@@ -24,6 +24,7 @@ private slots:
     void cleanup();
     void holdModeShortClickClosesAtTheVerdict();
     void holdModeVerdictKeepsPanelsUnderThePointer();
+    void mouseGoneMidSessionEndsIt();
     void pickerOpenGivesStopStatus();
     void clickModeRelease();
     void bluetoothClickModeClosesLikeHoldMode();
@@ -95,6 +96,25 @@ void TestInputSession::holdModeShortClickClosesAtTheVerdict()
     QVERIFY(presenter()->status().isRunning);  // a final result may still finish it
     QVERIFY(view().calls.contains(QStringLiteral("toHideFocusView()")));
     QVERIFY(view().calls.contains(QStringLiteral("setMicStatus(false)")));
+}
+
+void TestInputSession::mouseGoneMidSessionEndsIt()
+{
+    presenter()->onKeyEvent(6, 1);
+    QVERIFY(mRig->baidu->isRunning());
+    QVERIFY(presenter()->isVoiceKeyPressing());
+    view().answers[QStringLiteral("isHiddenNoFocusView")] = false;
+    view().calls.clear();
+    // The receiver is pulled while the key is held: no release will ever come.
+    emit mRig->device.signalUSBChange(0x3151, 0x4011, false);
+    QVERIFY(!presenter()->isVoiceKeyPressing());
+    QVERIFY(!mRig->baidu->isRunning());
+    QVERIFY(!presenter()->status().isRunning);
+    QVERIFY(view().calls.contains(QStringLiteral("toHideNoFocusView()")));
+    // Nothing running: a later loss does nothing.
+    view().calls.clear();
+    emit mRig->device.signalBLEDeviceConnectState(false, QString());
+    QVERIFY(view().calls.isEmpty());
 }
 
 void TestInputSession::holdModeVerdictKeepsPanelsUnderThePointer()
