@@ -118,6 +118,7 @@ private slots:
     void selectionToolbarTranslatesAndReads();
     void dictationOverBluetooth();
     void voiceTranslationIsSentIntoTheClient();
+    void realRecognitionIsTypedAsHeard();
     void mouseLeavingMidDictationEndsTheSession();
 
 private:
@@ -386,6 +387,36 @@ void TestVoice::voiceTranslationIsSentIntoTheClient()
     speak(6);
     QVERIFY(mServices->waitForOutput(QStringLiteral("translate: GET"), kTextMs));
     QVERIFY(waitForClientText(kFirstDictation + kSecondDictation + QStringLiteral("[en] 你好。")));
+    QVERIFY(clientHasKeyboard());
+}
+
+void TestVoice::realRecognitionIsTypedAsHeard()
+{
+    // The gateway now hears with pocketsphinx: what it recognises in espeak-ng's sentence is
+    // what the client must get, whatever the words came out as.
+    mProgram.reset();
+    QVERIFY(mSim->waitForLine(QStringLiteral("ble detached"), kStartMs));
+    mServices = std::make_unique<Child>();
+    QString failure;
+    QVERIFY2(startServices(mServices.get(), QStringLiteral(SERVICES_BINARY),
+                           {QStringLiteral("--engine"), QStringLiteral("sphinx")}, &failure),
+             qPrintable(failure));
+    if (!mServices->output().contains(QLatin1String("engine: sphinx"))) {
+        QSKIP("the stand-in gateway was built without pocketsphinx");
+    }
+    restartWith(QStringLiteral("voiceTranslateTargetLanguage"), 0);
+    const QString before = clientText();
+    xdotool({QStringLiteral("key"), QStringLiteral("--clearmodifiers"), QStringLiteral("End")});
+    QTest::qWait(1500);
+    speak(6);
+    QVERIFY2(mServices->waitForOutput(QStringLiteral("gateway: final "), kTextMs),
+             qPrintable(mServices->output().right(2000)));
+    QTest::qWait(300);
+    const QString heard =
+        mServices->output().section(QStringLiteral("gateway: final "), -1).section(QLatin1Char('\n'), 0, 0);
+    qInfo().noquote() << "pocketsphinx heard:" << heard;
+    QVERIFY(!heard.trimmed().isEmpty());
+    QVERIFY(waitForClientText(before + heard));
     QVERIFY(clientHasKeyboard());
 }
 
