@@ -62,11 +62,6 @@ bool showPicture(QLabel* label, const QString& path)
     return true;
 }
 
-void setChecked(QAbstractButton* button, bool checked)
-{
-    button->setChecked(checked);
-}
-
 }  // namespace
 
 MainWindow::MainWindow(QWidget* parent, const MainWindowPresenter::Collaborators* collaborators,
@@ -543,23 +538,23 @@ void MainWindow::updateSystemTray(int status)
 
 void MainWindow::setCheckVoiceTranslateOnOffChecked(bool checked)
 {
-    setChecked(mUi.checkVoiceTranslateOnOff, checked);
+    mUi.checkVoiceTranslateOnOff->setChecked(checked);
 }
 
 void MainWindow::setCheckTextTranslateOnOffChecked(bool checked)
 {
-    setChecked(mUi.checkTextTranslateOnOff, checked);
+    mUi.checkTextTranslateOnOff->setChecked(checked);
 }
 
 void MainWindow::setCheckAutoRunOnOffChecked(bool checked)
 {
-    setChecked(mUi.autoRun.onOff, checked);
-    setChecked(mUi.autoRun.status, checked);
+    mUi.autoRun.onOff->setChecked(checked);
+    mUi.autoRun.status->setChecked(checked);
 }
 
 void MainWindow::setCheckAutoRunStatusChecked(bool checked)
 {
-    setChecked(mUi.autoRun.status, checked);
+    mUi.autoRun.status->setChecked(checked);
 }
 
 void MainWindow::setComboDictationLanguageCurrentIndex(int index)
@@ -585,18 +580,18 @@ void MainWindow::setComboTextTranslateLanguageCurrentIndex(int index)
 
 void MainWindow::setCheckCalendarPhrasesOnOffChecked(bool checked)
 {
-    setChecked(mUi.calendarPhrases.onOff, checked);
+    mUi.calendarPhrases.onOff->setChecked(checked);
 }
 
 void MainWindow::setCheckUpdateHintOnOffChecked(bool checked)
 {
-    setChecked(mUi.updateHint.onOff, checked);
-    setChecked(mUi.updateHint.status, checked);
+    mUi.updateHint.onOff->setChecked(checked);
+    mUi.updateHint.status->setChecked(checked);
 }
 
 void MainWindow::setCheckUpdateHintStatusChecked(bool checked)
 {
-    setChecked(mUi.updateHint.status, checked);
+    mUi.updateHint.status->setChecked(checked);
 }
 
 void MainWindow::setComboRestTime(int index)
@@ -608,32 +603,32 @@ void MainWindow::setComboRestTime(int index)
 
 void MainWindow::setPreferenceSettingCheckBoxClick(bool checked)
 {
-    setChecked(mUi.checkClickMode, checked);
+    mUi.checkClickMode->setChecked(checked);
 }
 
 void MainWindow::setPreferenceSettingRadioButtonClickSend(bool checked)
 {
-    setChecked(mUi.radioClickSend, checked);
+    mUi.radioClickSend->setChecked(checked);
 }
 
 void MainWindow::setPreferenceSettingRadioButtonAutoSend(bool checked)
 {
-    setChecked(mUi.radioAutoSend, checked);
+    mUi.radioAutoSend->setChecked(checked);
 }
 
 void MainWindow::setPreferenceSettingCheckBoxEnterKeySend(bool checked)
 {
-    setChecked(mUi.checkEnterSend, checked);
+    mUi.checkEnterSend->setChecked(checked);
 }
 
 void MainWindow::setPreferenceSettingCheckBoxSpaceKeySend(bool checked)
 {
-    setChecked(mUi.checkSpaceSend, checked);
+    mUi.checkSpaceSend->setChecked(checked);
 }
 
 void MainWindow::setPreferenceSettingCheckBoxDelAllSign(bool checked)
 {
-    setChecked(mUi.checkDelAllSign, checked);
+    mUi.checkDelAllSign->setChecked(checked);
 }
 
 void MainWindow::setSignalClickModeEnable(bool enable)
@@ -650,12 +645,12 @@ void MainWindow::setCheckLightingEffectOnOffEnabled(bool enabled)
 
 void MainWindow::setCheckLightingEffectOnOffChecked(bool checked)
 {
-    setChecked(mUi.lighting.onOff, checked);
+    mUi.lighting.onOff->setChecked(checked);
 }
 
 void MainWindow::setCheckLightingEffectStatusChecked(bool checked)
 {
-    setChecked(mUi.lighting.status, checked);
+    mUi.lighting.status->setChecked(checked);
 }
 
 void MainWindow::setCheckShakeOnOffEnabled(bool enabled)
@@ -665,12 +660,12 @@ void MainWindow::setCheckShakeOnOffEnabled(bool enabled)
 
 void MainWindow::setCheckShakeOnOffChecked(bool checked)
 {
-    setChecked(mUi.shake.onOff, checked);
+    mUi.shake.onOff->setChecked(checked);
 }
 
 void MainWindow::setCheckShakeStatusChecked(bool checked)
 {
-    setChecked(mUi.shake.status, checked);
+    mUi.shake.status->setChecked(checked);
 }
 
 void MainWindow::setCheckSoundEffectOnOffEnabled(bool enabled)
@@ -680,42 +675,42 @@ void MainWindow::setCheckSoundEffectOnOffEnabled(bool enabled)
 
 void MainWindow::setCheckSoundEffectOnOffChecked(bool checked)
 {
-    setChecked(mUi.soundEffect.onOff, checked);
+    mUi.soundEffect.onOff->setChecked(checked);
 }
 
 void MainWindow::setCheckSoundEffectStatusChecked(bool checked)
 {
-    setChecked(mUi.soundEffect.status, checked);
+    mUi.soundEffect.status->setChecked(checked);
 }
 
 void MainWindow::setCheckLowbatOnOffChecked(bool checked)
 {
-    setChecked(mUi.lowbat.onOff, checked);
+    mUi.lowbat.onOff->setChecked(checked);
 }
 
 void MainWindow::setCheckLowbatStatusChecked(bool checked)
 {
-    setChecked(mUi.lowbat.status, checked);
+    mUi.lowbat.status->setChecked(checked);
 }
 
 void MainWindow::setDeviceRadioLevel0Checked(bool checked)
 {
-    setChecked(mUi.radioLevel[0], checked);
+    mUi.radioLevel[0]->setChecked(checked);
 }
 
 void MainWindow::setDeviceRadioLevel1Checked(bool checked)
 {
-    setChecked(mUi.radioLevel[1], checked);
+    mUi.radioLevel[1]->setChecked(checked);
 }
 
 void MainWindow::setDeviceRadioLevel2Checked(bool checked)
 {
-    setChecked(mUi.radioLevel[2], checked);
+    mUi.radioLevel[2]->setChecked(checked);
 }
 
 void MainWindow::setDeviceRadioLevel3Checked(bool checked)
 {
-    setChecked(mUi.radioLevel[3], checked);
+    mUi.radioLevel[3]->setChecked(checked);
 }
 
 void MainWindow::placeResolutionButtons(bool four)

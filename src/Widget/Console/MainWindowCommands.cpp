@@ -20,27 +20,6 @@ namespace {
 
 constexpr int kCommandWarningMs = 2000;
 
-QIcon typeIcon(int type)
-{
-    switch (type) {
-        case 0:
-            return QIcon::fromTheme(QStringLiteral("text-html"),
-                                    QIcon(QStringLiteral(":/console/cmd_web.svg")));
-        case 1:
-            return QIcon::fromTheme(QStringLiteral("text-x-generic"),
-                                    QIcon(QStringLiteral(":/console/cmd_file.svg")));
-        case 2:
-            return QIcon::fromTheme(QStringLiteral("folder"),
-                                    QIcon(QStringLiteral(":/console/cmd_folder.svg")));
-        case 3:
-            return QIcon::fromTheme(QStringLiteral("input-keyboard"),
-                                    QIcon(QStringLiteral(":/console/cmd_shortcut.svg")));
-        default:
-            return QIcon::fromTheme(QStringLiteral("application-x-executable"),
-                                    QIcon(QStringLiteral(":/console/cmd_app.svg")));
-    }
-}
-
 QString standardFolder(QStandardPaths::StandardLocation location)
 {
     const QString folder = QStandardPaths::writableLocation(location);
@@ -90,7 +69,7 @@ int MainWindow::getCustomTableRowCounts()
 
 void MainWindow::setQTableWidgetItemIcon(int row, CommandWord word)
 {
-    auto* keyword = new QTableWidgetItem(typeIcon(word.type), word.keyword);
+    auto* keyword = new QTableWidgetItem(Ui_MainWindow::commandTypeIcon(word.type), word.keyword);
     auto* target = new QTableWidgetItem(word.target);
     target->setToolTip(word.target);
     mUi.tableCustom->setItem(row, 0, new QTableWidgetItem(QString::number(row + 1)));

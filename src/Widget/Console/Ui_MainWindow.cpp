@@ -79,11 +79,6 @@ QString sheet()
         " padding: 6px; font-size: 13px; color: #8a919e; }");
 }
 
-QIcon themed(const char* name, const QString& fallback)
-{
-    return QIcon::fromTheme(QLatin1String(name), QIcon(fallback));
-}
-
 QToolButton* titleButton(QWidget* parent, const QString& icon, const QString& tip, const QString& name)
 {
     auto* button = new QToolButton(parent);
@@ -151,6 +146,21 @@ void addLine(QGridLayout* grid, int row, QWidget* labelWidget, QWidget* control)
 }
 
 }  // namespace
+
+QIcon Ui_MainWindow::commandTypeIcon(int type)
+{
+    // The desktop's own icons where its theme has them.
+    static const struct {
+        const char* themed;
+        const char* bundled;
+    } kIcons[] = {{"text-html", ":/console/cmd_web.svg"},
+                  {"text-x-generic", ":/console/cmd_file.svg"},
+                  {"folder", ":/console/cmd_folder.svg"},
+                  {"input-keyboard", ":/console/cmd_shortcut.svg"},
+                  {"application-x-executable", ":/console/cmd_app.svg"}};
+    const auto& icon = kIcons[qBound(0, type, int(std::size(kIcons)) - 1)];
+    return QIcon::fromTheme(QLatin1String(icon.themed), QIcon(QLatin1String(icon.bundled)));
+}
 
 void Ui_MainWindow::setupUi(QMainWindow* window)
 {
@@ -496,11 +506,9 @@ QWidget* Ui_MainWindow::buildCommandFormPage(CommandForm* form, const QString& h
                           {QStringLiteral("网页"), QStringLiteral("文件"), QStringLiteral("文件夹"),
                            QStringLiteral("快捷键"), QStringLiteral("应用程序")},
                           QStringLiteral("命令类型"));
-    form->type->setItemIcon(0, themed("text-html", QStringLiteral(":/console/cmd_web.svg")));
-    form->type->setItemIcon(1, themed("text-x-generic", QStringLiteral(":/console/cmd_file.svg")));
-    form->type->setItemIcon(2, themed("folder", QStringLiteral(":/console/cmd_folder.svg")));
-    form->type->setItemIcon(3, themed("input-keyboard", QStringLiteral(":/console/cmd_shortcut.svg")));
-    form->type->setItemIcon(4, themed("application-x-executable", QStringLiteral(":/console/cmd_app.svg")));
+    for (int type = 0; type < form->type->count(); ++type) {
+        form->type->setItemIcon(type, commandTypeIcon(type));
+    }
     form->command = new QLineEdit(page);
     form->command->setMaxLength(200);
     form->content = new LineEdit(page);

@@ -8,6 +8,7 @@ class QButtonGroup;
 class QCheckBox;
 class QComboBox;
 class QFrame;
+class QIcon;
 class QLabel;
 class QLineEdit;
 class QMainWindow;
@@ -52,6 +53,8 @@ public:
     };
 
     void setupUi(QMainWindow* window);
+    // The icon of a command word's type (0 web page … 4 application).
+    static QIcon commandTypeIcon(int type);
 
     QWidget* central = nullptr;
     QWidget* titleBar = nullptr;

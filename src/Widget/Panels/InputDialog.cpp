@@ -125,7 +125,6 @@ void InputDialog::setupUi()
     setContextMenuPolicy(Qt::CustomContextMenu);
     connect(this, &QWidget::customContextMenuRequested, this,
             [this](const QPoint& at) { onShortMenu(mapToGlobal(at)); });
-    connect(mTextInputOut, &QLineEdit::textChanged, this, &InputDialog::onTextChange);
 }
 
 void InputDialog::createMenu()
