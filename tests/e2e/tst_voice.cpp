@@ -130,6 +130,9 @@ private:
     void startProgram();
     void restartWith(const QString& key, const QVariant& value);
     bool pageOpened(const QString& part);
+    // The streams now playing into the suite's sound server, as pactl lists them.
+    QString soundStreams();
+    QString programLog();
     QString selectInClient(int toX);
     // The voice panels up now: every window of ours but the console.
     QStringList panels();
@@ -139,6 +142,8 @@ private:
     QString mSpeech;
     QString mUrls;
     QRect mClientField;
+    QString mSoundServer;
+    std::unique_ptr<Child> mSound;
     std::unique_ptr<Child> mServices;
     std::unique_ptr<MouseSimulator> mSim;
     std::unique_ptr<Child> mClient;
@@ -180,6 +185,20 @@ void TestVoice::initTestCase()
     mSpeech = runtime + QStringLiteral("/speech.wav");
     QVERIFY(writeSpeech(mSpeech));
 
+    // A sound server of the suite's own whose only output is a null sink: what is read aloud
+    // plays there as it would to the speakers.
+    const QString soundSocket = runtime + QStringLiteral("/sound-server");
+    mSoundServer = QStringLiteral("unix:") + soundSocket;
+    mSound = std::make_unique<Child>();
+    mSound->start(
+        QStringLiteral("pulseaudio"),
+        {QStringLiteral("-n"), QStringLiteral("--daemonize=no"), QStringLiteral("--exit-idle-time=-1"),
+         QStringLiteral("--use-pid-file=no"), QStringLiteral("-L"),
+         QStringLiteral("module-null-sink sink_name=e2e"), QStringLiteral("-L"),
+         QStringLiteral("module-native-protocol-unix auth-anonymous=1 socket=") + soundSocket});
+    QVERIFY2(QTest::qWaitFor([&] { return QFileInfo::exists(soundSocket); }, 10000),
+             qPrintable(mSound->output()));
+
     // A two-key mouse on its receiver.
     mSocketPath = runtime + QStringLiteral("/mouse");
     mSim = std::make_unique<MouseSimulator>(QStringLiteral(MOUSE_SIM_BINARY), mSocketPath);
@@ -214,14 +233,34 @@ void TestVoice::cleanupTestCase()
     mClient.reset();
     mSim.reset();
     mServices.reset();
+    mSound.reset();
 }
 
 void TestVoice::startProgram()
 {
     QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();
     environment.insert(QStringLiteral("ZORVANE_DEVICE_SOCKET"), mSocketPath);
+    environment.insert(QStringLiteral("PULSE_SERVER"), mSoundServer);
     mProgram = std::make_unique<Child>(environment);
     mProgram->start(QStringLiteral(ZORVANE_BINARY));
+}
+
+QString TestVoice::programLog()
+{
+    QFile log(QStandardPaths::writableLocation(QStandardPaths::GenericDataLocation) +
+              QStringLiteral("/ZorvaneV2/ZorvaneLog.txt"));
+    return log.open(QIODevice::ReadOnly) ? QString::fromUtf8(log.readAll()) : QString();
+}
+
+QString TestVoice::soundStreams()
+{
+    QProcess pactl;
+    QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();
+    environment.insert(QStringLiteral("PULSE_SERVER"), mSoundServer);
+    pactl.setProcessEnvironment(environment);
+    pactl.start(QStringLiteral("pactl"), {QStringLiteral("list"), QStringLiteral("sink-inputs")});
+    pactl.waitForFinished(3000);
+    return QString::fromUtf8(pactl.readAllStandardOutput());
 }
 
 QString TestVoice::clientText()
@@ -350,12 +389,16 @@ void TestVoice::selectionToolbarTranslatesAndReads()
     clickAt(window, kTranslateWindowClose);
     QVERIFY(waitForNoWindow(kZorvane, kTranslateWindowSize));
 
-    // Reading aloud asks the synthesis service for a new selection.
+    // Reading aloud asks the synthesis service for a new selection and plays what it says.
     toolbar = selectInClient(100);
     QVERIFY(!toolbar.isEmpty());
     clickAt(toolbar, kToolbarRead);
     QVERIFY2(mServices->waitForOutput(QStringLiteral("synthesis:"), kTextMs),
              qPrintable(mServices->output().right(2000)));
+    const QString ours =
+        QStringLiteral("application.process.id = \"%1\"").arg(mProgram->process().processId());
+    QVERIFY2(QTest::qWaitFor([&] { return soundStreams().contains(ours); }, kTextMs),
+             qPrintable(programLog().right(800) + mSound->output().right(400)));
     QCOMPARE(clientText(), kFirstDictation);
 }
 
