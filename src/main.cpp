@@ -16,6 +16,10 @@ int main(int argc, char* argv[])
     QCoreApplication::setApplicationName(QString::fromLatin1(AppPaths::kApplicationName));
     MessageHandler::install(AppPaths::dataFile(QStringLiteral("/ZorvaneLog.txt")));
 
+    const QByteArray platform = CommandLine::platformFor(qgetenv("QT_QPA_PLATFORM"), qgetenv("DISPLAY"));
+    if (!platform.isEmpty()) {
+        qputenv("QT_QPA_PLATFORM", platform);
+    }
     SingleApplication app(argc, argv);
     if (app.isRunning()) {
         return 0;

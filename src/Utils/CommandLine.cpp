@@ -77,6 +77,14 @@ CommandLine::Outcome CommandLine::parse(const QStringList& arguments)
     return outcome;
 }
 
+QByteArray CommandLine::platformFor(const QByteArray& chosen, const QByteArray& display)
+{
+    if (!display.isEmpty() && (chosen.isEmpty() || chosen.startsWith("wayland"))) {
+        return QByteArrayLiteral("xcb");
+    }
+    return chosen;
+}
+
 CommandLine::Outcome CommandLine::handle(int argc, char** argv)
 {
     QStringList arguments;

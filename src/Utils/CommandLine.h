@@ -1,5 +1,6 @@
 #pragma once
 
+#include <QByteArray>
 #include <QString>
 #include <QStringList>
 
@@ -21,6 +22,11 @@ public:
 
     // Same, from main's arguments; writes the answer to stdout/stderr.
     static Outcome handle(int argc, char** argv);
+
+    // The Qt platform to run on, given QT_QPA_PLATFORM and DISPLAY: typing, the panels' places
+    // and the selection all need X11, so a Wayland session runs us through XWayland when it
+    // offers one. A -platform option on the command line still wins over this.
+    static QByteArray platformFor(const QByteArray& chosen, const QByteArray& display);
 
     // The start line of the log: version, where the configuration came from and which device
     // the program talks to.

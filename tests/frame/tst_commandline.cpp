@@ -98,6 +98,13 @@ void TestCommandLine::badOptionsFailAndQtOptionsPass()
         {program, QStringLiteral("-platform"), QStringLiteral("xcb"), QStringLiteral("--version")});
     QVERIFY(both.exit);
     QCOMPARE(both.exitCode, 0);
+
+    // A Wayland session with XWayland runs us on X11; no X11 at all leaves the choice alone.
+    QCOMPARE(CommandLine::platformFor({}, ":0"), QByteArray("xcb"));
+    QCOMPARE(CommandLine::platformFor("wayland-egl", ":1"), QByteArray("xcb"));
+    QCOMPARE(CommandLine::platformFor("offscreen", ":0"), QByteArray("offscreen"));
+    QCOMPARE(CommandLine::platformFor("wayland", {}), QByteArray("wayland"));
+    QCOMPARE(CommandLine::platformFor({}, {}), QByteArray());
 }
 
 void TestCommandLine::startLineNamesTheSources()
