@@ -171,6 +171,18 @@ void ServiceSet::setRefused(Id id, bool refused)
     }
 }
 
+bool ServiceSet::applyFault(Id id, const QString& text, QString* error)
+{
+    const bool wasRefused = mFaults[id].refuse;
+    if (!mFaults[id].apply(text, error)) {
+        return false;
+    }
+    if (mFaults[id].refuse != wasRefused) {
+        setRefused(id, mFaults[id].refuse);
+    }
+    return true;
+}
+
 quint16 ServiceSet::port(Id id) const
 {
     return mPorts[id];

@@ -51,6 +51,9 @@ public:
     void stop();
     // Refuses connections from now on (or listens again).
     void setRefused(Id id, bool refused);
+    // A fault switch as --fault takes it ("refuse", "status=500", "off", ...), while running:
+    // a refused port stops listening and listens again when cleared.
+    bool applyFault(Id id, const QString& text, QString* error);
 
     quint16 port(Id id) const;
     // The address the application is configured with for this service.

@@ -3,7 +3,10 @@
 #include <QCommandLineParser>
 #include <QCoreApplication>
 #include <QFile>
+#include <QSocketNotifier>
 #include <QTextStream>
+
+#include <unistd.h>
 
 namespace {
 
@@ -32,6 +35,8 @@ QString helpText()
         "  status=CODE  HTTP services: this HTTP status with an empty body\n"
         "  malformed    answers cut in half (gateway: result lines and the server list)\n"
         "  off          clears the switches set before it\n"
+        "While running, a line \"fault SERVICE:SWITCH\" on standard input sets a switch the same way;\n"
+        "the answer is \"fault SERVICE: SWITCHES\" (or \"error: REASON\").\n"
         "\nRecognition: the scripted engine hears one script sentence per stretch of speech (partials grow\n"
         "every 200 ms, a '|' in a line writes the stages out, which is how revisions are scripted; 600 ms "
         "of\n"
@@ -173,5 +178,33 @@ int main(int argc, char* argv[])
         out << '\n' << services.configSnippet();
     }
     out << "ready" << Qt::endl;
+
+    // Faults switched while running, for tests that need a service to fail only for a while.
+    QSocketNotifier input(STDIN_FILENO, QSocketNotifier::Read);
+    QByteArray pending;
+    QObject::connect(&input, &QSocketNotifier::activated, [&] {
+        char buffer[512];
+        const ssize_t got = ::read(STDIN_FILENO, buffer, sizeof buffer);
+        if (got <= 0) {
+            input.setEnabled(false);  // no more commands; the services go on
+            return;
+        }
+        pending.append(buffer, static_cast<int>(got));
+        for (int end = pending.indexOf('\n'); end >= 0; end = pending.indexOf('\n')) {
+            const QString line = QString::fromUtf8(pending.left(end)).trimmed();
+            pending.remove(0, end + 1);
+            const QString spec = line.section(QLatin1Char(' '), 1);
+            ServiceSet::Id id;
+            QString error;
+            if (!line.startsWith(QLatin1String("fault ")) ||
+                !ServiceSet::idFromName(spec.section(QLatin1Char(':'), 0, 0), &id)) {
+                out << "error: expected fault SERVICE:SWITCH, got " << line << Qt::endl;
+            } else if (!services.applyFault(id, spec.section(QLatin1Char(':'), 1), &error)) {
+                out << "error: " << error << Qt::endl;
+            } else {
+                out << "fault " << ServiceSet::name(id) << ": " << services.fault(id).describe() << Qt::endl;
+            }
+        }
+    });
     return QCoreApplication::exec();
 }
