@@ -78,12 +78,14 @@ void GatewaySession::handleFrame(quint32 type, const QByteArray& payload)
                 send(eventLine(ElvUtil::ON_PARAMS_ACK, 0), false);
                 return;
             }
-            mAccepted = true;
             send(eventLine(ElvUtil::ON_PARAMS_ACK, 1), false);
             send(eventLine(ElvUtil::ON_START_WORKING, 0), false);
             if (mFault->errorCode != 0) {
+                // A session that errs recognises nothing after it.
                 send(eventLine(ElvUtil::ON_ERROR, mFault->errorCode), false);
+                break;
             }
+            mAccepted = true;
             break;
         }
         case ElvUtil::TypeData:
