@@ -72,26 +72,50 @@ void HttpRequest::downloadFile(const QString url, const QString path, DownloadPr
                                DownloadResultFunc result, ErrorFunc onError)
 {
     auto* file = new QFile(path);
-    if (!file->open(QIODevice::WriteOnly | QIODevice::Truncate)) {
-        qCWarning(lcHttp) << "cannot write" << path;
-    }
     mRequest.setUrl(QUrl::fromUserInput(url));
+    if (!file->open(QIODevice::WriteOnly | QIODevice::Truncate)) {
+        // Nothing to keep the download in: failed before it starts, as the caller learns of
+        // any failure, instead of a success with no file behind it.
+        qCWarning(lcHttp) << "cannot write" << path << file->errorString();
+        delete file;
+        const QString target = mRequest.url().toString();
+        QTimer::singleShot(0, this, [target, onError] {
+            if (onError) {
+                onError(target, QNetworkReply::UnknownContentError);
+            }
+        });
+        return;
+    }
     QNetworkReply* reply = mManager.get(mRequest);
     connect(this, &HttpRequest::signalCancelDownload, reply, &QNetworkReply::abort);
-    connect(reply, &QNetworkReply::readyRead, reply, [reply, file] { file->write(reply->readAll()); });
+    // A write that falls short (a full disk) fails the download rather than leave a cut file.
+    auto keep = [reply, file] {
+        const QByteArray bytes = reply->readAll();
+        if (file->isOpen() && file->write(bytes) != bytes.size()) {
+            qCWarning(lcHttp) << "cannot write" << file->fileName() << file->errorString();
+            file->close();
+            reply->setProperty("writeFailed", true);
+            reply->abort();
+        }
+    };
+    connect(reply, &QNetworkReply::readyRead, reply, keep);
     connect(reply, &QNetworkReply::downloadProgress, reply, [progress](qint64 received, qint64 total) {
         if (progress) {
             progress(static_cast<int>(total), static_cast<int>(received));
         }
     });
-    connect(reply, &QNetworkReply::finished, reply, [reply, file, result, onError] {
-        file->write(reply->readAll());
-        file->flush();
+    connect(reply, &QNetworkReply::finished, reply, [reply, file, result, onError, keep] {
+        keep();
+        const bool written = file->isOpen() && file->flush();
         file->close();
-        if (reply->error() != QNetworkReply::NoError) {
-            qCWarning(lcHttp) << "download failed" << reply->url().toString() << int(reply->error());
+        QNetworkReply::NetworkError error = reply->error();
+        if (reply->property("writeFailed").toBool() || (error == QNetworkReply::NoError && !written)) {
+            error = QNetworkReply::UnknownContentError;
+        }
+        if (error != QNetworkReply::NoError) {
+            qCWarning(lcHttp) << "download failed" << reply->url().toString() << int(error);
             if (onError) {
-                onError(reply->url().toString(), reply->error());
+                onError(reply->url().toString(), error);
             }
         } else if (result) {
             result(true, file->fileName());

@@ -6,7 +6,9 @@
 #include "WidgetPresenter/UpdateView.h"
 
 #include <QCoreApplication>
+#include <QDir>
 #include <QFile>
+#include <QFileInfo>
 #include <QPointer>
 #include <QStandardPaths>
 #include <QThread>
@@ -105,6 +107,8 @@ void UpdatePresenter::onUpdate()
     if (QFile::exists(path)) {
         QFile::remove(path);
     }
+    // A new account may have no Downloads folder yet.
+    QDir().mkpath(QFileInfo(path).absolutePath());
     // Replies may outlive the presenter.
     QPointer<UpdatePresenter> self(this);
     mHttpManager->downloadApp(

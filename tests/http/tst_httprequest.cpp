@@ -20,6 +20,7 @@ private slots:
     void overlappingCallsKeepTheirOwnCallbacks();
     void downloadReplacesFileWithProgressOnTheWay();
     void cancelAbortsDownloadsAndIsHarmlessWhenIdle();
+    void downloadThatCannotBeKeptFails();
     void syncCallsFromAWorkerThread();
 
 private:
@@ -150,6 +151,29 @@ void TestHttpRequest::cancelAbortsDownloadsAndIsHarmlessWhenIdle()
     QTRY_COMPARE(error, QNetworkReply::OperationCanceledError);
     QVERIFY(!done);
     QVERIFY(QFile::exists(dir.filePath(QStringLiteral("f"))));
+}
+
+// No success without the file behind it: a folder that is not there fails before anything is
+// fetched, a disk that fills up (/dev/full takes nothing) fails the download.
+void TestHttpRequest::downloadThatCannotBeKeptFails()
+{
+    mServer.setAnswer(QStringLiteral("/inst"), {200, QByteArray(200000, 'i'), 0, "application/octet-stream"});
+    QTemporaryDir dir;
+    const int asked = mServer.requests().size();
+    for (const QString& path :
+         {dir.filePath(QStringLiteral("missing/installer")), QStringLiteral("/dev/full")}) {
+        QList<QNetworkReply::NetworkError> errors;
+        bool succeeded = false;
+        http->downloadFile(
+            mServer.url(QStringLiteral("/inst")).toString(), path, nullptr,
+            [&](bool, QString) { succeeded = true; },
+            [&](QString, QNetworkReply::NetworkError e) { errors << e; });
+        QTRY_COMPARE(errors, QList<QNetworkReply::NetworkError>{QNetworkReply::UnknownContentError});
+        QTest::qWait(100);
+        QVERIFY(!succeeded);
+        QCOMPARE(errors.size(), 1);
+    }
+    QCOMPARE(mServer.requests().size(), asked + 1);  // only the full disk was asked for
 }
 
 void TestHttpRequest::syncCallsFromAWorkerThread()
