@@ -3,12 +3,19 @@
 // What the whole-program suites share: xdotool's view of the screen, child processes whose
 // output is kept, and the stand-in services started on free ports with the program pointed at
 // them.
+#include "Hid/DeviceMessage.h"
+
 #include <QDir>
 #include <QFile>
 #include <QFileInfo>
 #include <QProcess>
+#include <QSettings>
+#include <QSqlDatabase>
+#include <QSqlQuery>
 #include <QStandardPaths>
 #include <QtTest>
+
+#include <memory>
 
 namespace E2e {
 
@@ -22,6 +29,148 @@ inline QString xdotool(const QStringList& arguments)
     tool.waitForFinished(5000);
     return QString::fromUtf8(tool.readAllStandardOutput()).trimmed();
 }
+
+// A record as mouse-sim prints what the program wrote to the receiver.
+inline QString out(const st_small_base_com_msg& record)
+{
+    return QStringLiteral("out ") + QString::fromLatin1(record.toByteArray(31).toHex(' '));
+}
+
+inline bool writeFile(const QString& path, const QByteArray& content, bool executable = false)
+{
+    QDir().mkpath(QFileInfo(path).absolutePath());
+    QFile file(path);
+    if (!file.open(QIODevice::WriteOnly | QIODevice::Truncate)) {
+        return false;
+    }
+    file.write(content);
+    file.close();
+    return !executable ||
+           file.setPermissions(file.permissions() | QFile::ExeOwner | QFile::ExeUser | QFile::ReadOwner);
+}
+
+// A stretch of speech as the mouse would hear it: espeak-ng's voice, at 16 kHz mono 16-bit.
+inline bool writeSpeech(const QString& path, const QString& words = QStringLiteral("testing one two three"))
+{
+    const QString raw = path + QStringLiteral(".raw.wav");
+    QProcess speak;
+    speak.start(QStringLiteral("espeak-ng"), {QStringLiteral("-w"), raw, words});
+    if (!speak.waitForFinished(20000) || speak.exitCode() != 0) {
+        return false;
+    }
+    QProcess convert;
+    convert.start(QStringLiteral("sox"),
+                  {raw, QStringLiteral("-r"), QStringLiteral("16000"), QStringLiteral("-c"),
+                   QStringLiteral("1"), QStringLiteral("-b"), QStringLiteral("16"), path});
+    return convert.waitForFinished(20000) && convert.exitCode() == 0;
+}
+
+// Where the program keeps the user's things.
+inline QString dataFolder()
+{
+    return QStandardPaths::writableLocation(QStandardPaths::GenericDataLocation) +
+           QStringLiteral("/ZorvaneV2");
+}
+inline QString preferencesPath()
+{
+    return dataFolder() + QStringLiteral("/preferences.ini");
+}
+inline QString commandWordsPath()
+{
+    return dataFolder() + QLatin1Char('/') + QString::fromLatin1(QByteArray("zorvane_db").toBase64());
+}
+
+inline QString programLog()
+{
+    QFile log(dataFolder() + QStringLiteral("/ZorvaneLog.txt"));
+    return log.open(QIODevice::ReadOnly) ? QString::fromUtf8(log.readAll()) : QString();
+}
+
+// Changes one preference in the file, as the program reads it at start.
+inline void setPreference(const QString& key, const QVariant& value)
+{
+    QSettings preferences(preferencesPath(), QSettings::IniFormat);
+    preferences.setValue(QStringLiteral("config/") + key, value);
+    preferences.sync();
+}
+
+// The command words table as the program keeps it (words in Base64), one "keyword -> target"
+// line a row; with keyword given, that word is added first. Empty on a file that is not a
+// database.
+inline QStringList commandWords(const QString& keyword = {}, const QString& target = {})
+{
+    QStringList rows;
+    QDir().mkpath(dataFolder());
+    {
+        QSqlDatabase db = QSqlDatabase::addDatabase(QStringLiteral("QSQLITE"), QStringLiteral("e2e"));
+        db.setDatabaseName(commandWordsPath());
+        if (db.open()) {
+            QSqlQuery query(db);
+            if (!keyword.isEmpty() &&
+                query.exec(QStringLiteral("create table if not exists command_word(id integer primary key "
+                                          "autoincrement, keyword varchar(200), target varchar(200), type "
+                                          "int, pro varchar(200))")) &&
+                query.prepare(QStringLiteral(
+                    "insert into command_word(keyword, target, type, pro) values(?, ?, 0, '')"))) {
+                query.addBindValue(QString::fromLatin1(keyword.toUtf8().toBase64()));
+                query.addBindValue(QString::fromLatin1(target.toUtf8().toBase64()));
+                query.exec();
+            }
+            if (query.exec(
+                    QStringLiteral("select keyword, target, type, pro from command_word order by id"))) {
+                while (query.next()) {
+                    rows << QString::fromUtf8(QByteArray::fromBase64(query.value(0).toByteArray())) +
+                                QStringLiteral(" -> ") +
+                                QString::fromUtf8(QByteArray::fromBase64(query.value(1).toByteArray())) +
+                                QLatin1Char(' ') + query.value(2).toString() + QLatin1Char(' ') +
+                                query.value(3).toString();
+                }
+            }
+            db.close();
+        }
+    }
+    QSqlDatabase::removeDatabase(QStringLiteral("e2e"));
+    return rows;
+}
+
+// What the user has set and saved: every preference and habit, and the command words. A
+// scenario takes it before and compares after: what it did not touch must be exactly as it was.
+struct UserData {
+    QMap<QString, QString> values;
+    QStringList words;
+
+    static UserData read()
+    {
+        UserData data;
+        for (const QString& file : {QStringLiteral("preferences.ini"), QStringLiteral("user_habit_ini")}) {
+            QSettings settings(dataFolder() + QLatin1Char('/') + file, QSettings::IniFormat);
+            for (const QString& key : settings.allKeys()) {
+                data.values.insert(file + QLatin1Char(':') + key, settings.value(key).toString());
+            }
+        }
+        data.words = commandWords();
+        return data;
+    }
+    // The differences, one line each, leaving out the keys named.
+    QStringList changedFrom(const UserData& before, const QStringList& touched = {}) const
+    {
+        QStringList changes;
+        QMap<QString, QString> all = before.values;
+        all.insert(values);
+        for (auto it = all.cbegin(); it != all.cend(); ++it) {
+            if (!touched.contains(it.key().section(QLatin1Char('/'), -1)) &&
+                before.values.value(it.key()) != values.value(it.key())) {
+                changes << it.key() + QStringLiteral(": ") + before.values.value(it.key()) +
+                               QStringLiteral(" -> ") + values.value(it.key());
+            }
+        }
+        if (words != before.words) {
+            changes << QStringLiteral("command words: ") + before.words.join(QStringLiteral(", ")) +
+                           QStringLiteral(" -> ") + words.join(QStringLiteral(", "));
+        }
+        return changes;
+    }
+};
 
 inline QSize windowSize(const QString& window)
 {
@@ -117,6 +266,87 @@ public:
 private:
     QProcess mProcess;
     QString mOutput;
+};
+
+// Another application the user types in: a Qt line edit (tests/platform_x11/line_edit_client)
+// that has the keyboard, asked for its text through its standard input.
+class LineEditClient {
+public:
+    bool start(const QString& program)
+    {
+        mChild.start(program, {QString(), QString()});
+        if (!mChild.waitForOutput(QStringLiteral("ready "), 10000)) {
+            return false;
+        }
+        const QStringList ready =
+            mChild.output().section(QStringLiteral("ready "), 1).split(QLatin1Char(' '));
+        mField = QRect(ready.value(0).toInt(), ready.value(1).toInt(), ready.value(2).toInt(),
+                       ready.value(3).trimmed().toInt());
+        mWindow = waitForWindow(QStringLiteral("^selection source$"));
+        return !mWindow.isEmpty();
+    }
+    ~LineEditClient() { mChild.process().write("quit\n"); }
+
+    QString window() const { return mWindow; }
+    QRect field() const { return mField; }
+    // The line edit's text as it answers now.
+    QString text()
+    {
+        const QString before = mChild.output();
+        mChild.process().write("?\n");
+        if (!QTest::qWaitFor(
+                [&] {
+                    const QString now = mChild.output();
+                    return now.size() > before.size() && now.endsWith(QLatin1Char('\n'));
+                },
+                2000)) {
+            return QString();
+        }
+        // presses, owns clipboard, text, clipboard text
+        return mChild.output().mid(before.size()).trimmed().section(QLatin1Char('\t'), 2, 2);
+    }
+    // Waits for exactly this text; says what was there instead.
+    bool waitForText(const QString& text, int timeoutMs = 15000)
+    {
+        QString last;
+        const bool arrived = QTest::qWaitFor(
+            [&] {
+                last = this->text();
+                return last == text;
+            },
+            timeoutMs);
+        if (!arrived) {
+            qWarning().noquote() << "client has" << last << "expected" << text;
+        }
+        return arrived;
+    }
+    bool hasKeyboard() const
+    {
+        return xdotool({QStringLiteral("getwindowfocus")}) == mWindow ||
+               xdotool({QStringLiteral("getactivewindow")}) == mWindow;
+    }
+    // Selects the line's first characters with the pointer, as a user would, up to toX.
+    void selectWithPointer(int toX)
+    {
+        xdotool({QStringLiteral("windowactivate"), QStringLiteral("--sync"), mWindow});
+        const int y = mField.center().y();
+        xdotool({QStringLiteral("mousemove"), QString::number(mField.left() + 4), QString::number(y),
+                 QStringLiteral("mousedown"), QStringLiteral("1"), QStringLiteral("mousemove"),
+                 QString::number(mField.left() + 60), QString::number(y), QStringLiteral("mousemove"),
+                 QString::number(mField.left() + toX), QString::number(y), QStringLiteral("mouseup"),
+                 QStringLiteral("1")});
+    }
+    // Gives it the keyboard back with the cursor at the end, where typing goes on.
+    void activateAtEnd()
+    {
+        xdotool({QStringLiteral("windowactivate"), QStringLiteral("--sync"), mWindow});
+        xdotool({QStringLiteral("key"), QStringLiteral("--clearmodifiers"), QStringLiteral("End")});
+    }
+
+private:
+    Child mChild;
+    QString mWindow;
+    QRect mField;
 };
 
 // Starts the stand-ins on free ports and writes the snippet they print to the configuration

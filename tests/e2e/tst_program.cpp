@@ -38,11 +38,6 @@ const QString kLowbatName = QStringLiteral("^Zorvane 电量提醒$");
 // The first open, the ladder and the backend's answers take a few seconds under the sanitizers.
 constexpr int kStartMs = 20000;
 
-QString out(const st_small_base_com_msg& record)
-{
-    return QStringLiteral("out ") + QString::fromLatin1(record.toByteArray(31).toHex(' '));
-}
-
 void click(const QString& window, Spot spot)
 {
     E2e::clickAt(window, kSpots[spot]);

@@ -2,10 +2,6 @@
 #include "Hid/DeviceMessage.h"
 #include "MouseSimulator.h"
 
-#include <QSettings>
-#include <QSqlDatabase>
-#include <QSqlQuery>
-
 namespace DM = DeviceMessage;
 using namespace E2e;
 
@@ -37,70 +33,8 @@ const QPoint kTranslateWindowClose(435, 67);  // the frame starts 46 px down, it
 // The address the virtual mouse has on Bluetooth.
 const QString kMouseBleAddress = QStringLiteral("C8:47:8C:5A:01:02");
 const QString kZorvane = QStringLiteral("^Zorvane$");
-const QString kClientName = QStringLiteral("^selection source$");
 constexpr int kStartMs = 25000;
 constexpr int kTextMs = 15000;
-
-QString out(const st_small_base_com_msg& record)
-{
-    return QStringLiteral("out ") + QString::fromLatin1(record.toByteArray(31).toHex(' '));
-}
-
-// A stretch of speech as the mouse would hear it: espeak-ng's voice, at 16 kHz mono 16-bit.
-bool writeSpeech(const QString& path)
-{
-    const QString raw = path + QStringLiteral(".raw.wav");
-    QProcess speak;
-    speak.start(QStringLiteral("espeak-ng"),
-                {QStringLiteral("-w"), raw, QStringLiteral("testing one two three")});
-    if (!speak.waitForFinished(20000) || speak.exitCode() != 0) {
-        return false;
-    }
-    QProcess convert;
-    convert.start(QStringLiteral("sox"),
-                  {raw, QStringLiteral("-r"), QStringLiteral("16000"), QStringLiteral("-c"),
-                   QStringLiteral("1"), QStringLiteral("-b"), QStringLiteral("16"), path});
-    return convert.waitForFinished(20000) && convert.exitCode() == 0;
-}
-
-bool writeFile(const QString& path, const QByteArray& content, bool executable = false)
-{
-    QDir().mkpath(QFileInfo(path).absolutePath());
-    QFile file(path);
-    if (!file.open(QIODevice::WriteOnly | QIODevice::Truncate)) {
-        return false;
-    }
-    file.write(content);
-    file.close();
-    return !executable ||
-           file.setPermissions(file.permissions() | QFile::ExeOwner | QFile::ExeUser | QFile::ReadOwner);
-}
-
-// A command word the user saved before: the table as the program keeps it, words in Base64.
-bool addCommandWord(const QString& path, const QString& keyword, const QString& target)
-{
-    QDir().mkpath(QFileInfo(path).absolutePath());
-    bool added = false;
-    {
-        QSqlDatabase db = QSqlDatabase::addDatabase(QStringLiteral("QSQLITE"), QStringLiteral("e2e"));
-        db.setDatabaseName(path);
-        if (db.open()) {
-            QSqlQuery query(db);
-            added =
-                query.exec(QStringLiteral("create table if not exists command_word(id integer primary key "
-                                          "autoincrement, keyword varchar(200), target varchar(200), type "
-                                          "int, pro varchar(200))")) &&
-                query.prepare(QStringLiteral(
-                    "insert into command_word(keyword, target, type, pro) values(?, ?, 0, '')"));
-            query.addBindValue(QString::fromLatin1(keyword.toUtf8().toBase64()));
-            query.addBindValue(QString::fromLatin1(target.toUtf8().toBase64()));
-            added = added && query.exec();
-            db.close();
-        }
-    }
-    QSqlDatabase::removeDatabase(QStringLiteral("e2e"));
-    return added;
-}
 
 }  // namespace
 
@@ -122,17 +56,12 @@ private slots:
     void mouseLeavingMidDictationEndsTheSession();
 
 private:
-    // The client's line edit, as it answers now.
-    QString clientText();
-    bool waitForClientText(const QString& text);
     void speak(int key);
-    bool clientHasKeyboard();
     void startProgram();
     void restartWith(const QString& key, const QVariant& value);
     bool pageOpened(const QString& part);
     // The streams now playing into the suite's sound server, as pactl lists them.
     QString soundStreams();
-    QString programLog();
     QString selectInClient(int toX);
     // The voice panels up now: every window of ours but the console.
     QStringList panels();
@@ -141,14 +70,12 @@ private:
     QString mSocketPath;
     QString mSpeech;
     QString mUrls;
-    QRect mClientField;
     QString mSoundServer;
     std::unique_ptr<Child> mSound;
     std::unique_ptr<Child> mServices;
     std::unique_ptr<MouseSimulator> mSim;
-    std::unique_ptr<Child> mClient;
+    std::unique_ptr<LineEditClient> mClient;
     std::unique_ptr<Child> mProgram;
-    QString mClientWindow;
 };
 
 void TestVoice::initTestCase()
@@ -179,9 +106,7 @@ void TestVoice::initTestCase()
     QVERIFY(
         writeFile(data + QStringLiteral("/ZorvaneV2/preferences.ini"), "[config]\ntextTranslateMode=1\n"));
     writeAutostartEntry();
-    QVERIFY(addCommandWord(
-        data + QStringLiteral("/ZorvaneV2/") + QString::fromLatin1(QByteArray("zorvane_db").toBase64()),
-        kCommandWord, kCommandPage));
+    QVERIFY(commandWords(kCommandWord, kCommandPage).size() == 1);
     mSpeech = runtime + QStringLiteral("/speech.wav");
     QVERIFY(writeSpeech(mSpeech));
 
@@ -213,23 +138,14 @@ void TestVoice::initTestCase()
     xdotool({QStringLiteral("windowminimize"), QStringLiteral("--sync"), console});
 
     // The application the user types in, with the keyboard.
-    mClient = std::make_unique<Child>();
-    mClient->start(QStringLiteral(LINE_EDIT_CLIENT), {QString(), QString()});
-    QVERIFY(mClient->waitForOutput(QStringLiteral("ready "), 10000));
-    const QStringList ready = mClient->output().section(QStringLiteral("ready "), 1).split(QLatin1Char(' '));
-    mClientField = QRect(ready.value(0).toInt(), ready.value(1).toInt(), ready.value(2).toInt(),
-                         ready.value(3).trimmed().toInt());
-    mClientWindow = waitForWindow(kClientName);
-    QVERIFY(!mClientWindow.isEmpty());
-    QVERIFY(clientHasKeyboard());
+    mClient = std::make_unique<LineEditClient>();
+    QVERIFY(mClient->start(QStringLiteral(LINE_EDIT_CLIENT)));
+    QVERIFY(mClient->hasKeyboard());
 }
 
 void TestVoice::cleanupTestCase()
 {
     mProgram.reset();
-    if (mClient) {
-        mClient->process().write("quit\n");
-    }
     mClient.reset();
     mSim.reset();
     mServices.reset();
@@ -245,13 +161,6 @@ void TestVoice::startProgram()
     mProgram->start(QStringLiteral(ZORVANE_BINARY));
 }
 
-QString TestVoice::programLog()
-{
-    QFile log(QStandardPaths::writableLocation(QStandardPaths::GenericDataLocation) +
-              QStringLiteral("/ZorvaneV2/ZorvaneLog.txt"));
-    return log.open(QIODevice::ReadOnly) ? QString::fromUtf8(log.readAll()) : QString();
-}
-
 QString TestVoice::soundStreams()
 {
     QProcess pactl;
@@ -261,43 +170,6 @@ QString TestVoice::soundStreams()
     pactl.start(QStringLiteral("pactl"), {QStringLiteral("list"), QStringLiteral("sink-inputs")});
     pactl.waitForFinished(3000);
     return QString::fromUtf8(pactl.readAllStandardOutput());
-}
-
-QString TestVoice::clientText()
-{
-    const QString before = mClient->output();
-    mClient->process().write("?\n");
-    if (!QTest::qWaitFor(
-            [&] {
-                const QString now = mClient->output();
-                return now.size() > before.size() && now.endsWith(QLatin1Char('\n'));
-            },
-            2000)) {
-        return QString();
-    }
-    // presses, owns clipboard, text, clipboard text
-    return mClient->output().mid(before.size()).trimmed().section(QLatin1Char('\t'), 2, 2);
-}
-
-bool TestVoice::waitForClientText(const QString& text)
-{
-    QString last;
-    const bool arrived = QTest::qWaitFor(
-        [&] {
-            last = clientText();
-            return last == text;
-        },
-        kTextMs);
-    if (!arrived) {
-        qWarning().noquote() << "client has" << last << "\nzorvane:" << mProgram->output().right(3000);
-    }
-    return arrived;
-}
-
-bool TestVoice::clientHasKeyboard()
-{
-    return xdotool({QStringLiteral("getwindowfocus")}) == mClientWindow ||
-           xdotool({QStringLiteral("getactivewindow")}) == mClientWindow;
 }
 
 // Holds the key while the mouse streams one stretch of speech, then lets go.
@@ -318,8 +190,8 @@ void TestVoice::dictationOverUsbTypesIntoTheFocusedClient()
     QVERIFY(mSim->waitForLine(QStringLiteral("audio done"), 10000));
     mSim->command("release 6");
     // The revised partial ("北经") was rewritten in place: exactly the final sentence.
-    QVERIFY(waitForClientText(kFirstDictation));
-    QVERIFY(clientHasKeyboard());
+    QVERIFY(mClient->waitForText(kFirstDictation));
+    QVERIFY(mClient->hasKeyboard());
     QVERIFY(waitForNoWindow(kZorvane, kFixedPanelSize));
 }
 
@@ -329,7 +201,7 @@ void TestVoice::voiceSearchOpensTheSearchPage()
     QVERIFY(!waitForWindow(kZorvane, kStripSize).isEmpty());
     QVERIFY(pageOpened(QStringLiteral("/s?wd=")));
     // The command typed nothing.
-    QCOMPARE(clientText(), kFirstDictation);
+    QCOMPARE(mClient->text(), kFirstDictation);
 }
 
 bool TestVoice::pageOpened(const QString& part)
@@ -350,11 +222,9 @@ void TestVoice::commandWordOpensItsPage()
 {
     speak(5);
     QVERIFY(pageOpened(kCommandPage));
-    QCOMPARE(clientText(), kFirstDictation);
+    QCOMPARE(mClient->text(), kFirstDictation);
 }
 
-// Selects the line's first characters with the pointer, as a user would; the toolbar that
-// comes, or empty.
 QStringList TestVoice::panels()
 {
     QStringList found = visibleWindows(kZorvane);
@@ -364,15 +234,10 @@ QStringList TestVoice::panels()
     return found;
 }
 
+// Selects the line's first characters with the pointer; the toolbar that comes, or empty.
 QString TestVoice::selectInClient(int toX)
 {
-    xdotool({QStringLiteral("windowactivate"), QStringLiteral("--sync"), mClientWindow});
-    const int y = mClientField.center().y();
-    xdotool({QStringLiteral("mousemove"), QString::number(mClientField.left() + 4), QString::number(y),
-             QStringLiteral("mousedown"), QStringLiteral("1"), QStringLiteral("mousemove"),
-             QString::number(mClientField.left() + 60), QString::number(y), QStringLiteral("mousemove"),
-             QString::number(mClientField.left() + toX), QString::number(y), QStringLiteral("mouseup"),
-             QStringLiteral("1")});
+    mClient->selectWithPointer(toX);
     return waitForWindow(kZorvane, kToolbarSize);
 }
 
@@ -380,7 +245,7 @@ void TestVoice::selectionToolbarTranslatesAndReads()
 {
     QString toolbar = selectInClient(140);
     QVERIFY(!toolbar.isEmpty());
-    QVERIFY(clientHasKeyboard());
+    QVERIFY(mClient->hasKeyboard());
     clickAt(toolbar, kToolbarTranslate);
     const QString window = waitForWindow(kZorvane, kTranslateWindowSize);
     QVERIFY(!window.isEmpty());
@@ -399,7 +264,7 @@ void TestVoice::selectionToolbarTranslatesAndReads()
         QStringLiteral("application.process.id = \"%1\"").arg(mProgram->process().processId());
     QVERIFY2(QTest::qWaitFor([&] { return soundStreams().contains(ours); }, kTextMs),
              qPrintable(programLog().right(800) + mSound->output().right(400)));
-    QCOMPARE(clientText(), kFirstDictation);
+    QCOMPARE(mClient->text(), kFirstDictation);
 }
 
 void TestVoice::dictationOverBluetooth()
@@ -410,12 +275,10 @@ void TestVoice::dictationOverBluetooth()
     mSim->command("unplug");
     mSim->command("ble-on");
     restartWith(QStringLiteral("saveDeviceUuid"), kMouseBleAddress);
-    // Typing goes after what is there.
-    xdotool({QStringLiteral("key"), QStringLiteral("--clearmodifiers"), QStringLiteral("End")});
     QTest::qWait(1500);  // the ladder's first rounds over the radio link
     speak(6);
-    QVERIFY(waitForClientText(kFirstDictation + kSecondDictation));
-    QVERIFY(clientHasKeyboard());
+    QVERIFY(mClient->waitForText(kFirstDictation + kSecondDictation));
+    QVERIFY(mClient->hasKeyboard());
 }
 
 void TestVoice::voiceTranslationIsSentIntoTheClient()
@@ -425,12 +288,11 @@ void TestVoice::voiceTranslationIsSentIntoTheClient()
     mProgram.reset();
     QVERIFY(mSim->waitForLine(QStringLiteral("ble detached"), kStartMs));
     restartWith(QStringLiteral("voiceTranslateTargetLanguage"), 4);
-    xdotool({QStringLiteral("key"), QStringLiteral("--clearmodifiers"), QStringLiteral("End")});
     QTest::qWait(1500);
     speak(6);
     QVERIFY(mServices->waitForOutput(QStringLiteral("translate: GET"), kTextMs));
-    QVERIFY(waitForClientText(kFirstDictation + kSecondDictation + QStringLiteral("[en] 你好。")));
-    QVERIFY(clientHasKeyboard());
+    QVERIFY(mClient->waitForText(kFirstDictation + kSecondDictation + QStringLiteral("[en] 你好。")));
+    QVERIFY(mClient->hasKeyboard());
 }
 
 void TestVoice::realRecognitionIsTypedAsHeard()
@@ -448,8 +310,7 @@ void TestVoice::realRecognitionIsTypedAsHeard()
         QSKIP("the stand-in gateway was built without pocketsphinx");
     }
     restartWith(QStringLiteral("voiceTranslateTargetLanguage"), 0);
-    const QString before = clientText();
-    xdotool({QStringLiteral("key"), QStringLiteral("--clearmodifiers"), QStringLiteral("End")});
+    const QString before = mClient->text();
     QTest::qWait(1500);
     speak(6);
     QVERIFY2(mServices->waitForOutput(QStringLiteral("gateway: final "), kTextMs),
@@ -459,13 +320,13 @@ void TestVoice::realRecognitionIsTypedAsHeard()
         mServices->output().section(QStringLiteral("gateway: final "), -1).section(QLatin1Char('\n'), 0, 0);
     qInfo().noquote() << "pocketsphinx heard:" << heard;
     QVERIFY(!heard.trimmed().isEmpty());
-    QVERIFY(waitForClientText(before + heard));
-    QVERIFY(clientHasKeyboard());
+    QVERIFY(mClient->waitForText(before + heard));
+    QVERIFY(mClient->hasKeyboard());
 }
 
 void TestVoice::mouseLeavingMidDictationEndsTheSession()
 {
-    const QString before = clientText();
+    const QString before = mClient->text();
     mSim->command("press 6");
     mSim->command("audio " + mSpeech.toUtf8());
     // The fixed panel, on its translation page now.
@@ -477,25 +338,21 @@ void TestVoice::mouseLeavingMidDictationEndsTheSession()
     // The session ends: the panel goes and the program stays up.
     QVERIFY(QTest::qWaitFor([&] { return panels().isEmpty(); }, kWindowMs));
     QCOMPARE(mProgram->process().state(), QProcess::Running);
-    QVERIFY(clientText().startsWith(before));
-    QVERIFY(clientHasKeyboard());
+    QVERIFY(mClient->text().startsWith(before));
+    QVERIFY(mClient->hasKeyboard());
 }
 
 // With the program gone: changes one preference and starts it again on the
 // mouse as it is now, then gives the keyboard back to the client.
 void TestVoice::restartWith(const QString& key, const QVariant& value)
 {
-    QSettings preferences(QStandardPaths::writableLocation(QStandardPaths::GenericDataLocation) +
-                              QStringLiteral("/ZorvaneV2/preferences.ini"),
-                          QSettings::IniFormat);
-    preferences.setValue(QStringLiteral("config/") + key, value);
-    preferences.sync();
+    setPreference(key, value);
     startProgram();
     QVERIFY(mSim->waitForLine(QStringLiteral("ble attached"), kStartMs));
     const QString console = waitForWindow(kZorvane, kConsoleSize, kStartMs);
     QVERIFY(!console.isEmpty());
     xdotool({QStringLiteral("windowminimize"), QStringLiteral("--sync"), console});
-    xdotool({QStringLiteral("windowactivate"), QStringLiteral("--sync"), mClientWindow});
+    mClient->activateAtEnd();
 }
 
 QTEST_MAIN(TestVoice)
