@@ -1,0 +1,246 @@
+#include "ProgramRig.h"
+
+using namespace E2e;
+
+namespace {
+
+// Every stretch of speech is heard as the same sentence, so that what a recovered session types
+// does not depend on how many sessions a fault swallowed.
+const QString kSentence = QStringLiteral("我们再试一次。");
+const QSize kStripSize(840, 54);
+const QSize kToolbarSize(144, 32);
+const QSize kTranslateWindowSize(456, 361);
+const QPoint kToolbarTranslate(49, 16);
+const QPoint kToolbarRead(87, 16);
+const QPoint kTranslateWindowClose(435, 67);
+
+}  // namespace
+
+// The outside world failing under the real program: the speech gateway refusing, erring, going
+// silent or killed mid-session, the backend, translation and synthesis failing. The program stays up, the
+// session ends cleanly, the user's text is never touched by a failed session, the next session works once the
+// fault is gone, and the user's preferences and command words are exactly as before.
+class TestFaults : public QObject {
+    Q_OBJECT
+
+private slots:
+    void initTestCase();
+    void cleanupTestCase();
+    void init();
+    void cleanup();
+    void recogniserErrorEndsTheSession();
+    void gatewayRefusedThenBack();
+    void backendFailingLeavesTheCommandAFace();
+    void translationAndSynthesisFailing();
+    void gatewayKilledMidSessionThenBack();
+    void silentGatewayEndsTheSession();
+
+private:
+    // A dictation that must type nothing: the panel comes and goes, the client keeps its text.
+    void dictateNothing();
+    // A dictation that must type the sentence after what the client has.
+    void dictateTheSentence();
+    bool panelsGone();
+
+    ProgramRig mRig;
+    UserData mBefore;
+    bool mToldWhy = false;
+};
+
+void TestFaults::initTestCase()
+{
+    QStringList script;
+    for (int i = 0; i < 12; ++i) {
+        script << kSentence;
+    }
+    QVERIFY(mRig.prepare(script));
+    QString failure;
+    QVERIFY2(mRig.startServices({}, &failure), qPrintable(failure));
+    QCOMPARE(commandWords(QStringLiteral("打开主页"), QStringLiteral("http://home.example.invalid/")).size(),
+             1);
+    setPreference(QStringLiteral("textTranslateMode"), 1);  // selections offer the toolbar
+    setPreference(QStringLiteral("restTime"), 2);
+    setPreference(QStringLiteral("dpiValue"), 0);
+    QVERIFY(mRig.startMouse());
+    QVERIFY(mRig.startProgramOnReceiver());
+    QVERIFY(mRig.startClient());
+}
+
+void TestFaults::cleanupTestCase()
+{
+    mRig.program.reset();
+    mRig.client.reset();
+}
+
+void TestFaults::init()
+{
+    mBefore = UserData::read();
+}
+
+void TestFaults::cleanup()
+{
+    const QStringList changed = UserData::read().changedFrom(mBefore);
+    if (!changed.isEmpty()) {
+        qWarning().noquote() << "changed:" << changed;
+    }
+    if (QTest::currentTestFailed() && !mToldWhy) {
+        mToldWhy = true;
+        mRig.tellWhy();
+    }
+    QVERIFY(changed.isEmpty());
+    QVERIFY(mRig.programRunning());
+}
+
+bool TestFaults::panelsGone()
+{
+    if (QTest::qWaitFor([&] { return mRig.panels().isEmpty(); }, kWindowMs)) {
+        return true;
+    }
+    for (const QString& window : mRig.panels()) {
+        const QSize size = windowSize(window);
+        qWarning() << "still up:" << window << size;
+    }
+    return false;
+}
+
+void TestFaults::dictateNothing()
+{
+    mRig.client->activateAtEnd();
+    const QString before = mRig.client->text();
+    QVERIFY(mRig.speak(6, false));
+    QVERIFY(QTest::qWaitFor([&] { return !mRig.panels().isEmpty(); }, kWindowMs));
+    QVERIFY(mRig.sim->waitForLine(QStringLiteral("audio done"), 10000));
+    mRig.sim->command("release 6");
+    QVERIFY(panelsGone());
+    QCOMPARE(mRig.client->text(), before);
+    QVERIFY(mRig.client->hasKeyboard());
+}
+
+void TestFaults::dictateTheSentence()
+{
+    mRig.client->activateAtEnd();
+    const QString before = mRig.client->text();
+    QVERIFY(mRig.speak(6));
+    QVERIFY(mRig.client->waitForText(before + kSentence));
+    QVERIFY(mRig.client->hasKeyboard());
+    QVERIFY(panelsGone());
+}
+
+void TestFaults::recogniserErrorEndsTheSession()
+{
+    // The gateway answers the parameters with an error of its own.
+    QVERIFY(mRig.setFault(QStringLiteral("gateway:error=-3005")));
+    dictateNothing();
+    QVERIFY(programLog().contains(QLatin1String("onRecError: 404")));
+    QVERIFY(mRig.setFault(QStringLiteral("gateway:off")));
+    dictateTheSentence();
+}
+
+void TestFaults::gatewayRefusedThenBack()
+{
+    QVERIFY(mRig.setFault(QStringLiteral("gateway:refuse")));
+    dictateNothing();
+    QVERIFY(programLog().contains(QLatin1String("cannot reach the gateway")));
+    QVERIFY(mRig.setFault(QStringLiteral("gateway:off")));
+    dictateTheSentence();
+}
+
+void TestFaults::backendFailingLeavesTheCommandAFace()
+{
+    // A command the program does not know itself goes to the backend's parsing; when that
+    // fails in any way the strip shows its face, types nothing and opens nothing.
+    const QString before = mRig.client->text();
+    for (const QString& fault : {QStringLiteral("backend:status=500"), QStringLiteral("backend:malformed")}) {
+        QVERIFY(mRig.setFault(fault));
+        const int asked = mRig.services->output().count(QLatin1String("/semantic"));
+        QVERIFY(mRig.speak(5));
+        QVERIFY(!waitForWindow(ProgramRig::ourWindows(), kStripSize).isEmpty());
+        QVERIFY2(
+            QTest::qWaitFor([&] { return mRig.services->output().count(QLatin1String("/semantic")) > asked; },
+                            kWindowMs),
+            qPrintable(mRig.services->output().right(1500)));
+        QTest::qWait(500);
+        QVERIFY(!visibleWindows(ProgramRig::ourWindows(), kStripSize).isEmpty());
+        QCOMPARE(mRig.client->text(), before);
+    }
+    QVERIFY(mRig.setFault(QStringLiteral("backend:off")));
+    // The next press clears the strip: a dictation works as ever.
+    dictateTheSentence();
+}
+
+void TestFaults::translationAndSynthesisFailing()
+{
+    QVERIFY(mRig.setFault(QStringLiteral("translate:error=54003")));
+    QVERIFY(mRig.setFault(QStringLiteral("synthesis:status=500")));
+    mRig.client->selectWithPointer(140);
+    QString toolbar = waitForWindow(ProgramRig::ourWindows(), kToolbarSize);
+    QVERIFY(!toolbar.isEmpty());
+    clickAt(toolbar, kToolbarTranslate);
+    const QString window = waitForWindow(ProgramRig::ourWindows(), kTranslateWindowSize);
+    QVERIFY(!window.isEmpty());
+    QVERIFY(mRig.services->waitForOutput(QStringLiteral("translate: GET"), kWindowMs));
+    QVERIFY(QTest::qWaitFor([&] { return programLog().contains(QLatin1String("text translation failed")); },
+                            kWindowMs));
+    // The window stays and still answers: its close button closes it.
+    QVERIFY(!visibleWindows(ProgramRig::ourWindows(), kTranslateWindowSize).isEmpty());
+    clickAt(window, kTranslateWindowClose);
+    QVERIFY(waitForNoWindow(ProgramRig::ourWindows(), kTranslateWindowSize));
+
+    // Reading a selection aloud with the synthesis failing: asked, nothing played, no crash.
+    mRig.client->selectWithPointer(100);
+    toolbar = waitForWindow(ProgramRig::ourWindows(), kToolbarSize);
+    QVERIFY(!toolbar.isEmpty());
+    clickAt(toolbar, kToolbarRead);
+    QVERIFY(mRig.services->waitForOutput(QStringLiteral("synthesis:"), kWindowMs));
+    QTest::qWait(500);
+    // Nothing plays, and the toolbar still answers: a second click stops the reading, and with
+    // the pointer away it goes.
+    QVERIFY(!visibleWindows(ProgramRig::ourWindows(), kToolbarSize).isEmpty());
+    clickAt(toolbar, kToolbarRead);
+    clickAt(mRig.client->window(), QPoint(mRig.client->field().width() - 20, 30));
+    QVERIFY(waitForNoWindow(ProgramRig::ourWindows(), kToolbarSize));
+    QVERIFY(mRig.setFault(QStringLiteral("translate:off")));
+    QVERIFY(mRig.setFault(QStringLiteral("synthesis:off")));
+    dictateTheSentence();
+}
+
+void TestFaults::gatewayKilledMidSessionThenBack()
+{
+    mRig.client->activateAtEnd();
+    const QString before = mRig.client->text();
+    QVERIFY(mRig.speak(6, false));
+    QVERIFY(QTest::qWaitFor([&] { return !mRig.panels().isEmpty(); }, kWindowMs));
+    QTest::qWait(700);
+    // The services die in mid-sentence; the key comes up later as the user lets go.
+    mRig.services->process().kill();
+    mRig.services->process().waitForFinished();
+    QVERIFY(mRig.sim->waitForLine(QStringLiteral("audio done"), 10000));
+    mRig.sim->command("release 6");
+    QVERIFY(panelsGone());
+    QVERIFY(mRig.programRunning());
+    // Whatever the partial results typed stays; nothing else came.
+    const QString after = mRig.client->text();
+    QVERIFY(after.startsWith(before));
+    QVERIFY(kSentence.startsWith(after.mid(before.size())));
+
+    // The services come back where they were: the next session works without a restart.
+    QString failure;
+    QVERIFY2(mRig.restartServices({}, &failure), qPrintable(failure));
+    dictateTheSentence();
+}
+
+void TestFaults::silentGatewayEndsTheSession()
+{
+    // Every SDK port takes the parameters and never answers them.
+    QString failure;
+    QVERIFY2(mRig.restartServices(
+                 {QStringLiteral("--gateway-params"), QStringLiteral("silent,silent,silent")}, &failure),
+             qPrintable(failure));
+    dictateNothing();
+    QVERIFY(programLog().contains(QLatin1String("no parameter acknowledgement")));
+    QVERIFY2(mRig.restartServices({}, &failure), qPrintable(failure));
+    dictateTheSentence();
+}
+
+QTEST_MAIN(TestFaults)
+#include "tst_faults.moc"
