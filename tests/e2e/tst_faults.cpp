@@ -17,9 +17,10 @@ const QPoint kTranslateWindowClose(435, 67);
 }  // namespace
 
 // The outside world failing under the real program: the speech gateway refusing, erring, going
-// silent or killed mid-session, the backend, translation and synthesis failing. The program stays up, the
-// session ends cleanly, the user's text is never touched by a failed session, the next session works once the
-// fault is gone, and the user's preferences and command words are exactly as before.
+// silent or killed mid-session, the backend, translation and synthesis failing. The program
+// stays up, the session ends cleanly, the user's text is never touched by a failed session, the
+// next session works once the fault is gone, and the user's preferences and command words are
+// exactly as before.
 class TestFaults : public QObject {
     Q_OBJECT
 
