@@ -1,21 +1,22 @@
 #include "SimScript.h"
 
 #include "SbcPacketizer.h"
+#include "SimAudioStream.h"
 #include "SimDevice.h"
 #include "SimServer.h"
 
 #include <QFile>
+#include <QSocketNotifier>
 #include <QTextStream>
 #include <QTimer>
+
+#include <unistd.h>
 
 namespace {
 
 constexpr int kDefaultClickHoldMs = 100;
 constexpr int kDefaultDoubleClickGapMs = 100;
 constexpr int kDefaultLongPressMs = 1000;
-// Audio goes out in 20 ms pieces: 320 samples of 16 bits.
-constexpr int kStreamTickMs = 20;
-constexpr int kStreamChunkBytes = 640;
 
 int argInt(const QStringList& words, int index, int fallback, bool* ok)
 {
@@ -30,21 +31,20 @@ int argInt(const QStringList& words, int index, int fallback, bool* ok)
 
 }  // namespace
 
-SimScript::SimScript(SimDevice* device, SimServer* server, QTextStream* out, QObject* parent)
-    : QObject(parent), mDevice(device), mServer(server), mOut(out), mStreamTimer(new QTimer(this))
+SimScript::SimScript(SimDevice* device, SimServer* server, SimAudioStream* audio, QTextStream* out,
+                     QObject* parent)
+    : QObject(parent), mDevice(device), mServer(server), mAudio(audio), mOut(out)
 {
-    mStreamTimer->setInterval(kStreamTickMs);
-    mStreamTimer->setTimerType(Qt::PreciseTimer);
-    connect(mStreamTimer, &QTimer::timeout, this, &SimScript::streamTick);
-    // A mouse that loses its Bluetooth link stops streaming.
-    connect(mServer, &SimServer::signalBleAttached, this, [this](bool attached) {
-        if (!attached && mPacketizer) {
-            mStream.clear();
-            mPacketizer.reset();
-            mStreamTimer->stop();
-            *mOut << "audio cut" << Qt::endl;
-        }
-    });
+    connect(mServer, &SimServer::signalOutput, this,
+            [this](const QByteArray& bytes) { *mOut << "out " << bytes.toHex(' ') << Qt::endl; });
+    connect(mServer, &SimServer::signalOpened, this,
+            [this](bool open) { *mOut << (open ? "open" : "closed") << Qt::endl; });
+    connect(mServer, &SimServer::signalRecording, this,
+            [this](bool recording) { *mOut << (recording ? "recording" : "not recording") << Qt::endl; });
+    connect(mServer, &SimServer::signalBleAttached, this,
+            [this](bool attached) { *mOut << (attached ? "ble attached" : "ble detached") << Qt::endl; });
+    connect(mAudio, &SimAudioStream::signalDone, this, [this] { *mOut << "audio done" << Qt::endl; });
+    connect(mAudio, &SimAudioStream::signalCut, this, [this] { *mOut << "audio cut" << Qt::endl; });
 }
 
 SimScript::~SimScript() = default;
@@ -72,24 +72,6 @@ QByteArray SimScript::loadPcm(const QString& path)
         at += 8 + size + (size & 1);
     }
     return QByteArray();
-}
-
-void SimScript::streamTick()
-{
-    if (mStream.isEmpty()) {
-        mStreamTimer->stop();
-        *mOut << "audio done" << Qt::endl;
-        return;
-    }
-    const QByteArray chunk = mStream.left(kStreamChunkBytes);
-    mStream.remove(0, kStreamChunkBytes);
-    if (mPacketizer) {
-        for (const QByteArray& packet : mPacketizer->feed(chunk)) {
-            mServer->sendBlePacket(packet);
-        }
-    } else {
-        mServer->sendPcm(chunk);
-    }
 }
 
 QString SimScript::help()
@@ -143,6 +125,29 @@ void SimScript::append(const QStringList& lines)
     mQueue.append(lines);
     if (!mWaiting) {
         runNext();
+    }
+}
+
+void SimScript::readFrom(int fd)
+{
+    delete mInput;
+    mInput = new QSocketNotifier(fd, QSocketNotifier::Read, this);
+    connect(mInput, &QSocketNotifier::activated, this, &SimScript::readInput);
+}
+
+void SimScript::readInput()
+{
+    char chunk[4096];
+    const ssize_t n = ::read(static_cast<int>(mInput->socket()), chunk, sizeof(chunk));
+    if (n <= 0) {
+        mInput->setEnabled(false);
+        return;
+    }
+    mInputPending.append(chunk, static_cast<int>(n));
+    int end = 0;
+    while ((end = mInputPending.indexOf('\n')) >= 0) {
+        append(QString::fromLocal8Bit(mInputPending.left(end)));
+        mInputPending.remove(0, end + 1);
     }
 }
 
@@ -257,15 +262,12 @@ int SimScript::execute(const QString& rawLine)
             w.size() > 3) {
             return fail("expected a readable WAV or PCM file and a group A, A64, A30, B, C or D");
         }
-        mStream = pcm;
-        // Attached over Bluetooth the mouse sends SBC packets; else the receiver's input plays it.
-        mPacketizer.reset(mServer->isBleAttached() ? new SbcPacketizer(group) : nullptr);
-        mStreamTimer->start();
+        mAudio->play(pcm, group);
     } else if (cmd == QLatin1String("echo")) {
         *mOut << line.mid(5) << Qt::endl;
     } else if (cmd == QLatin1String("quit")) {
         emit signalQuit(0);
-    } else {
+    } else if (!mExtension || !mExtension(w)) {
         return fail("unknown command");
     }
     return 0;
