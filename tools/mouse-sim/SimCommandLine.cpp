@@ -3,6 +3,9 @@
 #include <QCommandLineParser>
 #include <QFile>
 
+#include <fcntl.h>
+#include <unistd.h>
+
 SimCommandLine::SimCommandLine()
     : mScript(QStringLiteral("script"), QStringLiteral("Run the commands in FILE first."),
               QStringLiteral("FILE")),
@@ -12,6 +15,13 @@ SimCommandLine::SimCommandLine()
            QStringLiteral("HEX"), QStringLiteral("4011")),
       mUnplugged(QStringLiteral("unplugged"), QStringLiteral("Start with the receiver pulled out."))
 {
+}
+
+void SimCommandLine::guardStandardInput()
+{
+    if (::fcntl(STDIN_FILENO, F_GETFD) == -1) {
+        ::open("/dev/null", O_RDONLY);  // takes the lowest free number: 0
+    }
 }
 
 void SimCommandLine::addTo(QCommandLineParser* parser) const

@@ -49,28 +49,55 @@ SimScript::SimScript(SimDevice* device, SimServer* server, SimAudioStream* audio
 
 SimScript::~SimScript() = default;
 
-QByteArray SimScript::loadPcm(const QString& path)
+QByteArray SimScript::loadPcm(const QString& path, QString* error)
 {
     QFile file(path);
     if (!file.open(QIODevice::ReadOnly)) {
+        *error = QStringLiteral("cannot read %1").arg(path);
         return QByteArray();
     }
     const QByteArray bytes = file.readAll();
     if (!bytes.startsWith("RIFF") || bytes.mid(8, 4) != "WAVE") {
+        if (bytes.isEmpty()) {
+            *error = QStringLiteral("%1 is empty").arg(path);
+        }
         return bytes;  // raw 16 kHz mono 16-bit PCM
     }
-    // The data chunk of a WAV file; the format is taken to be the receiver's.
+    const auto le = [&bytes](int at, int size) {
+        quint32 value = 0;
+        for (int i = size - 1; i >= 0; --i) {
+            value = (value << 8) | static_cast<quint8>(bytes.at(at + i));
+        }
+        return value;
+    };
+    // The receiver's format only: another one would be heard as noise.
+    bool formatOk = false;
     int at = 12;
     while (at + 8 <= bytes.size()) {
         const QByteArray id = bytes.mid(at, 4);
-        const int size = static_cast<quint8>(bytes[at + 4]) | (static_cast<quint8>(bytes[at + 5]) << 8) |
-                         (static_cast<quint8>(bytes[at + 6]) << 16) |
-                         (static_cast<quint8>(bytes[at + 7]) << 24);
-        if (id == "data") {
-            return bytes.mid(at + 8, size);
+        const quint32 size = le(at + 4, 4);
+        if (id == "fmt " && size >= 16 && at + 24 <= bytes.size()) {
+            const quint32 tag = le(at + 8, 2);
+            formatOk = (tag == 1 || tag == 0xFFFE) && le(at + 10, 2) == 1 && le(at + 12, 4) == 16000 &&
+                       le(at + 22, 2) == 16;
+        } else if (id == "data") {
+            if (!formatOk) {
+                break;
+            }
+            const QByteArray pcm = bytes.mid(at + 8, static_cast<int>(size));
+            if (pcm.isEmpty()) {
+                *error = QStringLiteral("%1 holds no audio").arg(path);
+            }
+            return pcm;
         }
-        at += 8 + size + (size & 1);
+        if (size > static_cast<quint32>(bytes.size())) {
+            break;
+        }
+        at += 8 + static_cast<int>(size) + static_cast<int>(size & 1);
     }
+    *error =
+        QStringLiteral("%1 is not 16 kHz mono 16-bit PCM (sox IN -r 16000 -c 1 -b 16 OUT.wav converts it)")
+            .arg(path);
     return QByteArray();
 }
 
@@ -256,11 +283,16 @@ int SimScript::execute(const QString& rawLine)
             return fail("unknown field or bad value");
         }
     } else if (cmd == QLatin1String("audio")) {
-        const QByteArray pcm = w.size() >= 2 ? loadPcm(w.at(1)) : QByteArray();
         SbcPacketizer::Group group = SbcPacketizer::GroupD;
-        if (pcm.isEmpty() || (w.size() == 3 && !SbcPacketizer::groupFromName(w.at(2), &group)) ||
-            w.size() > 3) {
-            return fail("expected a readable WAV or PCM file and a group A, A64, A30, B, C or D");
+        if (w.size() < 2 || w.size() > 3 ||
+            (w.size() == 3 && !SbcPacketizer::groupFromName(w.at(2), &group))) {
+            return fail("expected a WAV or PCM file and a group A, A64, A30, B, C or D");
+        }
+        QString error;
+        const QByteArray pcm = loadPcm(w.at(1), &error);
+        if (pcm.isEmpty()) {
+            *mOut << "error: " << error << Qt::endl;
+            return 0;
         }
         mAudio->play(pcm, group);
     } else if (cmd == QLatin1String("echo")) {

@@ -26,8 +26,9 @@ public:
     ~SimScript() override;
 
     static QString help();
-    // PCM of a WAV file (its data chunk) or of a raw file; empty if unreadable.
-    static QByteArray loadPcm(const QString& path);
+    // PCM of a 16 kHz mono 16-bit WAV file (its data chunk) or of a raw file; empty with the
+    // reason when unreadable or in another format.
+    static QByteArray loadPcm(const QString& path, QString* error);
 
     void append(const QString& line);
     void append(const QStringList& lines);

@@ -8,6 +8,7 @@
 
 int main(int argc, char* argv[])
 {
+    SimCommandLine::guardStandardInput();
     QCoreApplication app(argc, argv);
     QCoreApplication::setApplicationName(QStringLiteral("mouse-sim"));
 
