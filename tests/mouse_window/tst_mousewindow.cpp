@@ -256,7 +256,7 @@ void TestMouseWindow::wavFileGoesOverBluetoothAsSbcPackets()
 
 void TestMouseWindow::foreignWavIsRefused()
 {
-    auto* problem = qobject_cast<QLabel*>(control(QStringLiteral("problem")));
+    auto* problem = qobject_cast<QLabel*>(control(QStringLiteral("hearing")));
     QVERIFY(!mControl->useWavFile(writeFile(QStringLiteral("cd.wav"), wav(ramp(100), 44100, 2))));
     QVERIFY(problem->text().contains(QLatin1String("16 kHz mono")));
     QVERIFY(!mControl->useWavFile(mDir + QStringLiteral("/missing.wav")));
@@ -277,7 +277,7 @@ void TestMouseWindow::missingMicrophoneIsToldAndTheKeyStillWorks()
     openReceiver();
     press(QStringLiteral("dictate"));
     QVERIFY(mClient->takePayload(Channel::HidInput, record(SimDevice::keyEvent(6, 1))));
-    QVERIFY(qobject_cast<QLabel*>(control(QStringLiteral("problem")))
+    QVERIFY(qobject_cast<QLabel*>(control(QStringLiteral("hearing")))
                 ->text()
                 .contains(QLatin1String("microphone")));
     release(QStringLiteral("dictate"));

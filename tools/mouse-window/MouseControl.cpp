@@ -7,6 +7,12 @@
 #include "SimScript.h"
 #include "SimServer.h"
 
+#include <QFileInfo>
+
+namespace {
+constexpr int kBytesPerSecond = 32000;  // 16 kHz of 16-bit samples
+}  // namespace
+
 MouseControl::MouseControl(SimMouse* mouse, MicrophoneSource* microphone, QObject* parent)
     : QObject(parent), mMouse(mouse), mMicrophone(microphone)
 {
@@ -124,7 +130,7 @@ bool MouseControl::useWavFile(const QString& path)
     mWavPath = path;
     mWavPcm = pcm;
     setProblem(QString());
-    qCInfo(lcMouseWindow).noquote() << "hears" << path << pcm.size() / 32 << "ms";
+    qCInfo(lcMouseWindow).noquote() << "hears" << path << pcm.size() * 1000 / kBytesPerSecond << "ms";
     return true;
 }
 
@@ -134,6 +140,18 @@ void MouseControl::setProblem(const QString& problem)
         mProblem = problem;
         emit signalProblemChanged(problem);
     }
+}
+
+QString MouseControl::sourceText() const
+{
+    if (mSource == WavFile) {
+        return QStringLiteral("Hears %1 (%2 s)")
+            .arg(QFileInfo(mWavPath).fileName())
+            .arg(static_cast<double>(mWavPcm.size()) / kBytesPerSecond, 0, 'f', 1);
+    }
+    const QString name = mMicrophone->deviceName();
+    return name.isEmpty() ? QStringLiteral("No microphone found: choose a WAV file")
+                          : QStringLiteral("Hears the microphone %1").arg(name);
 }
 
 QString MouseControl::statusText() const

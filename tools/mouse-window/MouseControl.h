@@ -40,6 +40,8 @@ public:
     bool useWavFile(const QString& path);
     QString wavFile() const { return mWavPath; }
 
+    // What the mouse hears: the microphone's name or the file's, and how long it lasts.
+    QString sourceText() const;
     // One line: the receiver, the application, its recording and the Bluetooth link.
     QString statusText() const;
     // What went wrong last with the sound source, or empty.

@@ -6,6 +6,7 @@
 #include <QButtonGroup>
 #include <QCheckBox>
 #include <QComboBox>
+#include <QDir>
 #include <QFileDialog>
 #include <QFileInfo>
 #include <QGroupBox>
@@ -61,18 +62,20 @@ MouseWindow::MouseWindow(MouseControl* control, QWidget* parent)
     mCommand->setObjectName(QStringLiteral("command"));
     for (TalkButton* talk : {mDictate, mCommand}) {
         talk->setMinimumHeight(48);
+        QFont font = talk->font();
+        font.setBold(true);
+        talk->setFont(font);
         const int key = talk == mDictate ? kDictationKey : kCommandKey;
-        connect(talk, &TalkButton::signalHeld, this,
-                [this, key](bool held) { mControl->setTalking(key, held); });
+        const QString idle = talk->text();
+        connect(talk, &TalkButton::signalHeld, this, [this, talk, key, idle](bool held) {
+            talk->setText(held ? QStringLiteral("Listening… let go to stop") : idle);
+            mControl->setTalking(key, held);
+        });
     }
     auto* talkRow = new QHBoxLayout;
     talkRow->addWidget(mDictate);
     talkRow->addWidget(mCommand);
 
-    mProblem = new QLabel;
-    mProblem->setStyleSheet(QStringLiteral("color: #b00020;"));
-    mProblem->setWordWrap(true);
-    mProblem->setObjectName(QStringLiteral("problem"));
     mStatus = new QLabel;
     mStatus->setObjectName(QStringLiteral("status"));
     mStatus->setFrameShape(QFrame::StyledPanel);
@@ -83,12 +86,10 @@ MouseWindow::MouseWindow(MouseControl* control, QWidget* parent)
     layout->addWidget(buildKeys());
     layout->addWidget(buildDevice());
     layout->addWidget(buildSound());
-    layout->addWidget(mProblem);
     layout->addWidget(mStatus);
 
     connect(mControl, &MouseControl::signalStatusChanged, this, &MouseWindow::refreshStatus);
-    connect(mControl, &MouseControl::signalProblemChanged, this,
-            [this](const QString& problem) { mProblem->setText(problem); });
+    connect(mControl, &MouseControl::signalProblemChanged, this, &MouseWindow::showSource);
     refreshStatus();
     showSource();
 }
@@ -185,7 +186,9 @@ QWidget* MouseWindow::buildSound()
     mMicrophone->setObjectName(QStringLiteral("microphone"));
     mFile->setObjectName(QStringLiteral("file"));
     QPushButton* choose = button(QStringLiteral("Choose…"), QStringLiteral("choose"));
-    mFileName = new QLabel;
+    mHearing = new QLabel;
+    mHearing->setObjectName(QStringLiteral("hearing"));
+    mHearing->setWordWrap(true);
     connect(mMicrophone, &QRadioButton::clicked, this, [this] {
         mControl->useMicrophone();
         showSource();
@@ -197,18 +200,22 @@ QWidget* MouseWindow::buildSound()
         showSource();
     });
     connect(choose, &QPushButton::clicked, this, &MouseWindow::chooseFile);
-    auto* row = new QHBoxLayout(box);
+    auto* row = new QHBoxLayout;
     row->addWidget(mMicrophone);
     row->addWidget(mFile);
     row->addWidget(choose);
-    row->addWidget(mFileName, 1);
+    row->addStretch();
+    auto* column = new QVBoxLayout(box);
+    column->addLayout(row);
+    column->addWidget(mHearing);
     return box;
 }
 
 void MouseWindow::chooseFile()
 {
     const QString path = QFileDialog::getOpenFileName(
-        this, QStringLiteral("What the mouse hears"), QFileInfo(mControl->wavFile()).path(),
+        this, QStringLiteral("What the mouse hears"),
+        mControl->wavFile().isEmpty() ? QDir::homePath() : QFileInfo(mControl->wavFile()).path(),
         QStringLiteral("WAV files, 16 kHz mono 16-bit (*.wav);;All files (*)"));
     if (!path.isEmpty()) {
         mControl->useWavFile(path);
@@ -221,7 +228,10 @@ void MouseWindow::showSource()
     const bool file = mControl->source() == MouseControl::WavFile;
     mMicrophone->setChecked(!file);
     mFile->setChecked(file);
-    mFileName->setText(mControl->wavFile().isEmpty() ? QString() : QFileInfo(mControl->wavFile()).fileName());
+    // What went wrong, else what the mouse hears now.
+    const QString problem = mControl->problem();
+    mHearing->setStyleSheet(problem.isEmpty() ? QString() : QStringLiteral("color: #b00020;"));
+    mHearing->setText(problem.isEmpty() ? mControl->sourceText() : problem);
 }
 
 void MouseWindow::refreshStatus()

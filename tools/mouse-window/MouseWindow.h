@@ -22,7 +22,7 @@ public:
     void placeAside();
 
     // A control by its object name (dictate, command, key, click, double-click, long-press, plug,
-    // ble, battery, lowbat-1, lowbat-2, shutdown, charging, microphone, file, choose, problem,
+    // ble, battery, lowbat-1, lowbat-2, shutdown, charging, microphone, file, choose, hearing,
     // status), for driving the window from outside; null for an unknown name.
     QWidget* control(const QString& name) const;
 
@@ -46,7 +46,6 @@ private:
     QCheckBox* mCharging = nullptr;
     QRadioButton* mMicrophone = nullptr;
     QRadioButton* mFile = nullptr;
-    QLabel* mFileName = nullptr;
-    QLabel* mProblem = nullptr;
+    QLabel* mHearing = nullptr;
     QLabel* mStatus = nullptr;
 };
