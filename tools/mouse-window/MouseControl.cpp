@@ -151,7 +151,7 @@ QString MouseControl::sourceText() const
     }
     const QString name = mMicrophone->deviceName();
     return name.isEmpty() ? QStringLiteral("No microphone found: choose a WAV file")
-                          : QStringLiteral("Hears the microphone %1").arg(name);
+                          : QStringLiteral("Hears the default microphone: %1").arg(name);
 }
 
 QString MouseControl::statusText() const
