@@ -10,9 +10,11 @@ work=$(mktemp -d "${XDG_RUNTIME_DIR:-/tmp}/run.XXXXXX")
 cleanup() {
   local pid
   # Whatever the script under test left running.
-  sed -n 's/^[a-z]* \([0-9][0-9]*\) .*/\1/p' "$work/ever-started" 2>/dev/null | while read -r pid; do
-    kill -TERM "$pid" 2>/dev/null || true
-  done
+  if [ -e "$work/ever-started" ]; then
+    sed -n 's/^[a-z]* \([0-9][0-9]*\) .*/\1/p' "$work/ever-started" | while read -r pid; do
+      kill -TERM "$pid" 2>/dev/null || true
+    done
+  fi
   rm -rf "$work"
 }
 trap cleanup EXIT
