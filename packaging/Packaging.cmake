@@ -1,7 +1,8 @@
 # Debian packages, built with `cpack -G DEB` in a release tree (scripts/package does it all):
 #   zorvane        the program, its udev rule, desktop entry, icon and AppStream metainfo
-#   zorvane-tools  the virtual mouse (mouse-sim) and the stand-in services (zorvane-services),
-#                  for trying Zorvane without the mouse or without accounts
+#   zorvane-tools  the virtual mouse (mouse-sim, and mouse-window with its control window) and
+#                  the stand-in services (zorvane-services), for trying Zorvane without the mouse
+#                  or without accounts
 set(ZORVANE_APP_ID "org.example.zorvane")
 set(pkg ${CMAKE_CURRENT_LIST_DIR})
 set(pkg_out ${CMAKE_BINARY_DIR}/packaging)
@@ -15,12 +16,12 @@ if(NOT changelog_top MATCHES "\\(${PROJECT_VERSION}-1\\)" OR NOT metainfo MATCHE
 endif()
 
 # The changelog and manual page are installed gzipped, reproducibly (no name, no time).
-foreach(source changelog zorvane.1 mouse-sim.1 zorvane-services.1)
+foreach(source changelog zorvane.1 mouse-sim.1 mouse-window.1 zorvane-services.1)
   execute_process(COMMAND gzip -n -9 -c ${pkg}/${source} OUTPUT_FILE ${pkg_out}/${source}.gz
     COMMAND_ERROR_IS_FATAL ANY)
 endforeach()
 set_property(DIRECTORY APPEND PROPERTY CMAKE_CONFIGURE_DEPENDS
-  ${pkg}/changelog ${pkg}/zorvane.1 ${pkg}/mouse-sim.1 ${pkg}/zorvane-services.1)
+  ${pkg}/changelog ${pkg}/zorvane.1 ${pkg}/mouse-sim.1 ${pkg}/mouse-window.1 ${pkg}/zorvane-services.1)
 
 # Directories as Debian has them, whatever the packager's umask.
 set(CMAKE_INSTALL_DEFAULT_DIRECTORY_PERMISSIONS
@@ -33,8 +34,8 @@ install(FILES ${PROJECT_SOURCE_DIR}/src/resources/console/logo.svg
 install(FILES ${pkg}/zorvane.metainfo.xml
   DESTINATION share/metainfo RENAME ${ZORVANE_APP_ID}.metainfo.xml COMPONENT zorvane)
 install(FILES ${pkg_out}/zorvane.1.gz DESTINATION share/man/man1 COMPONENT zorvane)
-install(FILES ${pkg_out}/mouse-sim.1.gz ${pkg_out}/zorvane-services.1.gz DESTINATION share/man/man1
-  COMPONENT tools)
+install(FILES ${pkg_out}/mouse-sim.1.gz ${pkg_out}/mouse-window.1.gz ${pkg_out}/zorvane-services.1.gz
+  DESTINATION share/man/man1 COMPONENT tools)
 foreach(component zorvane tools)
   if(component STREQUAL "tools")
     set(doc share/doc/zorvane-tools)
@@ -83,13 +84,16 @@ session.")
 
 set(CPACK_DEBIAN_TOOLS_PACKAGE_NAME zorvane-tools)
 set(CPACK_DEBIAN_TOOLS_PACKAGE_SECTION devel)
-set(CPACK_DEBIAN_TOOLS_PACKAGE_RECOMMENDS "espeak-ng, pocketsphinx-en-us")
+# The window's microphone needs Qt's sound input plugins.
+set(CPACK_DEBIAN_TOOLS_PACKAGE_RECOMMENDS "espeak-ng, pocketsphinx-en-us, libqt5multimedia5-plugins")
 set(CPACK_DEBIAN_TOOLS_PACKAGE_ENHANCES "zorvane")
 set(CPACK_DEBIAN_TOOLS_DESCRIPTION "virtual mouse and stand-in services for Zorvane
-mouse-sim plays the voice mouse and its receiver on a local socket, and
-zorvane-services answers, on the loopback interface, every outside service
-that Zorvane calls on (speech recognition, translation, synthesis, backend).
-Together they let Zorvane be tried, demonstrated and tested on one machine
-without the mouse and without any account.")
+mouse-sim plays the voice mouse and its receiver on a local socket,
+mouse-window does the same in a small window whose talk buttons let the
+mouse hear the microphone, and zorvane-services answers, on the loopback
+interface, every outside service that Zorvane calls on (speech recognition,
+translation, synthesis, backend). Together they let Zorvane be tried,
+demonstrated and tested on one machine without the mouse and without any
+account.")
 
 include(CPack)

@@ -1,21 +1,22 @@
 #include "SimScript.h"
 
 #include "SbcPacketizer.h"
+#include "SimAudioStream.h"
 #include "SimDevice.h"
 #include "SimServer.h"
 
 #include <QFile>
+#include <QSocketNotifier>
 #include <QTextStream>
 #include <QTimer>
+
+#include <unistd.h>
 
 namespace {
 
 constexpr int kDefaultClickHoldMs = 100;
 constexpr int kDefaultDoubleClickGapMs = 100;
 constexpr int kDefaultLongPressMs = 1000;
-// Audio goes out in 20 ms pieces: 320 samples of 16 bits.
-constexpr int kStreamTickMs = 20;
-constexpr int kStreamChunkBytes = 640;
 
 int argInt(const QStringList& words, int index, int fallback, bool* ok)
 {
@@ -30,66 +31,74 @@ int argInt(const QStringList& words, int index, int fallback, bool* ok)
 
 }  // namespace
 
-SimScript::SimScript(SimDevice* device, SimServer* server, QTextStream* out, QObject* parent)
-    : QObject(parent), mDevice(device), mServer(server), mOut(out), mStreamTimer(new QTimer(this))
+SimScript::SimScript(SimDevice* device, SimServer* server, SimAudioStream* audio, QTextStream* out,
+                     QObject* parent)
+    : QObject(parent), mDevice(device), mServer(server), mAudio(audio), mOut(out)
 {
-    mStreamTimer->setInterval(kStreamTickMs);
-    mStreamTimer->setTimerType(Qt::PreciseTimer);
-    connect(mStreamTimer, &QTimer::timeout, this, &SimScript::streamTick);
-    // A mouse that loses its Bluetooth link stops streaming.
-    connect(mServer, &SimServer::signalBleAttached, this, [this](bool attached) {
-        if (!attached && mPacketizer) {
-            mStream.clear();
-            mPacketizer.reset();
-            mStreamTimer->stop();
-            *mOut << "audio cut" << Qt::endl;
-        }
-    });
+    connect(mServer, &SimServer::signalOutput, this,
+            [this](const QByteArray& bytes) { *mOut << "out " << bytes.toHex(' ') << Qt::endl; });
+    connect(mServer, &SimServer::signalOpened, this,
+            [this](bool open) { *mOut << (open ? "open" : "closed") << Qt::endl; });
+    connect(mServer, &SimServer::signalRecording, this,
+            [this](bool recording) { *mOut << (recording ? "recording" : "not recording") << Qt::endl; });
+    connect(mServer, &SimServer::signalBleAttached, this,
+            [this](bool attached) { *mOut << (attached ? "ble attached" : "ble detached") << Qt::endl; });
+    connect(mAudio, &SimAudioStream::signalDone, this, [this] { *mOut << "audio done" << Qt::endl; });
+    connect(mAudio, &SimAudioStream::signalCut, this, [this] { *mOut << "audio cut" << Qt::endl; });
 }
 
 SimScript::~SimScript() = default;
 
-QByteArray SimScript::loadPcm(const QString& path)
+QByteArray SimScript::loadPcm(const QString& path, QString* error)
 {
     QFile file(path);
     if (!file.open(QIODevice::ReadOnly)) {
+        *error = QStringLiteral("cannot read %1").arg(path);
         return QByteArray();
     }
     const QByteArray bytes = file.readAll();
     if (!bytes.startsWith("RIFF") || bytes.mid(8, 4) != "WAVE") {
+        if (bytes.isEmpty()) {
+            *error = QStringLiteral("%1 is empty").arg(path);
+        }
         return bytes;  // raw 16 kHz mono 16-bit PCM
     }
-    // The data chunk of a WAV file; the format is taken to be the receiver's.
+    const auto le = [&bytes](int at, int size) {
+        quint32 value = 0;
+        for (int i = size - 1; i >= 0; --i) {
+            value = (value << 8) | static_cast<quint8>(bytes.at(at + i));
+        }
+        return value;
+    };
+    // The receiver's format only: another one would be heard as noise.
+    bool formatOk = false;
     int at = 12;
     while (at + 8 <= bytes.size()) {
         const QByteArray id = bytes.mid(at, 4);
-        const int size = static_cast<quint8>(bytes[at + 4]) | (static_cast<quint8>(bytes[at + 5]) << 8) |
-                         (static_cast<quint8>(bytes[at + 6]) << 16) |
-                         (static_cast<quint8>(bytes[at + 7]) << 24);
-        if (id == "data") {
-            return bytes.mid(at + 8, size);
+        const quint32 size = le(at + 4, 4);
+        if (id == "fmt " && size >= 16 && at + 24 <= bytes.size()) {
+            const quint32 tag = le(at + 8, 2);
+            formatOk = (tag == 1 || tag == 0xFFFE) && le(at + 10, 2) == 1 && le(at + 12, 4) == 16000 &&
+                       le(at + 22, 2) == 16;
+        } else if (id == "data") {
+            if (!formatOk) {
+                break;
+            }
+            const QByteArray pcm = bytes.mid(at + 8, static_cast<int>(size));
+            if (pcm.isEmpty()) {
+                *error = QStringLiteral("%1 holds no audio").arg(path);
+            }
+            return pcm;
         }
-        at += 8 + size + (size & 1);
+        if (size > static_cast<quint32>(bytes.size())) {
+            break;
+        }
+        at += 8 + static_cast<int>(size) + static_cast<int>(size & 1);
     }
+    *error =
+        QStringLiteral("%1 is not 16 kHz mono 16-bit PCM (sox IN -r 16000 -c 1 -b 16 OUT.wav converts it)")
+            .arg(path);
     return QByteArray();
-}
-
-void SimScript::streamTick()
-{
-    if (mStream.isEmpty()) {
-        mStreamTimer->stop();
-        *mOut << "audio done" << Qt::endl;
-        return;
-    }
-    const QByteArray chunk = mStream.left(kStreamChunkBytes);
-    mStream.remove(0, kStreamChunkBytes);
-    if (mPacketizer) {
-        for (const QByteArray& packet : mPacketizer->feed(chunk)) {
-            mServer->sendBlePacket(packet);
-        }
-    } else {
-        mServer->sendPcm(chunk);
-    }
 }
 
 QString SimScript::help()
@@ -143,6 +152,29 @@ void SimScript::append(const QStringList& lines)
     mQueue.append(lines);
     if (!mWaiting) {
         runNext();
+    }
+}
+
+void SimScript::readFrom(int fd)
+{
+    delete mInput;
+    mInput = new QSocketNotifier(fd, QSocketNotifier::Read, this);
+    connect(mInput, &QSocketNotifier::activated, this, &SimScript::readInput);
+}
+
+void SimScript::readInput()
+{
+    char chunk[4096];
+    const ssize_t n = ::read(static_cast<int>(mInput->socket()), chunk, sizeof(chunk));
+    if (n <= 0) {
+        mInput->setEnabled(false);
+        return;
+    }
+    mInputPending.append(chunk, static_cast<int>(n));
+    int end = 0;
+    while ((end = mInputPending.indexOf('\n')) >= 0) {
+        append(QString::fromLocal8Bit(mInputPending.left(end)));
+        mInputPending.remove(0, end + 1);
     }
 }
 
@@ -251,21 +283,23 @@ int SimScript::execute(const QString& rawLine)
             return fail("unknown field or bad value");
         }
     } else if (cmd == QLatin1String("audio")) {
-        const QByteArray pcm = w.size() >= 2 ? loadPcm(w.at(1)) : QByteArray();
         SbcPacketizer::Group group = SbcPacketizer::GroupD;
-        if (pcm.isEmpty() || (w.size() == 3 && !SbcPacketizer::groupFromName(w.at(2), &group)) ||
-            w.size() > 3) {
-            return fail("expected a readable WAV or PCM file and a group A, A64, A30, B, C or D");
+        if (w.size() < 2 || w.size() > 3 ||
+            (w.size() == 3 && !SbcPacketizer::groupFromName(w.at(2), &group))) {
+            return fail("expected a WAV or PCM file and a group A, A64, A30, B, C or D");
         }
-        mStream = pcm;
-        // Attached over Bluetooth the mouse sends SBC packets; else the receiver's input plays it.
-        mPacketizer.reset(mServer->isBleAttached() ? new SbcPacketizer(group) : nullptr);
-        mStreamTimer->start();
+        QString error;
+        const QByteArray pcm = loadPcm(w.at(1), &error);
+        if (pcm.isEmpty()) {
+            *mOut << "error: " << error << Qt::endl;
+            return 0;
+        }
+        mAudio->play(pcm, group);
     } else if (cmd == QLatin1String("echo")) {
         *mOut << line.mid(5) << Qt::endl;
     } else if (cmd == QLatin1String("quit")) {
         emit signalQuit(0);
-    } else {
+    } else if (!mExtension || !mExtension(w)) {
         return fail("unknown command");
     }
     return 0;

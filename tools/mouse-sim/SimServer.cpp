@@ -89,6 +89,7 @@ void SimServer::setPlugged(bool plugged)
         sendFrame(client, VirtualDeviceConnection::HidInterfaces, interfacesPayload());
         sendFrame(client, VirtualDeviceConnection::AudioInputs, audioInputName().toUtf8());
     }
+    emit signalPlugged(plugged);
 }
 
 bool SimServer::sendRecord(const st_small_base_com_msg& msg)
@@ -126,10 +127,12 @@ void SimServer::onNewConnection()
                 emit signalBleAttached(false);
             }
             socket->deleteLater();
+            emit signalClients(clientCount());
         });
         sendFrame(socket, VirtualDeviceConnection::HidInterfaces, interfacesPayload());
         sendFrame(socket, VirtualDeviceConnection::AudioInputs, audioInputName().toUtf8());
         sendFrame(socket, VirtualDeviceConnection::BleSystemDevices, bleSystemDevices());
+        emit signalClients(clientCount());
     }
 }
 
@@ -272,6 +275,7 @@ void SimServer::setBleConnected(bool connected)
     for (QLocalSocket* client : qAsConst(mClients)) {
         sendFrame(client, VirtualDeviceConnection::BleSystemDevices, bleSystemDevices());
     }
+    emit signalBleConnected(connected);
 }
 
 bool SimServer::sendBlePacket(const QByteArray& packet)

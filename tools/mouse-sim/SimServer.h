@@ -38,6 +38,9 @@ public:
     // application is attached with notifications on.
     static QString bleAddress();
     void setBleConnected(bool connected);
+    bool isBleConnected() const { return mBleConnected; }
+    // Applications connected to the socket now.
+    int clientCount() const { return static_cast<int>(mClients.size()); }
     bool isBleAttached() const { return mBleClient != nullptr && mBleNotify; }
     // One notification (an audio packet) to the attached application.
     bool sendBlePacket(const QByteArray& packet);
@@ -48,6 +51,9 @@ signals:
     void signalOpened(bool open);
     void signalRecording(bool recording);
     void signalBleAttached(bool attached);
+    void signalPlugged(bool plugged);
+    void signalBleConnected(bool connected);
+    void signalClients(int count);
 
 private:
     void onNewConnection();
