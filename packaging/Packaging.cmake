@@ -68,9 +68,10 @@ set(CPACK_DEBIAN_ZORVANE_PACKAGE_NAME zorvane)
 # pictures of every window are needed; the rest makes sound, images and Chinese text right,
 # finds the caret and opens web pages.
 set(CPACK_DEBIAN_ZORVANE_PACKAGE_DEPENDS "libqt5sql5-sqlite, libqt5svg5")
-set(CPACK_DEBIAN_ZORVANE_PACKAGE_RECOMMENDS
-  "fonts-wqy-microhei, qt5-image-formats-plugins, libqt5multimedia5-plugins,
-  gstreamer1.0-plugins-good, gstreamer1.0-pulseaudio, at-spi2-core, xdg-utils")
+# One line: a control field that runs on over lines is an error to dpkg's tools.
+string(JOIN ", " CPACK_DEBIAN_ZORVANE_PACKAGE_RECOMMENDS
+  fonts-wqy-microhei qt5-image-formats-plugins libqt5multimedia5-plugins
+  gstreamer1.0-plugins-good gstreamer1.0-pulseaudio at-spi2-core xdg-utils)
 set(CPACK_DEBIAN_ZORVANE_PACKAGE_SUGGESTS "zorvane-tools")
 set(CPACK_DEBIAN_ZORVANE_DESCRIPTION "desktop companion of a voice mouse
 Zorvane types what you say into the window you are working in while you hold
