@@ -10,22 +10,6 @@ const QSize kConsoleSize(880, 600);
 constexpr int kStartMs = 25000;
 constexpr int kTextMs = 15000;
 
-// What the mouse hears: espeak-ng's voice at 16 kHz mono 16-bit.
-bool writeSpeech(const QString& path)
-{
-    QProcess speak;
-    speak.start(QStringLiteral("espeak-ng"), {QStringLiteral("-w"), path + QStringLiteral(".raw.wav"),
-                                              QStringLiteral("testing one two three")});
-    QProcess convert;
-    if (speak.waitForFinished(20000) && speak.exitCode() == 0) {
-        convert.start(
-            QStringLiteral("sox"),
-            {path + QStringLiteral(".raw.wav"), QStringLiteral("-r"), QStringLiteral("16000"),
-             QStringLiteral("-c"), QStringLiteral("1"), QStringLiteral("-b"), QStringLiteral("16"), path});
-    }
-    return convert.waitForFinished(20000) && convert.exitCode() == 0;
-}
-
 }  // namespace
 
 // The control window as the user meets it: the real program on the window's virtual mouse
@@ -40,26 +24,17 @@ private slots:
     void holdingTheTalkButtonTypesIntoTheFocusedClient();
 
 private:
-    bool clientHasKeyboard();
-    QString clientText();
-    QString programLog();
-
     std::unique_ptr<Child> mServices;
     std::unique_ptr<Child> mWindow;
     std::unique_ptr<Child> mProgram;
-    std::unique_ptr<Child> mClient;
-    QString mClientWindow;
+    std::unique_ptr<LineEditClient> mClient;
 };
 
 void TestTalkButton::initTestCase()
 {
     const QString runtime = QStandardPaths::writableLocation(QStandardPaths::RuntimeLocation);
     const QString script = runtime + QStringLiteral("/script.txt");
-    {
-        QFile file(script);
-        QVERIFY(file.open(QIODevice::WriteOnly));
-        file.write(kSentence.toUtf8() + '\n');
-    }
+    QVERIFY(writeFile(script, kSentence.toUtf8() + '\n'));
     const QString speech = runtime + QStringLiteral("/speech.wav");
     QVERIFY(writeSpeech(speech));
     mServices = std::make_unique<Child>();
@@ -79,60 +54,22 @@ void TestTalkButton::initTestCase()
     mProgram = std::make_unique<Child>(environment);
     mProgram->start(QStringLiteral(ZORVANE_BINARY));
     // The program has asked the mouse for its last setting: it is ready for the keys.
-    const QString lastQuestion =
-        QStringLiteral("out ") +
-        QString::fromLatin1(DeviceMessage::getSoundEffect().toByteArray(31).toHex(' '));
-    QVERIFY(mWindow->waitForOutput(lastQuestion, kStartMs));
+    QVERIFY(mWindow->waitForOutput(out(DeviceMessage::getSoundEffect()), kStartMs));
     const QString console = waitForWindow(QStringLiteral("^Zorvane$"), kConsoleSize, kStartMs);
     QVERIFY(!console.isEmpty());
     xdotool({QStringLiteral("windowminimize"), QStringLiteral("--sync"), console});
 
-    mClient = std::make_unique<Child>();
-    mClient->start(QStringLiteral(LINE_EDIT_CLIENT), {QString(), QString()});
-    QVERIFY(mClient->waitForOutput(QStringLiteral("ready "), 10000));
-    mClientWindow = waitForWindow(QStringLiteral("^selection source$"));
-    QVERIFY(!mClientWindow.isEmpty());
-    QVERIFY(clientHasKeyboard());
+    mClient = std::make_unique<LineEditClient>();
+    QVERIFY(mClient->start(QStringLiteral(LINE_EDIT_CLIENT)));
+    QVERIFY(mClient->hasKeyboard());
 }
 
 void TestTalkButton::cleanupTestCase()
 {
     mProgram.reset();
-    if (mClient) {
-        mClient->process().write("quit\n");
-    }
     mClient.reset();
     mWindow.reset();
     mServices.reset();
-}
-
-bool TestTalkButton::clientHasKeyboard()
-{
-    return xdotool({QStringLiteral("getwindowfocus")}) == mClientWindow &&
-           xdotool({QStringLiteral("getactivewindow")}) == mClientWindow;
-}
-
-QString TestTalkButton::programLog()
-{
-    QFile log(QStandardPaths::writableLocation(QStandardPaths::GenericDataLocation) +
-              QStringLiteral("/ZorvaneV2/ZorvaneLog.txt"));
-    return log.open(QIODevice::ReadOnly) ? QString::fromUtf8(log.readAll()) : QString();
-}
-
-QString TestTalkButton::clientText()
-{
-    const QString before = mClient->output();
-    mClient->process().write("?\n");
-    if (!QTest::qWaitFor(
-            [&] {
-                return mClient->output().size() > before.size() &&
-                       mClient->output().endsWith(QLatin1Char('\n'));
-            },
-            2000)) {
-        return QString();
-    }
-    // presses, owns clipboard, text, clipboard text
-    return mClient->output().mid(before.size()).trimmed().section(QLatin1Char('\t'), 2, 2);
 }
 
 void TestTalkButton::holdingTheTalkButtonTypesIntoTheFocusedClient()
@@ -152,19 +89,13 @@ void TestTalkButton::holdingTheTalkButtonTypesIntoTheFocusedClient()
              qPrintable(programLog().right(3000)));
     QVERIFY(mWindow->waitForOutput(QStringLiteral("audio done"), 10000));
     // Holding the button has not taken the keyboard from the client.
-    QVERIFY(clientHasKeyboard());
+    QVERIFY(mClient->hasKeyboard());
     xdotool({QStringLiteral("mouseup"), QStringLiteral("1")});
 
-    QString last;
-    QVERIFY2(QTest::qWaitFor(
-                 [&] {
-                     last = clientText();
-                     return last == kSentence;
-                 },
-                 kTextMs),
-             qPrintable(QStringLiteral("client has '%1'\nzorvane: %2\nwindow: %3")
-                            .arg(last, programLog().right(2000), mWindow->output().right(1500))));
-    QVERIFY(clientHasKeyboard());
+    QVERIFY2(mClient->waitForText(kSentence, kTextMs),
+             qPrintable(QStringLiteral("zorvane: %1\nwindow: %2")
+                            .arg(programLog().right(2000), mWindow->output().right(1500))));
+    QVERIFY(mClient->hasKeyboard());
 }
 
 QTEST_MAIN(TestTalkButton)
