@@ -46,6 +46,8 @@ class TestVoice : public QObject {
 private slots:
     void initTestCase();
     void cleanupTestCase();
+    void init();
+    void cleanup();
     void dictationOverUsbTypesIntoTheFocusedClient();
     void voiceSearchOpensTheSearchPage();
     void commandWordOpensItsPage();
@@ -67,6 +69,8 @@ private:
     QStringList panels();
 
     QString mHome;
+    UserData mBefore;
+    QStringList mTouched;  // preferences the case set on purpose
     QString mSocketPath;
     QString mSpeech;
     QString mUrls;
@@ -103,8 +107,8 @@ void TestVoice::initTestCase()
                       "[Default Applications]\nx-scheme-handler/http=e2e-browser.desktop\n"
                       "x-scheme-handler/https=e2e-browser.desktop\n"));
     // Selected text offers the toolbar.
-    QVERIFY(
-        writeFile(data + QStringLiteral("/ZorvaneV2/preferences.ini"), "[config]\ntextTranslateMode=1\n"));
+    QVERIFY(writeFile(data + QStringLiteral("/ZorvaneV2/preferences.ini"),
+                      "[config]\ntextTranslateMode=1\ndpiValue=0\n"));
     writeAutostartEntry();
     QVERIFY(commandWords(kCommandWord, kCommandPage).size() == 1);
     mSpeech = runtime + QStringLiteral("/speech.wav");
@@ -141,6 +145,19 @@ void TestVoice::initTestCase()
     mClient = std::make_unique<LineEditClient>();
     QVERIFY(mClient->start(QStringLiteral(LINE_EDIT_CLIENT)));
     QVERIFY(mClient->hasKeyboard());
+}
+
+void TestVoice::init()
+{
+    mBefore = UserData::read();
+    mTouched.clear();
+}
+
+// Nothing of the user's that the case did not set on purpose changed on disk.
+void TestVoice::cleanup()
+{
+    const QStringList changed = UserData::read().changedFrom(mBefore, mTouched);
+    QVERIFY2(changed.isEmpty(), qPrintable(changed.join(QLatin1Char('\n'))));
 }
 
 void TestVoice::cleanupTestCase()
@@ -347,6 +364,7 @@ void TestVoice::mouseLeavingMidDictationEndsTheSession()
 void TestVoice::restartWith(const QString& key, const QVariant& value)
 {
     setPreference(key, value);
+    mTouched << key;
     startProgram();
     QVERIFY(mSim->waitForLine(QStringLiteral("ble attached"), kStartMs));
     const QString console = waitForWindow(kZorvane, kConsoleSize, kStartMs);
