@@ -127,6 +127,17 @@ public:
         return done;
     }
 
+    // The console in front, as a second start brings it; its window id.
+    QString showConsole()
+    {
+        Child second(environment());
+        second.start(QStringLiteral(ZORVANE_BINARY));
+        second.process().waitForFinished(10000);
+        const QString console = waitForWindow(ourWindows(), consoleSize());
+        xdotool({QStringLiteral("windowactivate"), QStringLiteral("--sync"), console});
+        return console;
+    }
+
     // Our windows up now but the console.
     QStringList panels() const
     {

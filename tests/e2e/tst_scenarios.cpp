@@ -49,7 +49,6 @@ private slots:
     void updateIsOfferedFetchedAndHandedOver();
 
 private:
-    QString showConsole();
     QList<FakeNotifications::Call> callsStartingWith(const QString& summary) const;
 
     ProgramRig mRig;
@@ -131,17 +130,6 @@ void TestScenarios::cleanup()
     QVERIFY(changed.isEmpty());
 }
 
-// The console in front, as a second start brings it.
-QString TestScenarios::showConsole()
-{
-    Child second(mRig.environment());
-    second.start(QStringLiteral(ZORVANE_BINARY));
-    second.process().waitForFinished(10000);
-    const QString console = waitForWindow(ProgramRig::ourWindows(), ProgramRig::consoleSize());
-    xdotool({QStringLiteral("windowactivate"), QStringLiteral("--sync"), console});
-    return console;
-}
-
 QList<FakeNotifications::Call> TestScenarios::callsStartingWith(const QString& summary) const
 {
     QList<FakeNotifications::Call> found;
@@ -203,7 +191,7 @@ void TestScenarios::receiverPulledMidSessionAndBack()
 
 void TestScenarios::feedbackReachesTheBackend()
 {
-    const QString console = showConsole();
+    const QString console = mRig.showConsole();
     QVERIFY(!console.isEmpty());
     clickAt(console, kNavAppSettings);
     clickAt(console, kFeedbackLink);
