@@ -1,8 +1,10 @@
+#include "FloodHttpServer.h"
 #include "Http/HttpManager.h"
 #include "LocalHttpServer.h"
 
 #include <QJsonDocument>
 #include <QJsonObject>
+#include <QTemporaryDir>
 #include <QtTest>
 
 class TestHttpManager : public QObject {
@@ -12,6 +14,7 @@ private slots:
     void initTestCase();
     void postsIndentedJsonUnderThePrefix();
     void feedbackBySubstring();
+    void downloadsEndAtTheirLimits();
 
 private:
     LocalHttpServer mBackend;
@@ -61,6 +64,36 @@ void TestHttpManager::feedbackBySubstring()
     mManager->feedback(
         QStringLiteral("t"), QStringLiteral("c"), 999999, [&](bool ok) { answer = ok; }, nullptr, nullptr);
     QTRY_COMPARE(answer, 0);
+}
+
+void TestHttpManager::downloadsEndAtTheirLimits()
+{
+    // A picture announcing 9 MiB and an installer announcing 600 MiB end at their headers.
+    QTemporaryDir dir;
+    const struct {
+        qint64 announced;
+        bool installer;
+    } cases[] = {{9 * 1024 * 1024, false}, {600 * 1024 * 1024, true}};
+    for (const auto& c : cases) {
+        FloodHttpServer server(c.announced, 1024 * 1024);
+        QVERIFY(server.start());
+        HttpManager manager(HttpRequest::getInstance(), server.url(QStringLiteral("/")),
+                            server.url(QString()));
+        QTest::ignoreMessage(QtWarningMsg, QRegularExpression(QStringLiteral("over the limit")));
+        QNetworkReply::NetworkError error = QNetworkReply::NoError;
+        bool done = false;
+        auto onDone = [&](bool, QString) { done = true; };
+        auto onError = [&](QString, QNetworkReply::NetworkError e) { error = e; };
+        if (c.installer) {
+            manager.downloadApp(QStringLiteral("9.9"), dir.filePath(QStringLiteral("i")), nullptr, onDone,
+                                onError);
+        } else {
+            manager.downloadImage(QStringLiteral("home.png"), dir.filePath(QStringLiteral("p")), onDone,
+                                  onError);
+        }
+        QTRY_COMPARE(error, QNetworkReply::UnknownContentError);
+        QVERIFY(!done);
+    }
 }
 
 QTEST_GUILESS_MAIN(TestHttpManager)
