@@ -114,6 +114,8 @@ void IFlyWebSpeech::connectSocket()
         }
     }
     socket.reset(new QWebSocket(QString(), QWebSocketProtocol::Version13));
+    socket->setMaxAllowedIncomingFrameSize(kMaxReplyBytes);
+    socket->setMaxAllowedIncomingMessageSize(kMaxReplyBytes);
     const QUrl url = buildAuthUrl(mService, QDateTime::currentDateTimeUtc());
     connect(socket.data(), &QWebSocket::connected, this, &IFlyWebSpeech::onConnected);
     connect(socket.data(), &QWebSocket::textMessageReceived, this, &IFlyWebSpeech::onReceiver);
@@ -309,6 +311,11 @@ void IFlyWebSpeech::onDisconnected()
 {
     if (mRestarting) {
         QTimer::singleShot(50, this, &IFlyWebSpeech::reconnect);
+        return;
+    }
+    if (socket && socket->closeCode() == QWebSocketProtocol::CloseCodeTooMuchData) {
+        qCWarning(lcSpeechIFly) << "a reply over" << kMaxReplyBytes << "bytes - connection closed";
+        emit signalError(static_cast<int>(QWebSocketProtocol::CloseCodeTooMuchData), QString());
     }
 }
 
