@@ -7,6 +7,7 @@
 
 #include <QCoreApplication>
 #include <QFile>
+#include <QFileInfo>
 #include <QPointer>
 #include <QStandardPaths>
 #include <QThread>
@@ -45,6 +46,18 @@ QString UpdatePresenter::installerPath()
 {
     return QStandardPaths::writableLocation(QStandardPaths::DownloadLocation) + QLatin1Char('/') +
            QLatin1String(kInstallerName);
+}
+
+bool UpdatePresenter::isDownloadedInstaller(const QString& path)
+{
+    const QFileInfo file(path);
+    const QFileInfo expected(installerPath());
+    if (file.isSymLink() || !file.isFile() || file.absoluteFilePath() != expected.absoluteFilePath()) {
+        return false;
+    }
+    const QString downloads =
+        QFileInfo(QStandardPaths::writableLocation(QStandardPaths::DownloadLocation)).canonicalFilePath();
+    return !downloads.isEmpty() && file.canonicalFilePath() == downloads + QLatin1Char('/') + file.fileName();
 }
 
 void UpdatePresenter::toHide()
@@ -140,6 +153,12 @@ void UpdatePresenter::onUpdate()
 
 void UpdatePresenter::handOver(const QString& path)
 {
+    if (!isDownloadedInstaller(path)) {
+        qCWarning(lcHttp) << "not the downloaded installer, not handed over:" << path;
+        mView->setStackedWidgetCurrentIndex(1);
+        mView->toShow();
+        return;
+    }
     mLauncher->openLocalPath(path);
     mQuit();
 }
