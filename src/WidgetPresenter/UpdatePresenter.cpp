@@ -6,6 +6,7 @@
 #include "WidgetPresenter/UpdateView.h"
 
 #include <QCoreApplication>
+#include <QDir>
 #include <QFile>
 #include <QFileInfo>
 #include <QPointer>
@@ -118,6 +119,8 @@ void UpdatePresenter::onUpdate()
     if (QFile::exists(path)) {
         QFile::remove(path);
     }
+    // A fresh account may have no Downloads folder yet.
+    QDir().mkpath(QFileInfo(path).path());
     // Replies may outlive the presenter.
     QPointer<UpdatePresenter> self(this);
     mHttpManager->downloadApp(
