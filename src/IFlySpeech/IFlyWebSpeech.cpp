@@ -309,12 +309,13 @@ void IFlyWebSpeech::onReceiver(const QString& text)
 
 void IFlyWebSpeech::onDisconnected()
 {
+    const bool tooMuch = socket && socket->closeCode() == QWebSocketProtocol::CloseCodeTooMuchData;
+    if (tooMuch) {
+        qCWarning(lcSpeechIFly) << "a reply over" << kMaxReplyBytes << "bytes - connection closed";
+    }
     if (mRestarting) {
         QTimer::singleShot(50, this, &IFlyWebSpeech::reconnect);
-        return;
-    }
-    if (socket && socket->closeCode() == QWebSocketProtocol::CloseCodeTooMuchData) {
-        qCWarning(lcSpeechIFly) << "a reply over" << kMaxReplyBytes << "bytes - connection closed";
+    } else if (tooMuch) {
         emit signalError(static_cast<int>(QWebSocketProtocol::CloseCodeTooMuchData), QString());
     }
 }
