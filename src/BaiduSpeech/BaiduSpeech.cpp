@@ -176,6 +176,7 @@ void BaiduSpeech::reconnectSDKServer()
         return;
     }
     mCurrentServer = getPort(mServerList);
+    mOpenLineBytes = 0;
     mSDKSocket->connectToHost(mHost, static_cast<quint16>(mCurrentServer.port), QIODevice::ReadWrite,
                               QAbstractSocket::AnyIPProtocol);
     if (!mSDKSocket->waitForConnected(kConnectTimeoutMs)) {
@@ -215,7 +216,20 @@ void BaiduSpeech::onEndTimeout()
 void BaiduSpeech::onSDKReadyRead()
 {
     // Lines cut by a segment boundary are not put together: their halves fail to parse.
-    for (const SocketMessage& message : ElvUtil::parseSocketMessages(mSDKSocket->readAll())) {
+    const QByteArray text = mSDKSocket->readAll();
+    // But the length of a line is counted across reads: a gateway that never ends its line
+    // is cut off, as a gateway error.
+    const int lastBreak = text.lastIndexOf('\n');
+    mOpenLineBytes = lastBreak < 0 ? mOpenLineBytes + text.size() : text.size() - lastBreak - 1;
+    if (mOpenLineBytes > ElvUtil::kMaxLineBytes) {
+        qCWarning(lcSpeechGateway) << "a line of over" << ElvUtil::kMaxLineBytes << "bytes from SDK server"
+                                   << mCurrentServer.port << "- connection closed";
+        mOpenLineBytes = 0;
+        mSDKSocket->abort();
+        emit signalError(404, QStringLiteral("识别错误"));
+        return;
+    }
+    for (const SocketMessage& message : ElvUtil::parseSocketMessages(text)) {
         handleSocketMessage(message);
     }
 }

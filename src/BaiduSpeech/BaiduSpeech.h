@@ -89,6 +89,7 @@ private:
     QList<SDKServer> mServerList;
     SDKServer mCurrentServer;
     bool mListRenewed = false;  // the control port was asked again this session
+    qint64 mOpenLineBytes = 0;  // received since the last line feed on the SDK socket
     bool mFlushSeen = false;
     bool mSilenceSent = false;
     int mMinVolume = 32767;

@@ -1,5 +1,7 @@
 #include "BaiduSpeech/ElvUtil.h"
 
+#include "Utils/Logging.h"
+
 #include <QJsonArray>
 #include <QJsonDocument>
 #include <QJsonObject>
@@ -67,7 +69,17 @@ QString ElvUtil::buildParams(int language, const QString& uid)
 QList<SDKServer> ElvUtil::parseServerList(const QByteArray& text)
 {
     QList<SDKServer> servers;
+    if (text.size() > kMaxServerListBytes) {
+        qCWarning(lcSpeechGateway) << "server list of" << text.size() << "bytes is over the limit of"
+                                   << kMaxServerListBytes << "- dropped";
+        return servers;
+    }
     const QJsonArray array = QJsonDocument::fromJson(text).array();
+    if (array.size() > kMaxServers) {
+        qCWarning(lcSpeechGateway) << "server list of" << array.size() << "servers is over the limit of"
+                                   << kMaxServers << "- dropped";
+        return servers;
+    }
     for (const QJsonValue& value : array) {
         const QJsonObject o = value.toObject();
         SDKServer server;
@@ -83,6 +95,11 @@ QList<SocketMessage> ElvUtil::parseSocketMessages(const QByteArray& text)
     QList<SocketMessage> messages;
     for (const QByteArray& line : text.split('\n')) {
         if (line.trimmed().isEmpty()) {
+            continue;
+        }
+        if (line.size() > kMaxLineBytes) {
+            qCWarning(lcSpeechGateway)
+                << "line of" << line.size() << "bytes is over the limit of" << kMaxLineBytes << "- dropped";
             continue;
         }
         const QJsonDocument doc = QJsonDocument::fromJson(line);

@@ -49,6 +49,12 @@ public:
         ON_END_ACK = 57,
     };
 
+    // What the gateway sends back is small: a list of a handful of servers, lines of a few
+    // hundred bytes. Past these a reply is dropped with a log line.
+    static constexpr int kMaxServerListBytes = 64 * 1024;
+    static constexpr int kMaxServers = 256;
+    static constexpr int kMaxLineBytes = 64 * 1024;
+
     // A frame of exactly length + 8 bytes; a negative length takes the data's size, a short
     // data is padded with zero bytes.
     static QByteArray encode(int type, QByteArray data, int length);
@@ -62,8 +68,9 @@ public:
     // The parameter object in its indented form: language as a decimal string, then uid.
     static QString buildParams(int language, const QString& uid);
 
+    // Empty for a list past kMaxServerListBytes or kMaxServers.
     static QList<SDKServer> parseServerList(const QByteArray& text);
-    // Every non-empty line that holds a JSON object.
+    // Every non-empty line that holds a JSON object and is no longer than kMaxLineBytes.
     static QList<SocketMessage> parseSocketMessages(const QByteArray& text);
     // The first element of results_recognition in a result document, or empty.
     static QString recognitionText(const QString& document);

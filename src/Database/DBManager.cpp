@@ -1,11 +1,13 @@
 #include "Database/DBManager.h"
 
 #include "Utils/AppPaths.h"
+#include "Utils/FileAside.h"
 #include "Utils/Logging.h"
 #include "Utils/TextUtils.h"
 
 #include <QDir>
 #include <QFile>
+#include <QFileInfo>
 #include <QSqlDatabase>
 #include <QSqlError>
 #include <QSqlQuery>
@@ -27,6 +29,9 @@ const QString kDelete = QStringLiteral("delete from command_word where id=%1");
 // The migration reads the old file on a connection of its own, so that the default one
 // stays on the current file.
 const QString kOldConnection = QStringLiteral("zorvane_old_db");
+
+// What SQLite says of a file it cannot use: SQLITE_CORRUPT, SQLITE_NOTADB.
+const QStringList kBrokenFileCodes = {QStringLiteral("11"), QStringLiteral("26")};
 
 CommandWord readRow(const QSqlQuery& query)
 {
@@ -105,19 +110,89 @@ void DBManager::init(const QString& dataDir, const QString& oldDataDir)
                           ? QSqlDatabase::database(QLatin1String(QSqlDatabase::defaultConnection), false)
                           : QSqlDatabase::addDatabase(QStringLiteral("QSQLITE"));
     db.setDatabaseName(mPath);
+    checkFile();
 
     if (oldWords.isEmpty()) {
         return;
+    }
+    // The migration writes into the current file: a copy of it comes first.
+    const QString copy = FileAside::copyAside(mPath, QStringLiteral("before-migration"));
+    if (!copy.isEmpty()) {
+        qCInfo(lcDatabase) << "copied" << mPath << "to" << copy << "before the migration";
     }
     if (!open()) {
         qCWarning(lcDatabase) << "ZorvaneV2 database open fialed!";
         return;
     }
+    int moved = 0;
     for (const CommandWord& word : qAsConst(oldWords)) {
-        addCommandWord(word);
+        moved += addCommandWord(word) ? 1 : 0;
     }
-    QFile::remove(oldPath);
+    // The old file goes only once all its words are here.
+    if (moved == oldWords.size()) {
+        QFile::remove(oldPath);
+    } else {
+        qCWarning(lcDatabase) << "moved" << moved << "of" << oldWords.size() << "command words; kept"
+                              << oldPath;
+    }
     close();
+}
+
+void DBManager::checkFile()
+{
+    if (!QFileInfo::exists(mPath)) {
+        return;
+    }
+    QList<CommandWord> rescued;
+    QString problem;
+    {
+        QSqlDatabase db = QSqlDatabase::database(QLatin1String(QSqlDatabase::defaultConnection), false);
+        if (!db.open()) {
+            return;  // not a question of the file's content; open() will say why
+        }
+        {
+            QSqlQuery check(db);
+            if (!check.exec(QStringLiteral("pragma quick_check"))) {
+                problem = check.lastError().text();
+            } else if (!check.next() || check.value(0).toString() != QLatin1String("ok")) {
+                problem = check.value(0).toString();
+            }
+        }
+        if (!problem.isEmpty()) {
+            // Whatever can still be read of the words.
+            readAll(db, &rescued);
+        }
+        db.close();
+    }
+    if (!problem.isEmpty()) {
+        setAside(problem, rescued);
+    }
+}
+
+bool DBManager::setAside(const QString& why, const QList<CommandWord>& rescued)
+{
+    if (mSettingAside) {
+        return false;
+    }
+    close();
+    const QString aside = FileAside::moveAside(mPath, QStringLiteral("corrupt"));
+    if (aside.isEmpty()) {
+        qCWarning(lcDatabase) << "the command word file" << mPath << "is broken (" << why
+                              << ") and cannot be moved aside";
+        return false;
+    }
+    qCWarning(lcDatabase) << "the command word file was broken (" << why << "); kept as" << aside
+                          << "- a fresh one takes its place," << rescued.size() << "words carried over";
+    mSettingAside = true;
+    if (!rescued.isEmpty() && open()) {
+        // Oldest first, so that the words keep their order.
+        for (int i = rescued.size() - 1; i >= 0; --i) {
+            addCommandWord(rescued.at(i));
+        }
+        close();
+    }
+    mSettingAside = false;
+    return true;
 }
 
 bool DBManager::open()
@@ -130,9 +205,18 @@ bool DBManager::open()
     }
     QSqlQuery query(db);
     if (!query.exec(kCreateTable)) {
-        qCWarning(lcDatabase) << "create table failed:" << query.lastError().text();
+        const QSqlError error = query.lastError();
+        qCWarning(lcDatabase) << "create table failed:" << error.text();
+        query.finish();
         db.close();
-        return false;
+        // A file that broke while the program ran: aside with it, and once more on a fresh one.
+        if (!kBrokenFileCodes.contains(error.nativeErrorCode()) || !setAside(error.text(), {})) {
+            return false;
+        }
+        mSettingAside = true;
+        const bool fresh = open();
+        mSettingAside = false;
+        return fresh;
     }
     return true;
 }

@@ -10,6 +10,9 @@
 // The user's command words in a small SQLite file of the data folder, named by the Base64 of
 // "zorvane_db". Keyword and target are stored as Base64. Open only for one operation at a
 // time: every user brackets its work in open() and close(). Main thread only.
+// The words are not lost to a broken file: one SQLite cannot read is moved aside (the words it
+// still gives are carried into the fresh file), and the file is copied aside before a migration
+// writes into it.
 class DBManager : public QObject, public Singleton<DBManager> {
     Q_OBJECT
 
@@ -36,6 +39,11 @@ private:
     DBManager();
 
     void init(const QString& dataDir, const QString& oldDataDir);
+    // At start: a file that fails SQLite's quick check is set aside.
+    void checkFile();
+    // Moves the file aside; the words given are written into the fresh file.
+    bool setAside(const QString& why, const QList<CommandWord>& rescued);
 
     QString mPath;
+    bool mSettingAside = false;  // a fresh file that breaks too is not set aside again
 };

@@ -1,6 +1,7 @@
 #include "Hid/VirtualDeviceConnection.h"
 
 #include "Utils/Logging.h"
+#include "Utils/PeerCredentials.h"
 #include "Utils/SocketPath.h"
 
 #include <QFile>
@@ -122,6 +123,19 @@ bool VirtualDeviceConnection::ensureConnected()
         const std::lock_guard<std::mutex> lock(mMutex);
         if (!mFailureLogged) {
             qCWarning(lcDevice) << "no virtual device at" << mSocketPath << ":" << std::strerror(errno);
+            mFailureLogged = true;
+        }
+        return false;
+    }
+    // The mouse is played by a program of the user; whatever another user listens with is not
+    // given the user's keys and voice.
+    if (!PeerCredentials::isSameUser(fd)) {
+        const qint64 uid = PeerCredentials::peerUid(fd);
+        ::close(fd);
+        const std::lock_guard<std::mutex> lock(mMutex);
+        if (!mFailureLogged) {
+            qCWarning(lcDevice) << "the virtual device at" << mSocketPath << "belongs to user" << uid
+                                << "- not ours, closed";
             mFailureLogged = true;
         }
         return false;

@@ -222,14 +222,14 @@ void HttpManager::downloadImage(QString image, QString path, HttpRequest::Downlo
                                 ErrorFunc onError)
 {
     mRequest->downloadFile(backendUrl(QStringLiteral("/deviceInfo/download?image=%1").arg(image)), path,
-                           nullptr, std::move(result), std::move(onError));
+                           nullptr, std::move(result), std::move(onError), kMaxPictureBytes);
 }
 
 void HttpManager::downloadApp(QString version, QString path, HttpRequest::DownloadProgressFunc progress,
                               HttpRequest::DownloadResultFunc result, ErrorFunc onError)
 {
     mRequest->downloadFile(backendUrl(QStringLiteral("/version/appDownload?version=%1").arg(version)), path,
-                           std::move(progress), std::move(result), std::move(onError));
+                           std::move(progress), std::move(result), std::move(onError), kMaxInstallerBytes);
 }
 
 void HttpManager::cancelDownload()

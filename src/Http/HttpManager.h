@@ -17,6 +17,10 @@ class HttpManager : public Singleton<HttpManager> {
 public:
     static constexpr char kPathPrefix[] = "/BelmorZorvaneV2Mac";
     static constexpr int kDefaultTimeoutMs = 5000;
+    // The branding pictures are a few hundred kilobytes; the installer, with the libraries it
+    // carries, some tens of megabytes.
+    static constexpr qint64 kMaxPictureBytes = 8 * 1024 * 1024;
+    static constexpr qint64 kMaxInstallerBytes = 512 * 1024 * 1024;
 
     template <typename Record>
     using ResultFunc = std::function<void(bool, Record)>;

@@ -1,11 +1,21 @@
 #include "Http/HttpRequest.h"
 
 #include "Utils/Logging.h"
+#include "Utils/UrlRules.h"
 
 #include <QEventLoop>
 #include <QFile>
 #include <QPointer>
 #include <QTimer>
+
+#include <memory>
+
+namespace {
+
+const char kOversizeProperty[] = "zorvaneOversize";
+const char kWriteFailedProperty[] = "zorvaneWriteFailed";
+
+}  // namespace
 
 HttpRequest::HttpRequest(QObject* parent) : QObject(parent)
 {
@@ -35,11 +45,13 @@ void HttpRequest::send(const QString& url, const QByteArray* body, HandleFunc ha
 
     mRequest.setUrl(QUrl::fromUserInput(url));
     QNetworkReply* reply = body == nullptr ? manager->get(mRequest) : manager->post(mRequest, *body);
+    auto received = std::make_shared<QByteArray>();
+    limitBody(reply, kMaxReplyBytes, [received](const QByteArray& piece) { received->append(piece); });
 
     connect(timer, &QTimer::timeout, reply, [timer, reply, onTimeout] {
         timer->stop();
         timer->deleteLater();
-        const QString replyUrl = reply->url().toString();
+        const QString replyUrl = UrlRules::forLog(reply->url());
         qCWarning(lcHttp) << "time-out" << replyUrl;
         if (onTimeout) {
             onTimeout(replyUrl);
@@ -49,14 +61,17 @@ void HttpRequest::send(const QString& url, const QByteArray* body, HandleFunc ha
         reply->deleteLater();
     });
     QPointer<QTimer> guardedTimer(timer);
-    connect(reply, &QNetworkReply::finished, reply, [guardedTimer, reply, handle, onError] {
-        if (reply->error() != QNetworkReply::NoError) {
-            qCWarning(lcHttp) << "request failed" << reply->url().toString() << int(reply->error());
+    connect(reply, &QNetworkReply::finished, reply, [guardedTimer, reply, received, handle, onError] {
+        const QNetworkReply::NetworkError error = errorOf(reply);
+        if (error != QNetworkReply::NoError) {
+            const QString replyUrl = UrlRules::forLog(reply->url());
+            qCWarning(lcHttp) << "request failed" << replyUrl << int(error);
             if (onError) {
-                onError(reply->url().toString(), reply->error());
+                onError(replyUrl, error);
             }
         } else if (handle) {
-            handle(reply->readAll());
+            received->append(reply->readAll());
+            handle(*received);
         }
         if (guardedTimer) {
             guardedTimer->stop();
@@ -68,8 +83,45 @@ void HttpRequest::send(const QString& url, const QByteArray* body, HandleFunc ha
     timer->start();
 }
 
+void HttpRequest::limitBody(QNetworkReply* reply, qint64 maxBytes,
+                            std::function<void(const QByteArray&)> take)
+{
+    auto drop = [reply, maxBytes](qint64 bytes) {
+        qCWarning(lcHttp) << "reply of" << bytes << "bytes from" << UrlRules::forLog(reply->url())
+                          << "is over the limit of" << maxBytes << "bytes - dropped";
+        reply->setProperty(kOversizeProperty, true);
+        reply->abort();
+    };
+    connect(reply, &QNetworkReply::metaDataChanged, reply, [reply, maxBytes, drop] {
+        const QVariant announced = reply->header(QNetworkRequest::ContentLengthHeader);
+        if (announced.isValid() && announced.toLongLong() > maxBytes) {
+            drop(announced.toLongLong());
+        }
+    });
+    // Counted after decompression, as the body is read: a small compressed reply may unpack
+    // into a large one.
+    auto count = std::make_shared<qint64>(0);
+    connect(reply, &QNetworkReply::readyRead, reply, [reply, maxBytes, take, count, drop] {
+        if (reply->property(kOversizeProperty).toBool()) {
+            return;
+        }
+        const QByteArray piece = reply->readAll();
+        *count += piece.size();
+        if (*count > maxBytes) {
+            drop(*count);
+            return;
+        }
+        take(piece);
+    });
+}
+
+QNetworkReply::NetworkError HttpRequest::errorOf(QNetworkReply* reply)
+{
+    return reply->property(kOversizeProperty).toBool() ? QNetworkReply::UnknownContentError : reply->error();
+}
+
 void HttpRequest::downloadFile(const QString url, const QString path, DownloadProgressFunc progress,
-                               DownloadResultFunc result, ErrorFunc onError)
+                               DownloadResultFunc result, ErrorFunc onError, qint64 maxBytes)
 {
     auto* file = new QFile(path);
     mRequest.setUrl(QUrl::fromUserInput(url));
@@ -78,7 +130,7 @@ void HttpRequest::downloadFile(const QString url, const QString path, DownloadPr
         // any failure, instead of a success with no file behind it.
         qCWarning(lcHttp) << "cannot write" << path << file->errorString();
         delete file;
-        const QString target = mRequest.url().toString();
+        const QString target = UrlRules::forLog(mRequest.url());
         QTimer::singleShot(0, this, [target, onError] {
             if (onError) {
                 onError(target, QNetworkReply::UnknownContentError);
@@ -89,33 +141,37 @@ void HttpRequest::downloadFile(const QString url, const QString path, DownloadPr
     QNetworkReply* reply = mManager.get(mRequest);
     connect(this, &HttpRequest::signalCancelDownload, reply, &QNetworkReply::abort);
     // A write that falls short (a full disk) fails the download rather than leave a cut file.
-    auto keep = [reply, file] {
-        const QByteArray bytes = reply->readAll();
-        if (file->isOpen() && file->write(bytes) != bytes.size()) {
+    limitBody(reply, maxBytes, [reply, file](const QByteArray& piece) {
+        if (file->isOpen() && file->write(piece) != piece.size()) {
             qCWarning(lcHttp) << "cannot write" << file->fileName() << file->errorString();
             file->close();
-            reply->setProperty("writeFailed", true);
+            reply->setProperty(kWriteFailedProperty, true);
             reply->abort();
         }
-    };
-    connect(reply, &QNetworkReply::readyRead, reply, keep);
+    });
     connect(reply, &QNetworkReply::downloadProgress, reply, [progress](qint64 received, qint64 total) {
         if (progress) {
             progress(static_cast<int>(total), static_cast<int>(received));
         }
     });
-    connect(reply, &QNetworkReply::finished, reply, [reply, file, result, onError, keep] {
-        keep();
+    connect(reply, &QNetworkReply::finished, reply, [reply, file, result, onError] {
+        QNetworkReply::NetworkError error = errorOf(reply);
+        if (error == QNetworkReply::NoError && file->isOpen()) {
+            const QByteArray rest = reply->readAll();
+            if (file->write(rest) != rest.size()) {
+                reply->setProperty(kWriteFailedProperty, true);
+            }
+        }
         const bool written = file->isOpen() && file->flush();
         file->close();
-        QNetworkReply::NetworkError error = reply->error();
-        if (reply->property("writeFailed").toBool() || (error == QNetworkReply::NoError && !written)) {
+        if (reply->property(kWriteFailedProperty).toBool() || (error == QNetworkReply::NoError && !written)) {
             error = QNetworkReply::UnknownContentError;
         }
         if (error != QNetworkReply::NoError) {
-            qCWarning(lcHttp) << "download failed" << reply->url().toString() << int(error);
+            const QString replyUrl = UrlRules::forLog(reply->url());
+            qCWarning(lcHttp) << "download failed" << replyUrl << int(error);
             if (onError) {
-                onError(reply->url().toString(), error);
+                onError(replyUrl, error);
             }
         } else if (result) {
             result(true, file->fileName());
@@ -132,31 +188,35 @@ void HttpRequest::cancel()
 
 bool HttpRequest::runBlocking(QNetworkReply* reply, QByteArray* data)
 {
+    QByteArray received;
+    limitBody(reply, kMaxSyncReplyBytes, [&received](const QByteArray& piece) { received.append(piece); });
     QEventLoop loop;
     QTimer timer;
     timer.setSingleShot(true);
     connect(reply, &QNetworkReply::finished, &loop, &QEventLoop::quit);
     connect(&timer, &QTimer::timeout, &loop, &QEventLoop::quit);
     timer.start(kSyncTimeoutMs);
-    loop.exec(QEventLoop::ExcludeUserInputEvents);
+    if (!reply->isFinished()) {
+        loop.exec(QEventLoop::ExcludeUserInputEvents);
+    }
 
     if (!timer.isActive()) {
         // Still running at the limit: abort and release it; the answer stays false.
-        qCWarning(lcHttp) << "time-out" << reply->url().toString();
+        qCWarning(lcHttp) << "time-out" << UrlRules::forLog(reply->url());
         reply->disconnect();
         reply->abort();
         delete reply;
         return false;
     }
     timer.stop();
-    const bool ok = reply->error() == QNetworkReply::NoError;
-    if (ok) {
-        data->append(reply->readAll());
+    const QNetworkReply::NetworkError error = errorOf(reply);
+    if (error == QNetworkReply::NoError) {
+        data->append(received + reply->readAll());
     } else {
-        qCWarning(lcHttp) << "request failed" << reply->url().toString() << int(reply->error());
+        qCWarning(lcHttp) << "request failed" << UrlRules::forLog(reply->url()) << int(error);
     }
     delete reply;
-    return ok;
+    return error == QNetworkReply::NoError;
 }
 
 bool HttpRequest::syncGet(QString url, QByteArray* data)

@@ -22,14 +22,22 @@ public:
     using DownloadResultFunc = std::function<void(bool, QString)>;
 
     static constexpr int kSyncTimeoutMs = 5000;
+    // A body past its limit is dropped: the reply is aborted once its announced length or the
+    // bytes received pass it, a log line says so, and the caller gets onError with
+    // UnknownContentError. JSON replies carry a few kilobytes; the blocking calls also fetch
+    // synthesised speech, a few megabytes for the longest piece.
+    static constexpr qint64 kMaxReplyBytes = 4 * 1024 * 1024;
+    static constexpr qint64 kMaxSyncReplyBytes = 32 * 1024 * 1024;
 
     // Main thread. After a time-out the caller also gets onError with OperationCanceledError.
+    // The URL handed to onTimeout and onError is the one UrlRules::forLog gives: callers log it.
     void get(const QString url, HandleFunc handle, int timeout, TimeoutFunc onTimeout, ErrorFunc onError);
     void post(const QString url, QByteArray data, HandleFunc handle, int timeout, TimeoutFunc onTimeout,
               ErrorFunc onError);
-    // Progress gets the total first, then the bytes received.
+    // Progress gets the total first, then the bytes received. A body over maxBytes ends in
+    // onError; what was written of it stays in the file.
     void downloadFile(const QString url, const QString path, DownloadProgressFunc progress,
-                      DownloadResultFunc result, ErrorFunc onError);
+                      DownloadResultFunc result, ErrorFunc onError, qint64 maxBytes = kMaxReplyBytes);
     // Aborts every download under way.
     void cancel();
 
@@ -48,6 +56,11 @@ private:
               TimeoutFunc onTimeout, ErrorFunc onError);
     // Waits for the reply on a local loop; the reply's manager must outlive the call.
     static bool runBlocking(QNetworkReply* reply, QByteArray* data);
+    // Hands each piece of the body to take as it arrives, and aborts the reply once the
+    // announced length or the bytes so far pass maxBytes.
+    static void limitBody(QNetworkReply* reply, qint64 maxBytes, std::function<void(const QByteArray&)> take);
+    // The reply's error, UnknownContentError for a body that limitBody dropped.
+    static QNetworkReply::NetworkError errorOf(QNetworkReply* reply);
 
     QNetworkAccessManager mManager;
     QNetworkRequest mRequest;

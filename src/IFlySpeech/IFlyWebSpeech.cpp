@@ -114,6 +114,8 @@ void IFlyWebSpeech::connectSocket()
         }
     }
     socket.reset(new QWebSocket(QString(), QWebSocketProtocol::Version13));
+    socket->setMaxAllowedIncomingFrameSize(kMaxReplyBytes);
+    socket->setMaxAllowedIncomingMessageSize(kMaxReplyBytes);
     const QUrl url = buildAuthUrl(mService, QDateTime::currentDateTimeUtc());
     connect(socket.data(), &QWebSocket::connected, this, &IFlyWebSpeech::onConnected);
     connect(socket.data(), &QWebSocket::textMessageReceived, this, &IFlyWebSpeech::onReceiver);
@@ -307,8 +309,14 @@ void IFlyWebSpeech::onReceiver(const QString& text)
 
 void IFlyWebSpeech::onDisconnected()
 {
+    const bool tooMuch = socket && socket->closeCode() == QWebSocketProtocol::CloseCodeTooMuchData;
+    if (tooMuch) {
+        qCWarning(lcSpeechIFly) << "a reply over" << kMaxReplyBytes << "bytes - connection closed";
+    }
     if (mRestarting) {
         QTimer::singleShot(50, this, &IFlyWebSpeech::reconnect);
+    } else if (tooMuch) {
+        emit signalError(static_cast<int>(QWebSocketProtocol::CloseCodeTooMuchData), QString());
     }
 }
 

@@ -32,6 +32,9 @@ public:
     };
     static constexpr int kIdleMs = 10000;
     static constexpr int kRenewAfterMs = 45000;
+    // A reply carries the words of a sentence or two, a few kilobytes at most. A message or
+    // frame past this closes the connection, which ends the session as a socket error would.
+    static constexpr qint64 kMaxReplyBytes = 256 * 1024;
 
     // Tests hand in the recorder (may be null), the service and the device type source.
     IFlyWebSpeech(RecordManager* recorder, const Service& service, std::function<int()> deviceType,

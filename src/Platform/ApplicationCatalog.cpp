@@ -5,6 +5,7 @@
 #include <QCollator>
 #include <QDir>
 #include <QDirIterator>
+#include <QFileInfo>
 #include <QLocale>
 #include <QSet>
 #include <QStandardPaths>
@@ -100,6 +101,21 @@ QString ApplicationCatalog::entryId(const QString& path)
         return clean.mid(at + marker.size()).replace(QLatin1Char('/'), QLatin1Char('-'));
     }
     return clean.section(QLatin1Char('/'), -1);
+}
+
+bool ApplicationCatalog::isInstalledEntry(const QString& path)
+{
+    const QString file = QFileInfo(path).canonicalFilePath();
+    if (file.isEmpty() || !file.endsWith(QLatin1String(".desktop"))) {
+        return false;
+    }
+    const QStringList roots = folders();
+    const bool inside = std::any_of(roots.begin(), roots.end(), [&file](const QString& root) {
+        const QString canonical = QFileInfo(root).canonicalFilePath();
+        return !canonical.isEmpty() && file.startsWith(canonical + QLatin1Char('/'));
+    });
+    DesktopEntry entry;
+    return inside && entry.load(file) && entry.isLaunchable();
 }
 
 QString ApplicationCatalog::locate(const QString& id)

@@ -28,6 +28,9 @@ public:
     static QString entryId(const QString& path);
     // The file of the entry with this id that wins, or empty.
     static QString locate(const QString& id);
+    // A desktop entry that lies (symbolic links resolved) in one of the folders and can be
+    // started here: what a path from outside must be before it is started.
+    static bool isInstalledEntry(const QString& path);
     // The locale of messages the user asked for, or empty.
     static QString messagesLocale();
 

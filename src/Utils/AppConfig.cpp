@@ -47,6 +47,19 @@ QHash<QString, QString> processEnvironment()
     return env;
 }
 
+// Credentials in a file that other users of the machine can read are theirs too. The key
+// names are logged, never their values.
+void warnIfOthersCanRead(const QString& filePath, const QStringList& credentials)
+{
+    const QFileDevice::Permissions mode = QFileInfo(filePath).permissions();
+    if (credentials.isEmpty() || !(mode & (QFileDevice::ReadGroup | QFileDevice::ReadOther))) {
+        return;
+    }
+    qCWarning(lcConfig).noquote() << "the configuration file" << filePath << "holds credentials ("
+                                  << credentials.join(QLatin1String(", "))
+                                  << ") and other users can read it: chmod 600" << filePath;
+}
+
 }  // namespace
 
 const AppConfig::KeyInfo& AppConfig::info(Key key)
@@ -88,13 +101,18 @@ AppConfig AppConfig::fromSources(const QString& filePath, const QHash<QString, Q
         if (file.status() != QSettings::NoError) {
             qCWarning(lcConfig) << "cannot read the configuration file" << filePath << "- using defaults";
         } else {
+            QStringList credentials;
             for (int i = 0; i < KeyCount; ++i) {
                 const QString name = QString::fromLatin1(kKeys[i].name);
                 if (file.contains(name)) {
                     config.mValues[i] = file.value(name).toString().trimmed();
                     config.mOrigins[i] = QStringLiteral("file");
+                    if (kKeys[i].credential && !config.mValues[i].isEmpty()) {
+                        credentials << name;
+                    }
                 }
             }
+            warnIfOthersCanRead(filePath, credentials);
         }
     }
 

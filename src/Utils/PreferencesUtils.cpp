@@ -2,8 +2,10 @@
 
 #include "Utils/AppConfig.h"
 #include "Utils/AppPaths.h"
+#include "Utils/FileAside.h"
 #include "Utils/Logging.h"
 
+#include <QFile>
 #include <QSettings>
 
 namespace {
@@ -57,6 +59,39 @@ const Field kFields[] = {
     {"noticeStyle", &UserPreferences::noticeStyle, nullptr, 2, true},
 };
 
+// A file that Qt cannot read as INI, or one with NUL bytes (what a crash leaves of a file whose
+// blocks never reached the disk), is moved aside and kept; the defaults stand in for it.
+// Left in place, its values would be half read and its garbage written back with every save.
+void setAsideIfCorrupt(const QString& path)
+{
+    QFile file(path);
+    if (!file.open(QIODevice::ReadOnly)) {
+        return;
+    }
+    const bool nul = file.readAll().contains('\0');
+    file.close();
+    const bool unreadable = !nul && QSettings(path, QSettings::IniFormat).status() == QSettings::FormatError;
+    if (!nul && !unreadable) {
+        return;
+    }
+    const QString aside = FileAside::moveAside(path, QStringLiteral("corrupt"));
+    if (aside.isEmpty()) {
+        qCWarning(lcPrefs) << path << "cannot be read and cannot be moved aside";
+        return;
+    }
+    qCWarning(lcPrefs).noquote() << path << (nul ? "holds NUL bytes" : "is no INI file") << "- kept as"
+                                 << aside << "and the defaults are used";
+}
+
+// Writes; a failure leaves the file as it was (see setUserPreferences) and is logged.
+void saveOrLog(QSettings* settings)
+{
+    settings->sync();
+    if (settings->status() != QSettings::NoError) {
+        qCWarning(lcPrefs) << "cannot write" << settings->fileName() << "- the file is left as it was";
+    }
+}
+
 const QString kConfigGroup = QStringLiteral("config");
 const QString kWebsiteGroup = QStringLiteral("habit_website");
 const QString kSearchUrlGroup = QStringLiteral("habit_search_url");
@@ -82,6 +117,7 @@ QString PreferencesUtils::habitPath()
 UserPreferences PreferencesUtils::getUserPreferences()
 {
     UserPreferences preferences;
+    setAsideIfCorrupt(preferencesPath());
     QSettings settings(preferencesPath(), QSettings::IniFormat);
     settings.beginGroup(kConfigGroup);
     for (const Field& f : kFields) {
@@ -100,7 +136,12 @@ UserPreferences PreferencesUtils::getUserPreferences()
 void PreferencesUtils::setUserPreferences(UserPreferences preferences)
 {
     {
+        setAsideIfCorrupt(preferencesPath());
         QSettings settings(preferencesPath(), QSettings::IniFormat);
+        // Qt writes through a temporary file renamed over the old one once complete, so that a
+        // kill or a full disk leaves the old file whole; but only while atomic saves are
+        // required: without, a folder it cannot make the temporary file in is written in place.
+        settings.setAtomicSyncRequired(true);
         settings.beginGroup(kConfigGroup);
         for (const Field& f : kFields) {
             const QString key = QLatin1String(f.key);
@@ -116,17 +157,16 @@ void PreferencesUtils::setUserPreferences(UserPreferences preferences)
             }
         }
         settings.endGroup();
-        settings.sync();
-        if (settings.status() != QSettings::NoError) {
-            qCWarning(lcPrefs) << "cannot write" << preferencesPath();
-        }
+        saveOrLog(&settings);
     }
+    // The holders keep the record as the user set it, also when the file could not take it.
     emit signalPreferencesChange(preferences);
 }
 
 QMap<int, UserHabit> PreferencesUtils::getUserHabitList()
 {
     QMap<int, UserHabit> habits;
+    setAsideIfCorrupt(habitPath());
     QSettings settings(habitPath(), QSettings::IniFormat);
     settings.beginGroup(kWebsiteGroup);
     for (const QString& key : settings.childKeys()) {
@@ -161,7 +201,9 @@ QMap<int, UserHabit> PreferencesUtils::getUserHabitList()
 
 void PreferencesUtils::addUserHabit(UserHabit habit)
 {
+    setAsideIfCorrupt(habitPath());
     QSettings settings(habitPath(), QSettings::IniFormat);
+    settings.setAtomicSyncRequired(true);  // as in setUserPreferences
     const QString key = QString::number(habit.id);
     settings.beginGroup(kWebsiteGroup);
     settings.setValue(key, habit.website);
@@ -169,6 +211,7 @@ void PreferencesUtils::addUserHabit(UserHabit habit)
     settings.beginGroup(kSearchUrlGroup);
     settings.setValue(key, habit.searchUrl);
     settings.endGroup();
+    saveOrLog(&settings);
 }
 
 QMap<int, UserHabit> PreferencesUtils::updateUserHabit(int id, QString website, QString searchUrl)

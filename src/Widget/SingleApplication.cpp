@@ -1,6 +1,7 @@
 #include "Widget/SingleApplication.h"
 
 #include "Utils/Logging.h"
+#include "Utils/PeerCredentials.h"
 #include "Utils/SocketPath.h"
 
 #include <QDir>
@@ -50,7 +51,14 @@ void SingleApplication::initLocalConnection()
     }
     QLocalSocket socket;
     socket.connectToServer(socketPath(), QIODevice::ReadWrite);
-    if (socket.waitForConnected(kConnectTimeoutMs)) {
+    if (socket.waitForConnected(kConnectTimeoutMs) &&
+        !PeerCredentials::isSameUser(socket.socketDescriptor())) {
+        // Only where there is no runtime folder: another user's socket in the shared folder
+        // is no instance of ours, and it is told nothing.
+        qCWarning(lcApp) << "the instance socket" << socketPath() << "belongs to user"
+                         << PeerCredentials::peerUid(socket.socketDescriptor()) << "- not ours";
+        socket.abort();
+    } else if (socket.state() == QLocalSocket::ConnectedState) {
         mIsRunning = true;
         QTextStream stream(&socket);
         const QStringList args = QCoreApplication::arguments();
@@ -88,6 +96,14 @@ void SingleApplication::newLocalConnection()
 {
     QLocalSocket* socket = mLocalServer->nextPendingConnection();
     if (socket == nullptr) {
+        return;
+    }
+    // The socket is the user's own (owner-only file in the user's runtime folder); a peer of
+    // another user is turned away all the same.
+    if (!PeerCredentials::isSameUser(socket->socketDescriptor())) {
+        qCWarning(lcApp) << "a connection from user" << PeerCredentials::peerUid(socket->socketDescriptor())
+                         << "to the instance socket - closed";
+        delete socket;
         return;
     }
     socket->waitForReadyRead(kReadTimeoutMs);

@@ -10,6 +10,7 @@
 #include "Platform/InputBackend.h"
 #include "Utils/Logging.h"
 #include "Utils/PreferencesUtils.h"
+#include "Utils/UrlRules.h"
 #include "Utils/WinUtils.h"
 
 #include <QFileInfo>
@@ -167,17 +168,29 @@ void InputPresenter::handleIntent(SemanticParsingResult result)
         mUserHabits = PreferencesUtils::getInstance()->updateUserHabit(result.serviceCategory, result.website,
                                                                        result.searchUrl);
     }
+    // What the backend names is opened only as a web page: not a file, a script or a link into
+    // some other installed handler.
     auto open = [this](const QUrl& url) {
-        if (!url.isEmpty()) {
-            launcher()->openUrl(url);
+        if (url.isEmpty()) {
+            return;
         }
+        if (!UrlRules::isWebPage(url)) {
+            qCWarning(lcInput).noquote()
+                << "the backend's address is no web page, not opened:" << UrlRules::forLog(url);
+            return;
+        }
+        launcher()->openUrl(url);
     };
 
     switch (result.serviceCategory) {
         case 19:
         case 20:
-            if (!result.website.isEmpty()) {
+            // A program to start: only the entry of an installed application, never any file.
+            if (ApplicationCatalog::isInstalledEntry(result.website)) {
                 launcher()->openLocalPath(result.website);
+            } else if (!result.website.isEmpty()) {
+                qCWarning(lcInput) << "the backend's program is no installed application, not started:"
+                                   << result.website;
             }
             mInputView->setContent(kOpening);
             return;

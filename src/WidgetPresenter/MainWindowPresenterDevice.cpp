@@ -3,16 +3,14 @@
 #include "Hid/DeviceManager.h"
 #include "Http/HttpManager.h"
 #include "Recorder/RecordManager.h"
-#include "Utils/AppPaths.h"
 #include "Utils/Logging.h"
 #include "WidgetPresenter/ConsoleNotices.h"
 #include "WidgetPresenter/MainWindowPresenter.h"
 #include "WidgetPresenter/MainWindowView.h"
+#include "WidgetPresenter/PictureFiles.h"
 
 #include <QFile>
-#include <QFileInfo>
 #include <QTimer>
-#include <QUrl>
 
 namespace {
 
@@ -479,17 +477,14 @@ void MainWindowPresenter::onDeviceModule(int lamplightModule, int shakeModule, i
 void MainWindowPresenter::checkImage(const QString& reference, std::function<void(QString)> setImage,
                                      bool defaultIfEmpty)
 {
-    if (reference.isEmpty()) {
+    // A refused name counts as none.
+    const QString path = reference.isEmpty() ? QString() : PictureFiles::localPath(reference);
+    if (path.isEmpty()) {
         if (defaultIfEmpty) {
             mView->setDefaultHomeImage();
         }
         return;
     }
-    // URL-safe Base64: the standard alphabet's "/" would make a folder of the name.
-    const QString fileName = QFileInfo(QUrl(reference).path()).fileName();
-    const QString name = QString::fromLatin1(
-        fileName.toUtf8().toBase64(QByteArray::Base64UrlEncoding | QByteArray::OmitTrailingEquals));
-    const QString path = AppPaths::dataFile(QLatin1Char('/') + name);
     if (QFile::exists(path)) {
         setImage(path);
         return;
@@ -507,6 +502,8 @@ void MainWindowPresenter::checkImage(const QString& reference, std::function<voi
                                 }),
                                 guard([this, path](QString url, QNetworkReply::NetworkError code) {
                                     mImageDownloads.remove(path);
+                                    // Part of a picture would pass for the whole one next time.
+                                    QFile::remove(path);
                                     qCWarning(lcConsole).noquote() << "image download failed:" << url << code;
                                 }));
 }

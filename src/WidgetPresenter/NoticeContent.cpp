@@ -1,5 +1,8 @@
 #include "NoticeContent.h"
 
+#include "Utils/Logging.h"
+#include "Utils/UrlRules.h"
+
 namespace NoticeContent {
 
 QString restPicture(int index)
@@ -33,6 +36,13 @@ QString calendarPicture(int page)
 
 QString calendarLinkHtml(const CalendarPhrases& phrases)
 {
+    if (!UrlRules::isWebPage(QUrl(phrases.link))) {
+        if (!phrases.link.isEmpty()) {
+            qCWarning(lcConsole).noquote()
+                << "the calendar phrase's link is no web page, left out:" << UrlRules::forLog(phrases.link);
+        }
+        return QStringLiteral("<span style='color: #FFFFFF;'>%1</span>").arg(phrases.content.toHtmlEscaped());
+    }
     return QStringLiteral("<a style='color: #FFFFFF;' href = \"%1\">%2</a>")
         .arg(phrases.link.toHtmlEscaped(), phrases.content.toHtmlEscaped());
 }

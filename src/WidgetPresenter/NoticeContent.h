@@ -18,7 +18,9 @@ QString restPicture(int index);
 int calendarPageForHour(int hour);
 QString calendarPicture(int page);
 
-// The phrase as a white link; the backend's text is escaped so that it shows as written.
+// The phrase as a white link; the backend's text is escaped so that it shows as written. A link
+// that is no web page (a file, a script, a relative path the panel would load itself) leaves
+// the phrase as plain text.
 QString calendarLinkHtml(const CalendarPhrases& phrases);
 
 }  // namespace NoticeContent

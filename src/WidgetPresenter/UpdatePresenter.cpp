@@ -49,6 +49,18 @@ QString UpdatePresenter::installerPath()
            QLatin1String(kInstallerName);
 }
 
+bool UpdatePresenter::isDownloadedInstaller(const QString& path)
+{
+    const QFileInfo file(path);
+    const QFileInfo expected(installerPath());
+    if (file.isSymLink() || !file.isFile() || file.absoluteFilePath() != expected.absoluteFilePath()) {
+        return false;
+    }
+    const QString downloads =
+        QFileInfo(QStandardPaths::writableLocation(QStandardPaths::DownloadLocation)).canonicalFilePath();
+    return !downloads.isEmpty() && file.canonicalFilePath() == downloads + QLatin1Char('/') + file.fileName();
+}
+
 void UpdatePresenter::toHide()
 {
     mView->toHide();
@@ -107,8 +119,8 @@ void UpdatePresenter::onUpdate()
     if (QFile::exists(path)) {
         QFile::remove(path);
     }
-    // A new account may have no Downloads folder yet.
-    QDir().mkpath(QFileInfo(path).absolutePath());
+    // A fresh account may have no Downloads folder yet.
+    QDir().mkpath(QFileInfo(path).path());
     // Replies may outlive the presenter.
     QPointer<UpdatePresenter> self(this);
     mHttpManager->downloadApp(
@@ -144,6 +156,12 @@ void UpdatePresenter::onUpdate()
 
 void UpdatePresenter::handOver(const QString& path)
 {
+    if (!isDownloadedInstaller(path)) {
+        qCWarning(lcHttp) << "not the downloaded installer, not handed over:" << path;
+        mView->setStackedWidgetCurrentIndex(1);
+        mView->toShow();
+        return;
+    }
     mLauncher->openLocalPath(path);
     mQuit();
 }

@@ -33,6 +33,9 @@ public:
     // "发现新版本:" and the version, then each "#"-separated part of the description on a line.
     static QString releaseText(const VersionInfo& vi);
     static QString installerPath();
+    // The file the download left at installerPath(): a regular file in the Downloads folder,
+    // reached by no symbolic link. Nothing else is handed to the desktop to run.
+    static bool isDownloadedInstaller(const QString& path);
 
     void toHide();
     bool isHidden();

@@ -25,6 +25,7 @@ private slots:
     void databaseThatCannotOpen();
     void migrationReversesAndRemovesTheOldFile();
     void emptyOldDatabaseStays();
+    void brokenFilesAreSetAsideWithTheirWords();
 
 private:
     void fillAddPage(RecordingMainWindowView& view, int type, const QString& command, const QString& content)
@@ -203,6 +204,8 @@ void TestCommandWords::migrationReversesAndRemovesTheOldFile()
     QTemporaryDir dir;
     const QString oldDir = dir.path() + QStringLiteral("/ZorvaneBT");
     const QString newDir = dir.path() + QStringLiteral("/ZorvaneV2");
+    // A file here already: the migration writes into it only after a copy.
+    QVERIFY(makeOldDatabase(newDir, {}));
     QVERIFY(makeOldDatabase(
         oldDir,
         {{QStringLiteral("5YWI"), QStringLiteral("aHR0cHM6Ly9leGFtcGxlLm9yZy8/cT0x"), 0, QString()},
@@ -228,6 +231,7 @@ void TestCommandWords::migrationReversesAndRemovesTheOldFile()
     QCOMPARE(words.at(0).id, 3);
     QVERIFY(!QFile::exists(oldDir + QStringLiteral("/em9ydmFuZV9kYg==")));
     QVERIFY(QFile::exists(newDir + QStringLiteral("/em9ydmFuZV9kYg==")));
+    QCOMPARE(QDir(newDir).entryList({QStringLiteral("em9ydmFuZV9kYg==.before-migration-*")}).size(), 1);
 }
 
 void TestCommandWords::emptyOldDatabaseStays()
@@ -238,6 +242,70 @@ void TestCommandWords::emptyOldDatabaseStays()
     DBManager db(dir.path() + QStringLiteral("/ZorvaneV2"), oldDir);
     QVERIFY(keywords(db).isEmpty());
     QVERIFY(QFile::exists(oldDir + QStringLiteral("/em9ydmFuZV9kYg==")));
+}
+
+void TestCommandWords::brokenFilesAreSetAsideWithTheirWords()
+{
+    QTemporaryDir dir;
+    const QString path = dir.filePath(DBManager::fileName());
+    auto overwrite = [](const QString& file, qint64 at, const QByteArray& bytes) {
+        QFile f(file);
+        return f.open(QIODevice::ReadWrite) && f.seek(at) && f.write(bytes) == bytes.size();
+    };
+    auto aside = [&dir](const QString& pattern) {
+        return QDir(dir.path()).entryList({pattern}, QDir::Files);
+    };
+
+    // No database at all: it goes aside, and a fresh file works.
+    const QByteArray garbage = QByteArray("not a database ").repeated(300);
+    QVERIFY(overwrite(path, 0, garbage));
+    {
+        QTest::ignoreMessage(QtWarningMsg, QRegularExpression(QStringLiteral("broken .* kept as .*0 words")));
+        DBManager db(dir.path(), dir.path() + QStringLiteral("/old"));
+        QVERIFY(db.open());
+        QVERIFY(db.addCommandWord(word(QStringLiteral("第一"), QStringLiteral("/a"))));
+        QVERIFY(db.addCommandWord(word(QStringLiteral("第二"), QStringLiteral("/b"))));
+        db.close();
+        QCOMPARE(keywords(db), (QStringList{QStringLiteral("第二"), QStringLiteral("第一")}));
+    }
+    const QStringList copies = aside(DBManager::fileName() + QStringLiteral(".corrupt-*"));
+    QCOMPARE(copies.size(), 1);
+    QFile copy(dir.filePath(copies.first()));
+    QVERIFY(copy.open(QIODevice::ReadOnly));
+    QCOMPARE(copy.readAll(), garbage);
+
+    // A file with the words intact and another table's page broken: the words come along.
+    {
+        QSqlDatabase extra = QSqlDatabase::addDatabase(QStringLiteral("QSQLITE"), QStringLiteral("extra"));
+        extra.setDatabaseName(path);
+        QVERIFY(extra.open());
+        QSqlQuery query(extra);
+        QVERIFY(query.exec(QStringLiteral("create table filler(x blob)")));
+        for (int i = 0; i < 50; ++i) {
+            QVERIFY(query.exec(QStringLiteral("insert into filler values(randomblob(1000))")));
+        }
+        QVERIFY(query.exec(QStringLiteral("select rootpage from sqlite_master where name='filler'")));
+        QVERIFY(query.next());
+        const int page = query.value(0).toInt();
+        query.finish();
+        extra.close();
+        QVERIFY(overwrite(path, (page - 1) * 4096, QByteArray(4096, '\xff')));
+    }
+    QSqlDatabase::removeDatabase(QStringLiteral("extra"));
+    {
+        QTest::ignoreMessage(QtWarningMsg, QRegularExpression(QStringLiteral("broken .* kept as .*2 words")));
+        DBManager db(dir.path(), dir.path() + QStringLiteral("/old"));
+        QCOMPARE(keywords(db), (QStringList{QStringLiteral("第二"), QStringLiteral("第一")}));
+
+        // A file that breaks while the program runs goes aside at the next opening.
+        QVERIFY(overwrite(path, 0, garbage));
+        QTest::ignoreMessage(QtWarningMsg, QRegularExpression(QStringLiteral("create table failed")));
+        QTest::ignoreMessage(QtWarningMsg, QRegularExpression(QStringLiteral("broken .* kept as")));
+        QVERIFY(db.open());
+        QVERIFY(db.addCommandWord(word(QStringLiteral("第三"), QStringLiteral("/c"))));
+        db.close();
+    }
+    QCOMPARE(aside(DBManager::fileName() + QStringLiteral(".corrupt-*")).size(), 3);
 }
 
 QTEST_GUILESS_MAIN(TestCommandWords)

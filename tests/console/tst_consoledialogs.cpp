@@ -157,6 +157,19 @@ void TestConsoleDialogs::downloadHandsOverOrReturnsToTheOffer()
     QTRY_COMPARE(quits, 1);
     QCOMPARE(launcher.log, QStringList{QStringLiteral("path ") + path});
     QCOMPARE(QFileInfo(path).size(), 200000);
+
+    // Only the file the download left is handed over: one swapped for a link meanwhile is not,
+    // and the offer comes back instead of the quit.
+    view.calls.clear();
+    presenter.onUpdate();
+    QTRY_VERIFY(view.calls.contains(QStringLiteral("toHide()")));
+    QVERIFY(QFile::remove(path));
+    QVERIFY(QFile::link(QStringLiteral("/bin/sh"), path));
+    QTest::ignoreMessage(QtWarningMsg, QRegularExpression(QStringLiteral("not the downloaded installer")));
+    QTRY_COMPARE(view.callsOf(QStringLiteral("page")).last(), QStringLiteral("page(1)"));
+    QCOMPARE(quits, 1);
+    QCOMPARE(launcher.log.size(), 1);
+    QFile::remove(path);
 }
 
 void TestConsoleDialogs::feedbackChecksAndFarewell()

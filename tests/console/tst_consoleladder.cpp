@@ -5,7 +5,7 @@
 #include "Http/HttpManager.h"
 #include "MouseSimulator.h"
 #include "ServiceSet.h"
-#include "Utils/AppPaths.h"
+#include "WidgetPresenter/PictureFiles.h"
 
 #include <QJsonArray>
 #include <QJsonObject>
@@ -228,14 +228,14 @@ void TestConsoleLadder::onlineLadderOpensFromTheListAndRegisters()
     QTRY_VERIFY_WITH_TIMEOUT(presenter->isConsoleDataComplete(), 20000);
     QCOMPARE(presenter->currentDeviceInfo().customerName, QStringLiteral("Zorvane"));
     // The branding pictures are named by the Base64 of their file names.
-    const QString home = QStringLiteral("setHomeImage(") +
-                         AppPaths::dataFile(QStringLiteral("/em9ydmFuZV9ob21lLnBuZw")) + QLatin1Char(')');
+    const QString picture = PictureFiles::folder() + QStringLiteral("/em9ydmFuZV9ob21lLnBuZw");
+    const QString home = QStringLiteral("setHomeImage(") + picture + QLatin1Char(')');
     QTRY_VERIFY(rig.view.calls.contains(home));
     // Module replies may repeat; each shows the one picture again.
     QTRY_VERIFY(!rig.view.callsOf(QStringLiteral("setNavImage")).isEmpty());
     const QStringList navCalls = rig.view.callsOf(QStringLiteral("setNavImage"));
     QCOMPARE(navCalls.count(navCalls.first()), navCalls.size());
-    QVERIFY(QFileInfo(AppPaths::dataFile(QStringLiteral("/em9ydmFuZV9ob21lLnBuZw"))).size() > 0);
+    QVERIFY(QFileInfo(picture).size() > 0);
     const UserPreferences saved = PreferencesUtils::getInstance()->getUserPreferences();
     QCOMPARE(saved.saveVid, kVid);
     QCOMPARE(saved.savePid, kPid);

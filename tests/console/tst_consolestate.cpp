@@ -1,7 +1,11 @@
 #include "ConsoleRig.h"
 #include "FakeHidBackend.h"
+#include "Http/HttpManager.h"
+#include "LocalHttpServer.h"
 #include "Platform/InternetUtils.h"
+#include "WidgetPresenter/PictureFiles.h"
 
+#include <QDir>
 #include <QStandardPaths>
 #include <QTimer>
 #include <QtTest>
@@ -23,6 +27,7 @@ private slots:
     void workClock();
     void unplugKeepsTheDelayParked();
     void startsWithTheNetworkAsItIs();
+    void picturesFromTheBackendStayInTheirFolder();
 };
 
 namespace {
@@ -319,6 +324,70 @@ void TestConsoleState::startsWithTheNetworkAsItIs()
     watcher.refresh();
     QVERIFY(!rig.errors().contains(3));
     QVERIFY(p->timer(MainWindowPresenter::TimerHttpController)->isActive());
+}
+
+void TestConsoleState::picturesFromTheBackendStayInTheirFolder()
+{
+    auto local = [](const QByteArray& name) -> QString {
+        return PictureFiles::folder() + QLatin1Char('/') +
+               QString::fromLatin1(
+                   name.toBase64(QByteArray::Base64UrlEncoding | QByteArray::OmitTrailingEquals));
+    };
+    // Names that are no plain names are refused; a name's folders are dropped.
+    for (const QString& bad :
+         {QStringLiteral("../../x"), QStringLiteral("a/../../b.png"), QStringLiteral("/etc/passwd"),
+          QStringLiteral("file:///etc/passwd"), QStringLiteral("a\\..\\b"), QStringLiteral("dir/"),
+          QStringLiteral("a\nb.png")}) {
+        QTest::ignoreMessage(QtWarningMsg,
+                             QRegularExpression(QStringLiteral("picture name from the backend refused")));
+        QVERIFY2(PictureFiles::localPath(bad).isEmpty(), qPrintable(bad));
+    }
+    QCOMPARE(PictureFiles::localPath(QStringLiteral("img/home.png")), local("home.png"));
+    QCOMPARE(QFileInfo(PictureFiles::folder()).dir(),
+             QDir(QStandardPaths::writableLocation(QStandardPaths::AppDataLocation)));
+    // A link put in the folder under a picture's name does not lead the download elsewhere.
+    QVERIFY(QFile::link(QStringLiteral("/etc/hostname"), local("linked.png")));
+    QTest::ignoreMessage(QtWarningMsg,
+                         QRegularExpression(QStringLiteral("outside the picture folder refused")));
+    QVERIFY(PictureFiles::localPath(QStringLiteral("linked.png")).isEmpty());
+
+    // Through the presenter: a refused home picture shows the default one and is never asked
+    // for; a picture whose download fails leaves no part of itself to pass for the whole.
+    LocalHttpServer server;
+    QVERIFY(server.start());
+    server.setAnswer(QStringLiteral("/BelmorZorvaneV2Mac/deviceInfo/query"),
+                     {200, R"({"code":1,"data":[{"customerCode":"0A0B0C","homeImage":"../../x",)"
+                           R"("explainImage":"good.png","navImage":"gone.png","enable":1}]})"});
+    HttpManager http(HttpRequest::getInstance(), server.url(), server.url());
+    FakeHidBackend backend;
+    ConsoleRig rig(&backend);
+    MainWindowPresenter* p = rig.start(&http);
+    p->getDeviceList();
+    QTRY_VERIFY(p->httpAnswered(MainWindowPresenter::StepDeviceList));
+    server.setAnswer(QStringLiteral("/BelmorZorvaneV2Mac/deviceInfo/download"), {200, "PNG", 0, "image/png"});
+    QTest::ignoreMessage(QtWarningMsg,
+                         QRegularExpression(QStringLiteral("picture name from the backend refused")));
+    p->onDeviceModule(1, 1, 1, 0, QStringLiteral("0A0B0C"), 0);
+    QCOMPARE(rig.view.callsOf(QStringLiteral("setDefaultHomeImage")).size(), 1);
+    QTRY_COMPARE(rig.view.callsOf(QStringLiteral("setExplainImage")),
+                 QStringList{QStringLiteral("setExplainImage(%1)").arg(local("good.png"))});
+    QTRY_COMPARE(rig.view.callsOf(QStringLiteral("setNavImage")).size(), 1);
+
+    server.setAnswer(QStringLiteral("/BelmorZorvaneV2Mac/deviceInfo/download"),
+                     {404, "not found", 0, "text/plain"});
+    QFile::remove(local("gone.png"));
+    p->checkNavImage();
+    auto downloads = [&server] {
+        QList<QByteArray> targets;
+        for (const LocalHttpServer::Request& request : server.requests()) {
+            if (request.target.contains("/deviceInfo/download")) {
+                targets << request.target.mid(request.target.indexOf('='));
+            }
+        }
+        return targets;
+    };
+    QTRY_COMPARE(downloads(), (QList<QByteArray>{"=good.png", "=gone.png", "=gone.png"}));
+    QTRY_VERIFY(!QFile::exists(local("gone.png")));
 }
 
 QTEST_GUILESS_MAIN(TestConsoleState)

@@ -1,4 +1,5 @@
 #include "Utils/AppConfig.h"
+#include "Utils/CommandLine.h"
 
 #include <QFile>
 #include <QRegularExpression>
@@ -14,6 +15,7 @@ private slots:
     void missingCredentialIsLoggedNotFatal();
     void badPortFallsBackToTheFixedOne();
     void everyKeyIsDocumented();
+    void credentialsOthersCanReadAreWarnedOf();
 
 private:
     QString writeFile(const QByteArray& contents);
@@ -105,6 +107,40 @@ void TestAppConfig::everyKeyIsDocumented()
         QVERIFY2(text.contains(QLatin1Char('`') + QLatin1String(info.envName) + QLatin1Char('`')),
                  info.envName);
     }
+}
+
+void TestAppConfig::credentialsOthersCanReadAreWarnedOf()
+{
+    static QStringList lines;
+    const QtMessageHandler previous = qInstallMessageHandler(
+        [](QtMsgType, const QMessageLogContext&, const QString& text) { lines << text; });
+    auto warningsFor = [this](const QByteArray& contents, QFileDevice::Permissions mode) {
+        lines.clear();
+        const QString path = writeFile(contents);
+        QFile::setPermissions(path, mode);
+        const AppConfig config = AppConfig::fromSources(path, {});
+        lines << CommandLine::startLine(config, path);  // what the start logs of the file
+        return lines;
+    };
+    const QFileDevice::Permissions owner = QFileDevice::ReadOwner | QFileDevice::WriteOwner;
+    const QByteArray secret = "[ifly]\napiSecret=TopSecret42\n[gateway]\nhost=speech.example.net\n";
+
+    const QStringList world = warningsFor(secret, owner | QFileDevice::ReadGroup | QFileDevice::ReadOther);
+    const QStringList group = warningsFor(secret, owner | QFileDevice::ReadGroup);
+    const QStringList own = warningsFor(secret, owner);
+    const QStringList noCredential =
+        warningsFor("[gateway]\nhost=speech.example.net\n", owner | QFileDevice::ReadOther);
+    qInstallMessageHandler(previous);
+
+    for (const QStringList& warned : {world, group}) {
+        QCOMPARE(warned.filter(QStringLiteral("chmod 600")).size(), 1);
+        QVERIFY(
+            warned.filter(QStringLiteral("chmod 600")).first().contains(QStringLiteral("ifly/apiSecret")));
+    }
+    QCOMPARE(own.filter(QStringLiteral("chmod")).size(), 0);
+    QCOMPARE(noCredential.filter(QStringLiteral("chmod")).size(), 0);
+    // Where a value came from is logged, never the value.
+    QCOMPARE((world + group + own).filter(QStringLiteral("TopSecret42")).size(), 0);
 }
 
 QTEST_GUILESS_MAIN(TestAppConfig)

@@ -280,6 +280,19 @@ private slots:
         QVERIFY(browser->openExternalLinks());
         QVERIFY(browser->toHtml().contains(QStringLiteral("href=\"https://example.test/a?x=1&amp;y=2\"")));
 
+        // A link that is no web page leaves the phrase as text: nothing to click.
+        CalendarPhrases local = first;
+        local.content = QStringLiteral("第三句");
+        for (const QString& link : {QStringLiteral("file:///etc/passwd"), QStringLiteral("javascript:x()"),
+                                    QStringLiteral("notes.html")}) {
+            local.link = link;
+            QTest::ignoreMessage(QtWarningMsg, QRegularExpression(QStringLiteral("no web page, left out")));
+            calendar->showContentAt(local, 10);
+            QVERIFY(!browser->toHtml().contains(link));
+        }
+        QCOMPARE(browser->toHtml().count(QStringLiteral("href=")), 2);
+        QVERIFY(browser->toPlainText().endsWith(QStringLiteral("第三句")));
+
         // A phrase arriving while the panel is up leaves it where it is.
         calendar->setGeometry(1920 - 386, 1080 - 386, 384, 384);
         calendar->showContentAt(second, 15);

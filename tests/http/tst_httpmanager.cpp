@@ -1,8 +1,10 @@
+#include "FloodHttpServer.h"
 #include "Http/HttpManager.h"
 #include "LocalHttpServer.h"
 
 #include <QJsonDocument>
 #include <QJsonObject>
+#include <QTemporaryDir>
 #include <QtTest>
 
 class TestHttpManager : public QObject {
@@ -12,6 +14,7 @@ private slots:
     void initTestCase();
     void postsIndentedJsonUnderThePrefix();
     void feedbackBySubstring();
+    void downloadsEndAtTheirLimits();
 
 private:
     LocalHttpServer mBackend;
@@ -61,6 +64,29 @@ void TestHttpManager::feedbackBySubstring()
     mManager->feedback(
         QStringLiteral("t"), QStringLiteral("c"), 999999, [&](bool ok) { answer = ok; }, nullptr, nullptr);
     QTRY_COMPARE(answer, 0);
+}
+
+void TestHttpManager::downloadsEndAtTheirLimits()
+{
+    // An installer is larger than any reply: 6 MiB arrive whole. A picture announcing 9 MiB
+    // ends at its headers.
+    QTemporaryDir dir;
+    FloodHttpServer installer(6 * 1024 * 1024, 6 * 1024 * 1024);
+    FloodHttpServer picture(9 * 1024 * 1024, 1024 * 1024);
+    QVERIFY(installer.start() && picture.start());
+    QString saved;
+    HttpManager(HttpRequest::getInstance(), installer.url(QStringLiteral("/")), QUrl())
+        .downloadApp(
+            QStringLiteral("9.9"), dir.filePath(QStringLiteral("i")), nullptr,
+            [&](bool, QString path) { saved = path; }, nullptr);
+    QTRY_COMPARE_WITH_TIMEOUT(QFileInfo(saved).size(), qint64(6 * 1024 * 1024), 20000);
+
+    QTest::ignoreMessage(QtWarningMsg, QRegularExpression(QStringLiteral("over the limit of 8388608 bytes")));
+    QNetworkReply::NetworkError error = QNetworkReply::NoError;
+    HttpManager(HttpRequest::getInstance(), picture.url(QStringLiteral("/")), QUrl())
+        .downloadImage(QStringLiteral("home.png"), dir.filePath(QStringLiteral("p")), nullptr,
+                       [&](QString, QNetworkReply::NetworkError e) { error = e; });
+    QTRY_COMPARE(error, QNetworkReply::UnknownContentError);
 }
 
 QTEST_GUILESS_MAIN(TestHttpManager)

@@ -1,3 +1,4 @@
+#include "FloodHttpServer.h"
 #include "Http/HttpRequest.h"
 #include "LocalHttpServer.h"
 
@@ -22,6 +23,8 @@ private slots:
     void cancelAbortsDownloadsAndIsHarmlessWhenIdle();
     void downloadThatCannotBeKeptFails();
     void syncCallsFromAWorkerThread();
+    void bodiesPastTheirLimitAreDropped();
+    void logsAndCallbacksCarryNoQuery();
 
 private:
     LocalHttpServer mServer;
@@ -207,6 +210,85 @@ void TestHttpRequest::syncCallsFromAWorkerThread()
         return r.method == "POST" && r.target == "/missing" && r.body == "a=1" &&
                r.headers.value("content-type") == "application/x-www-form-urlencoded";
     }));
+}
+
+void TestHttpRequest::bodiesPastTheirLimitAreDropped()
+{
+    constexpr qint64 kSlack = 24 * 1024 * 1024;  // what the socket buffers on both sides hold
+    // An endless chunked reply and one that announces 50 MB: neither reaches handle, and the
+    // client hangs up long before the flood ends.
+    for (const qint64 announced : {qint64(-1), qint64(50 * 1000 * 1000)}) {
+        FloodHttpServer flood(announced);
+        QVERIFY(flood.start());
+        QTest::ignoreMessage(QtWarningMsg,
+                             QRegularExpression(QStringLiteral("over the limit of 4194304 bytes")));
+        bool handled = false;
+        QNetworkReply::NetworkError error = QNetworkReply::NoError;
+        http->get(
+            flood.url(QStringLiteral("/json")).toString(), [&](const QByteArray&) { handled = true; }, 60000,
+            nullptr, [&](QString, QNetworkReply::NetworkError e) { error = e; });
+        QTRY_COMPARE_WITH_TIMEOUT(error, QNetworkReply::UnknownContentError, 30000);
+        QVERIFY(!handled);
+        QTRY_VERIFY(flood.clientHungUp());
+        QVERIFY2(flood.bytesSent() < HttpRequest::kMaxReplyBytes + kSlack,
+                 qPrintable(QString::number(flood.bytesSent())));
+    }
+
+    // A download ends at the limit it was given: no result, and no more than that in the file.
+    QTemporaryDir dir;
+    const QString path = dir.filePath(QStringLiteral("picture"));
+    FloodHttpServer flood;
+    QVERIFY(flood.start());
+    QTest::ignoreMessage(QtWarningMsg, QRegularExpression(QStringLiteral("over the limit of 262144 bytes")));
+    bool done = false;
+    QNetworkReply::NetworkError error = QNetworkReply::NoError;
+    http->downloadFile(
+        flood.url(QStringLiteral("/picture")).toString(), path, nullptr, [&](bool, QString) { done = true; },
+        [&](QString, QNetworkReply::NetworkError e) { error = e; }, 256 * 1024);
+    QTRY_COMPARE_WITH_TIMEOUT(error, QNetworkReply::UnknownContentError, 30000);
+    QVERIFY(!done);
+    QVERIFY(QFileInfo(path).size() <= 256 * 1024);
+    QTRY_VERIFY(flood.clientHungUp());
+
+    // The blocking form, from a worker thread, at its own larger limit.
+    FloodHttpServer syncFlood;
+    QVERIFY(syncFlood.start());
+    QTest::ignoreMessage(QtWarningMsg,
+                         QRegularExpression(QStringLiteral("over the limit of 33554432 bytes")));
+    QByteArray data = "unchanged";
+    std::atomic<bool> finished{false};
+    bool ok = true;
+    std::thread worker([&] {
+        ok = http->syncGet(syncFlood.url(QStringLiteral("/speech")).toString(), &data);
+        finished = true;
+    });
+    QTRY_VERIFY_WITH_TIMEOUT(finished.load(), 30000);
+    worker.join();
+    QVERIFY(!ok);
+    QCOMPARE(data, QByteArray("unchanged"));
+    QVERIFY(syncFlood.bytesSent() < HttpRequest::kMaxSyncReplyBytes + kSlack);
+}
+
+void TestHttpRequest::logsAndCallbacksCarryNoQuery()
+{
+    // Queries carry signatures, client secrets and what the user said.
+    static QStringList lines;
+    lines.clear();
+    const QtMessageHandler previous = qInstallMessageHandler(
+        [](QtMsgType, const QMessageLogContext&, const QString& text) { lines << text; });
+    QStringList urls;
+    const QString url = mServer.url(QStringLiteral("/gone?client_secret=s3cret&q=%E4%BD%A0")).toString();
+    http->get(url, nullptr, 2000, nullptr, [&](QString u, QNetworkReply::NetworkError) { urls << u; });
+    QTRY_COMPARE(urls.size(), 1);
+    QByteArray data;
+    QVERIFY(!http->syncGet(mServer.url(QStringLiteral("/gone?tok=s3cret")).toString(), &data));
+    qInstallMessageHandler(previous);
+    QCOMPARE(urls.first(), mServer.url(QStringLiteral("/gone")).toString());
+    QVERIFY(!lines.isEmpty());
+    for (const QString& line : qAsConst(lines)) {
+        QVERIFY2(!line.contains(QStringLiteral("s3cret")) && !line.contains(QStringLiteral("%E4")),
+                 qPrintable(line));
+    }
 }
 
 QTEST_GUILESS_MAIN(TestHttpRequest)

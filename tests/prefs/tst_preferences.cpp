@@ -1,4 +1,5 @@
 #include "Utils/AppPaths.h"
+#include "Utils/FileAside.h"
 #include "Utils/PreferencesUtils.h"
 
 #include <QDir>
@@ -6,7 +7,12 @@
 #include <QSettings>
 #include <QSignalSpy>
 #include <QStandardPaths>
+#include <QTemporaryDir>
 #include <QtTest>
+
+#include <sys/resource.h>
+#include <unistd.h>
+#include <csignal>
 
 class TestPreferences : public QObject {
     Q_OBJECT
@@ -19,6 +25,8 @@ private slots:
     void memoryOnlyFieldsTravelInTheSignal();
     void badFilesGiveDefaults();
     void habits();
+    void failedSavesLeaveTheOldFile();
+    void corruptFilesAreKeptAside();
 
 private:
     static QByteArray fileText(const QString& path);
@@ -113,8 +121,7 @@ void TestPreferences::badFilesGiveDefaults()
     {
         QFile file(PreferencesUtils::preferencesPath());
         QVERIFY(file.open(QIODevice::WriteOnly));
-        file.write(
-            "[config]\ndpiValue=high\nworkTime=3600000\n\xff\xfe\x00garbage=[[[\n=\n[config\nrestRemind");
+        file.write("[config]\ndpiValue=high\nworkTime=3600000\n");
     }
     const UserPreferences p = prefs()->getUserPreferences();
     QCOMPARE(p.dpiValue, 0);  // a string in an integer key
@@ -169,6 +176,145 @@ void TestPreferences::habits()
     QCOMPARE(habits.value(30).id, 30);
     QVERIFY(habits.value(30).website.isEmpty());
     QCOMPARE(habits.value(30).searchUrl, QStringLiteral("https://x.example/*"));
+}
+
+namespace {
+
+// A file that this process may write, in a folder it may not: by the folder's mode for a
+// user; for root, whom no mode stops, as another user, the file open to all.
+class ReadOnlyFolder {
+public:
+    explicit ReadOnlyFolder(const QString& file)
+        : mFile(file),
+          mFolder(QFileInfo(file).path()),
+          mFileMode(QFile::permissions(file)),
+          mFolderMode(QFile::permissions(mFolder))
+    {
+        const QFile::Permissions all = QFile::ReadOwner | QFile::WriteOwner | QFile::ReadGroup |
+                                       QFile::WriteGroup | QFile::ReadOther | QFile::WriteOther;
+        QFile::setPermissions(mFile, ::geteuid() == 0 ? all : mFileMode);
+        QFile::setPermissions(mFolder,
+                              QFile::ReadOwner | QFile::ExeOwner | QFile::ReadOther | QFile::ExeOther);
+        if (::geteuid() == 0) {
+            mWasRoot = ::seteuid(65534) == 0;
+        }
+    }
+    ~ReadOnlyFolder()
+    {
+        if (mWasRoot && ::seteuid(0) != 0) {
+            qFatal("cannot become root again");
+        }
+        QFile::setPermissions(mFolder, mFolderMode);
+        QFile::setPermissions(mFile, mFileMode);
+    }
+
+private:
+    QString mFile;
+    QString mFolder;
+    QFile::Permissions mFileMode;
+    QFile::Permissions mFolderMode;
+    bool mWasRoot = false;
+};
+
+QStringList filesBeside(const QString& path)
+{
+    return QFileInfo(path).dir().entryList(QDir::Files | QDir::Hidden);
+}
+
+}  // namespace
+
+void TestPreferences::failedSavesLeaveTheOldFile()
+{
+    // A data folder that another user could enter, for the read-only case as root.
+    QTemporaryDir home;
+    QVERIFY(QFile::setPermissions(home.path(), QFile::ReadOwner | QFile::WriteOwner | QFile::ExeOwner |
+                                                   QFile::ReadOther | QFile::ExeOther));
+    const QByteArray savedHome = qgetenv("XDG_DATA_HOME");
+    qputenv("XDG_DATA_HOME", home.path().toLocal8Bit());
+    const QString path = PreferencesUtils::preferencesPath();
+    UserPreferences p = prefs()->getUserPreferences();
+    p.dpiValue = 1;
+    p.saveCustomerName = QStringLiteral("Zorvane");
+    prefs()->setUserPreferences(p);
+    const QByteArray before = fileText(path);
+    const QStringList files = filesBeside(path);
+    QVERIFY(before.contains("dpiValue=1"));
+    QSignalSpy spy(prefs(), &PreferencesUtils::signalPreferencesChange);
+
+    // A folder that cannot be written in.
+    p.dpiValue = 2;
+    {
+        ReadOnlyFolder readOnly(path);
+        QTest::ignoreMessage(QtWarningMsg,
+                             QRegularExpression(QStringLiteral("cannot write .* left as it was")));
+        prefs()->setUserPreferences(p);
+    }
+    QCOMPARE(fileText(path), before);
+    QCOMPARE(spy.size(), 1);
+    QCOMPARE(spy.at(0).at(0).value<UserPreferences>().dpiValue, 2);  // the holders keep the choice
+
+    // A disk that fills in the middle of the write: files may not grow past 64 bytes.
+    p.dpiValue = 3;
+    p.saveCustomerName = QString(200, QLatin1Char('z'));
+    rlimit limit{};
+    QCOMPARE(::getrlimit(RLIMIT_FSIZE, &limit), 0);
+    const rlimit saved = limit;
+    limit.rlim_cur = 64;
+    const auto previousHandler = std::signal(SIGXFSZ, SIG_IGN);
+    QCOMPARE(::setrlimit(RLIMIT_FSIZE, &limit), 0);
+    QTest::ignoreMessage(QtWarningMsg, QRegularExpression(QStringLiteral("cannot write .* left as it was")));
+    prefs()->setUserPreferences(p);
+    QCOMPARE(::setrlimit(RLIMIT_FSIZE, &saved), 0);
+    std::signal(SIGXFSZ, previousHandler);
+    QCOMPARE(fileText(path), before);
+    QCOMPARE(filesBeside(path), files);  // no temporary file left behind
+
+    // Room again: the next save writes the user's record whole.
+    prefs()->setUserPreferences(p);
+    QCOMPARE(prefs()->getUserPreferences().saveCustomerName, p.saveCustomerName);
+    QCOMPARE(prefs()->getUserPreferences().dpiValue, 3);
+    qputenv("XDG_DATA_HOME", savedHome);
+}
+
+void TestPreferences::corruptFilesAreKeptAside()
+{
+    const QString path = PreferencesUtils::preferencesPath();
+    auto write = [](const QString& file, const QByteArray& bytes) {
+        QFile f(file);
+        return f.open(QIODevice::WriteOnly) && f.write(bytes) == bytes.size();
+    };
+    auto asideCopies = [&path] {
+        return filesBeside(path).filter(QFileInfo(path).fileName() + QStringLiteral(".corrupt-"));
+    };
+    // Lines Qt cannot read as INI; then what a crash leaves: blocks of NUL bytes.
+    const QByteArray garbage = "[config]\nworkTime=3600000\n\xff\xfe garbage [[[\n[config\nrestRemind";
+    const QByteArray zeros(4096, '\0');
+    for (const QByteArray& bytes : {garbage, zeros}) {
+        QVERIFY(write(path, bytes));
+        QTest::ignoreMessage(QtWarningMsg, QRegularExpression(QStringLiteral("kept as .*corrupt-")));
+        QCOMPARE(prefs()->getUserPreferences().workTime, 7200000);
+        QVERIFY(!QFile::exists(path));
+        QCOMPARE(fileText(QFileInfo(path).dir().filePath(asideCopies().last())), bytes);
+    }
+    // A save after that makes a fresh file; so does one that meets a corrupt file first.
+    UserPreferences p = prefs()->getUserPreferences();
+    p.dpiValue = 1;
+    QVERIFY(write(path, garbage));
+    QTest::ignoreMessage(QtWarningMsg, QRegularExpression(QStringLiteral("kept as")));
+    prefs()->setUserPreferences(p);
+    QVERIFY(!fileText(path).contains("garbage"));
+    QCOMPARE(prefs()->getUserPreferences().dpiValue, 1);
+
+    // The habits likewise, and a file that keeps breaking keeps only the newest copies.
+    QVERIFY(write(PreferencesUtils::habitPath(), garbage));
+    QTest::ignoreMessage(QtWarningMsg, QRegularExpression(QStringLiteral("user_habit_ini is no INI file")));
+    QCOMPARE(prefs()->getUserHabitList().size(), 1);
+    for (int i = 0; i < 2; ++i) {
+        QVERIFY(write(path, zeros));
+        QTest::ignoreMessage(QtWarningMsg, QRegularExpression(QStringLiteral("kept as")));
+        prefs()->getUserPreferences();
+    }
+    QCOMPARE(asideCopies().size(), FileAside::kKeptCopies);
 }
 
 QTEST_GUILESS_MAIN(TestPreferences)

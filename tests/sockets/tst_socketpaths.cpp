@@ -1,4 +1,5 @@
 #include "Hid/VirtualDeviceConnection.h"
+#include "Utils/PeerCredentials.h"
 
 #include <QDir>
 #include <QElapsedTimer>
@@ -8,8 +9,16 @@
 #include <QTemporaryDir>
 #include <QtTest>
 
+#include <grp.h>
+#include <sys/socket.h>
+#include <sys/un.h>
+#include <sys/wait.h>
+#include <unistd.h>
+#include <csignal>
+
 // Each user of a Unix socket refuses a path over 107 bytes with a message that names the
-// path and the limit, instead of an error that says nothing about why.
+// path and the limit, instead of an error that says nothing about why; and talks only to
+// processes of its own user.
 class TestSocketPaths : public QObject {
     Q_OBJECT
 
@@ -18,6 +27,7 @@ private slots:
     void simulatorRefusesToListen();
     void deviceConnectionRefusesOnceAndLogsOnce();
     void singleInstanceGuardSaysWhyItIsOff();
+    void peersOfAnotherUserAreTurnedAway();
 
 private:
     // A message naming this path and the limit.
@@ -98,6 +108,57 @@ void TestSocketPaths::singleInstanceGuardSaysWhyItIsOff()
     app.waitForFinished();
     QVERIFY2(expected.match(text).hasMatch(), qPrintable(text));
     QVERIFY(stillRunning);
+}
+
+void TestSocketPaths::peersOfAnotherUserAreTurnedAway()
+{
+    // The kernel's word on the peer: this user at both ends of a pair, nobody at the end of a
+    // pipe or of no descriptor at all.
+    int pair[2];
+    int pipeEnds[2];
+    QCOMPARE(::socketpair(AF_UNIX, SOCK_STREAM, 0, pair), 0);
+    QCOMPARE(::pipe(pipeEnds), 0);
+    QCOMPARE(PeerCredentials::peerUid(pair[0]), qint64(::geteuid()));
+    QVERIFY(PeerCredentials::isSameUser(pair[1]));
+    QCOMPARE(PeerCredentials::peerUid(pipeEnds[0]), qint64(-1));
+    QVERIFY(!PeerCredentials::isSameUser(pipeEnds[0]));
+    QVERIFY(!PeerCredentials::isSameUser(-1));
+    for (int fd : {pair[0], pair[1], pipeEnds[0], pipeEnds[1]}) {
+        ::close(fd);
+    }
+
+    // A virtual device that another user listens with. Only root can be another user here.
+    if (::geteuid() != 0) {
+        QSKIP("a listener of another user needs root to make");
+    }
+    QTemporaryDir shared;
+    QVERIFY(QFile::setPermissions(shared.path(), QFile::ReadOwner | QFile::WriteOwner | QFile::ExeOwner |
+                                                     QFile::ReadOther | QFile::WriteOther | QFile::ExeOther));
+    const QString path = shared.filePath(QStringLiteral("mouse-sim"));
+    const QByteArray bytes = QFile::encodeName(path);
+    const pid_t child = ::fork();
+    if (child == 0) {
+        sockaddr_un address{};
+        address.sun_family = AF_UNIX;
+        qstrncpy(address.sun_path, bytes.constData(), sizeof(address.sun_path));
+        const int fd = ::socket(AF_UNIX, SOCK_STREAM, 0);
+        if (::setgroups(0, nullptr) != 0 || ::setgid(65534) != 0 || ::setuid(65534) != 0 ||
+            ::bind(fd, reinterpret_cast<sockaddr*>(&address), sizeof(address)) != 0 || ::listen(fd, 4) != 0) {
+            ::_exit(1);
+        }
+        ::sleep(30);
+        ::_exit(0);
+    }
+    QVERIFY(child > 0);
+    QTRY_VERIFY(QFile::exists(path));
+    VirtualDeviceConnection connection(
+        path, [](int, const QByteArray&) {}, [] {});
+    QTest::ignoreMessage(QtWarningMsg,
+                         QRegularExpression(QStringLiteral("belongs to user 65534 - not ours")));
+    const bool connected = connection.ensureConnected();
+    ::kill(child, SIGKILL);
+    ::waitpid(child, nullptr, 0);
+    QVERIFY(!connected);
 }
 
 QTEST_GUILESS_MAIN(TestSocketPaths)

@@ -51,6 +51,7 @@ private slots:
     void silenceBlockOncePerSentence();
     void stopSkipAndEnds();
     void unreachableGatewayIsANotice();
+    void endlessLineClosesTheConnection();
 };
 
 void TestBaiduSpeech::selectionRules()
@@ -264,6 +265,25 @@ void TestBaiduSpeech::unreachableGatewayIsANotice()
     QCOMPARE(sink.notices, QStringList({QStringLiteral("无法连接到服务!")}));
     QVERIFY(speech.isRunning());
     Notice::setSink(nullptr);
+}
+
+void TestBaiduSpeech::endlessLineClosesTheConnection()
+{
+    FakeSpeechGateway gateway;
+    QVERIFY(gateway.start({5, 2}));
+    BaiduSpeech speech(nullptr, QStringLiteral("127.0.0.1"), gateway.controlPort());
+    QSignalSpy error(&speech, &BaiduSpeech::signalError);
+    speech.start(1537);
+    QTRY_VERIFY(!gateway.frames.isEmpty());
+    QTest::ignoreMessage(QtWarningMsg, QRegularExpression(QStringLiteral("a line of over 65536 bytes")));
+    // A line that never ends, written in pieces: the client hangs up once it passes the limit.
+    const QByteArray piece(8 * 1024, 'x');
+    int written = 0;
+    QTRY_VERIFY_WITH_TIMEOUT(!gateway.sendRaw(piece) || (++written, false), 10000);
+    QVERIFY2(written * piece.size() <= ElvUtil::kMaxLineBytes + 4 * piece.size(),
+             qPrintable(QString::number(written)));
+    QTRY_COMPARE(error.size(), 1);
+    QCOMPARE(error.at(0).at(0).toInt(), 404);
 }
 
 QTEST_GUILESS_MAIN(TestBaiduSpeech)

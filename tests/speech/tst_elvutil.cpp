@@ -45,12 +45,28 @@ void TestElvUtil::serverListAndSocketLines()
     QCOMPARE(servers.at(2).port, 0);
     QCOMPARE(servers.at(3).count, 0);
     QVERIFY(ElvUtil::parseServerList("not json").isEmpty());
+    // Past its limits, a list is dropped whole.
+    QByteArray many = "[";
+    for (int i = 0; i <= ElvUtil::kMaxServers; ++i) {
+        many += "{\"port\":8001,\"count\":1},";
+    }
+    many.chop(1);
+    QTest::ignoreMessage(QtWarningMsg, QRegularExpression(QStringLiteral("257 servers is over the limit")));
+    QVERIFY(ElvUtil::parseServerList(many + "]").isEmpty());
+    QTest::ignoreMessage(QtWarningMsg,
+                         QRegularExpression(QStringLiteral("bytes is over the limit of 65536")));
+    QVERIFY(ElvUtil::parseServerList(R"([{"port":8001,"count":1}])" + QByteArray(70000, ' ')).isEmpty());
 
     const QByteArray lines =
         "{\"type\":56,\"code\":1}\n\n"
         "{\"type\":51,\"data\":\"{\\\"results_recognition\\\":[\\\"你好\\\",\\\"你号\\\"]}\",\"ack\":4}\n"
         "garbage\n"
+        "{\"type\":57,\"data\":\"" +
+        QByteArray(ElvUtil::kMaxLineBytes, 'x') +
+        "\"}\n"
         "{\"type\":54,\"code\":-3001}";
+    QTest::ignoreMessage(QtWarningMsg,
+                         QRegularExpression(QStringLiteral("line of \\d+ bytes is over the limit")));
     const QList<SocketMessage> messages = ElvUtil::parseSocketMessages(lines);
     QCOMPARE(messages.size(), 3);
     QCOMPARE(messages.at(0).type, int(ElvUtil::ON_PARAMS_ACK));

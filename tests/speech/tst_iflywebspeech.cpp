@@ -89,6 +89,7 @@ private slots:
     void renewalAfter45Seconds();
     void stopBetweenRenewedConnections();
     void idleStopAndVolume();
+    void oversizeReplyClosesTheConnection();
 
 private:
     // Runs a session into a renewal whose last reply has just come.
@@ -286,6 +287,24 @@ void TestIFlyWebSpeech::idleStopAndVolume()
     QVERIFY(!speech.isRunning());
     QTRY_COMPARE(fake.frames.size(), 2);  // the audio, then the end frame
     QCOMPARE(status(fake.frames.last()), 2);
+}
+
+void TestIFlyWebSpeech::oversizeReplyClosesTheConnection()
+{
+    FakeDictation fake;
+    IFlyWebSpeech speech(nullptr, fake.service(), [] { return 1; });
+    QSignalSpy flush(&speech, &IFlyWebSpeech::signalFlushResult);
+    QSignalSpy error(&speech, &IFlyWebSpeech::signalError);
+    speech.start(QStringLiteral("zh_cn"), QStringLiteral("mandarin"), 0);
+    QTRY_VERIFY(fake.client != nullptr);
+    QTRY_VERIFY(fake.client->state() == QAbstractSocket::ConnectedState);
+    QSignalSpy gone(fake.client, &QWebSocket::disconnected);
+    QTest::ignoreMessage(QtWarningMsg, QRegularExpression(QStringLiteral("a reply over 262144 bytes")));
+    fake.send(reply({QString(300 * 1024, QLatin1Char('x'))}, QStringLiteral("apd")));
+    QTRY_COMPARE(error.size(), 1);
+    QCOMPARE(error.at(0).at(0).toInt(), int(QWebSocketProtocol::CloseCodeTooMuchData));
+    QTRY_COMPARE(gone.size(), 1);
+    QCOMPARE(flush.size(), 0);
 }
 
 QTEST_GUILESS_MAIN(TestIFlyWebSpeech)

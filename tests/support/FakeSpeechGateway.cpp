@@ -109,6 +109,15 @@ void FakeSpeechGateway::sendEvent(int type, int code, const QString& data)
     mClient->write(QJsonDocument(line).toJson(QJsonDocument::Compact) + '\n');
 }
 
+bool FakeSpeechGateway::sendRaw(const QByteArray& bytes)
+{
+    if (mClient == nullptr || mClient->state() != QAbstractSocket::ConnectedState) {
+        return false;
+    }
+    mClient->write(bytes);
+    return true;
+}
+
 QString FakeSpeechGateway::result(const QString& text)
 {
     return QString::fromUtf8(

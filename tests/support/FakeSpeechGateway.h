@@ -36,6 +36,8 @@ public:
 
     // A line to the client on the SDK port it is connected to.
     void sendEvent(int type, int code = 0, const QString& data = QString());
+    // Bytes as they are, on the same socket; false once the client has gone.
+    bool sendRaw(const QByteArray& bytes);
     static QString result(const QString& text);
 
 private:

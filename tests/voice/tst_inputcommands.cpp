@@ -4,6 +4,7 @@
 #include "WidgetPresenter/InputPresenter.h"
 #include "WidgetPresenter/LocalCommandTable.h"
 
+#include <QTemporaryDir>
 #include <QtTest>
 
 namespace {
@@ -52,9 +53,12 @@ private slots:
     void intentModels_data();
     void intentModels();
     void habitSavedBeforeUse();
+    void backendOpensOnlyWebPagesAndInstalledApplications();
     void rewrite();
 
 private:
+    // A launchable desktop entry in the user's applications folder; its path.
+    static QString installEntry(const QString& name);
     std::unique_ptr<InputPresenterRig> mRig;
 };
 
@@ -208,8 +212,8 @@ void TestInputCommands::chordReplay()
 
 void TestInputCommands::intentCategories()
 {
-    mRig->presenter->handleIntent(
-        intent(19, 0, 0, 0, QStringLiteral("/usr/bin/gnome-calculator"), QString(), QString()));
+    const QString entry = installEntry(QStringLiteral("zorvane-calc.desktop"));
+    mRig->presenter->handleIntent(intent(19, 0, 0, 0, entry, QString(), QString()));
     mRig->presenter->handleIntent(intent(21, 0, 0, 0, QString(), QString(), QString()));
     mRig->presenter->handleIntent(intent(23, 0, 1, 1, QString(),
                                          QStringLiteral("https://t.example/?f=*from*&t=*to*&d=*date*"),
@@ -221,7 +225,7 @@ void TestInputCommands::intentCategories()
     mRig->presenter->handleIntent(
         intent(0, 2, 1, 1, QString(), QStringLiteral("https://s.example/*"), QStringLiteral("x")));
     QCOMPARE(mRig->launcher.log,
-             QStringList({QStringLiteral("path /usr/bin/gnome-calculator"),
+             QStringList({QStringLiteral("path ") + entry,
                           QStringLiteral("url https://t.example/?f=北京&t=上海&d=明天")}));
     QCOMPARE(
         mRig->view.calls,
@@ -302,6 +306,59 @@ void TestInputCommands::habitSavedBeforeUse()
     QCOMPARE(mRig->presenter->userHabits().value(6).searchUrl, QStringLiteral("https://shop.example/k=*"));
     QCOMPARE(PreferencesUtils::getInstance()->getUserHabitList().value(6).website,
              QStringLiteral("https://shop.example"));
+}
+
+QString TestInputCommands::installEntry(const QString& name)
+{
+    const QString folder = QStandardPaths::writableLocation(QStandardPaths::ApplicationsLocation);
+    QDir().mkpath(folder);
+    QFile file(folder + QLatin1Char('/') + name);
+    if (file.open(QIODevice::WriteOnly)) {
+        file.write("[Desktop Entry]\nType=Application\nName=Calc\nExec=/bin/true\n");
+    }
+    return file.fileName();
+}
+
+void TestInputCommands::backendOpensOnlyWebPagesAndInstalledApplications()
+{
+    // Addresses that are no web page, as a site, a search, a ticket query and a stored habit.
+    const QStringList notWeb = {QStringLiteral("file:///etc/passwd"), QStringLiteral("javascript:alert(1)"),
+                                QStringLiteral("x-zorvane-handler://run?a=1"),
+                                QStringLiteral("relative/junk"), QStringLiteral("http:/no-host")};
+    for (const QString& address : notWeb) {
+        QTest::ignoreMessage(QtWarningMsg, QRegularExpression(QStringLiteral("no web page, not opened")));
+        mRig->presenter->handleIntent(intent(5, 1, 0, 0, address, QString(), QString()));
+    }
+    QTest::ignoreMessage(QtWarningMsg, QRegularExpression(QStringLiteral("no web page, not opened")));
+    mRig->presenter->handleIntent(
+        intent(5, 2, 1, 1, QString(), QStringLiteral("file:///home/*"), QStringLiteral("u")));
+    QTest::ignoreMessage(QtWarningMsg, QRegularExpression(QStringLiteral("no web page, not opened")));
+    mRig->presenter->handleIntent(intent(23, 0, 1, 1, QString(), QStringLiteral("smb://*from*/*to*/*date*"),
+                                         QStringLiteral("a#,#b#,#c")));
+    QTest::ignoreMessage(QtWarningMsg, QRegularExpression(QStringLiteral("no web page, not opened")));
+    mRig->presenter->handleIntent(intent(7, 3, 0, 0, QStringLiteral("file:///tmp/x.sh"),
+                                         QStringLiteral("file:///tmp/*"), QString(), 1));
+    QTest::ignoreMessage(QtWarningMsg, QRegularExpression(QStringLiteral("no web page, not opened")));
+    mRig->presenter->handleIntent(
+        intent(7, 1, 0, 0, QStringLiteral("https://r.example"), QString(), QString()));
+
+    // Programs: a bare executable, an entry outside the applications folders, and a link in
+    // them that leads out.
+    QTemporaryDir elsewhere;
+    const QString outside = elsewhere.filePath(QStringLiteral("evil.desktop"));
+    QVERIFY(QFile::copy(installEntry(QStringLiteral("zorvane-copy.desktop")), outside));
+    const QString link = QFileInfo(installEntry(QStringLiteral("zorvane-x.desktop"))).path() +
+                         QStringLiteral("/zorvane-link.desktop");
+    QVERIFY(QFile::link(outside, link));
+    for (const QString& program : {QStringLiteral("/bin/sh"), outside, link}) {
+        QTest::ignoreMessage(QtWarningMsg, QRegularExpression(QStringLiteral("no installed application")));
+        mRig->presenter->handleIntent(intent(20, 0, 0, 0, program, QString(), QString()));
+    }
+    QCOMPARE(mRig->launcher.log, QStringList());
+    // Web pages still open, whatever the case of their scheme.
+    mRig->presenter->handleIntent(
+        intent(5, 1, 0, 0, QStringLiteral("HTTPS://ok.example/a"), QString(), QString()));
+    QCOMPARE(mRig->launcher.log, QStringList{QStringLiteral("url https://ok.example/a")});
 }
 
 void TestInputCommands::rewrite()
