@@ -13,14 +13,15 @@ const QSize kTranslateWindowSize(456, 361);
 const QPoint kToolbarTranslate(49, 16);
 const QPoint kToolbarRead(87, 16);
 const QPoint kTranslateWindowClose(435, 67);
+const QByteArray kDamagedPreferences("[config\x01\xff\xfe\nrecognitionLanguage=\x80\x81\n");
 
 }  // namespace
 
 // The outside world failing under the real program: the speech gateway refusing, erring, going
-// silent or killed mid-session, the backend, translation and synthesis failing. The program
-// stays up, the session ends cleanly, the user's text is never touched by a failed session, the
-// next session works once the fault is gone, and the user's preferences and command words are
-// exactly as before.
+// silent or killed mid-session, the backend, translation and synthesis failing, the user's
+// files found damaged. The program stays up, the session ends cleanly, the user's text is never
+// touched by a failed session, the next session works once the fault is gone, and the user's
+// preferences and command words are exactly as before.
 class TestFaults : public QObject {
     Q_OBJECT
 
@@ -35,6 +36,7 @@ private slots:
     void translationAndSynthesisFailing();
     void gatewayKilledMidSessionThenBack();
     void silentGatewayEndsTheSession();
+    void corruptFilesDoNotStopTheProgram();
 
 private:
     // A dictation that must type nothing: the panel comes and goes, the client keeps its text.
@@ -241,6 +243,45 @@ void TestFaults::silentGatewayEndsTheSession()
     QVERIFY(programLog().contains(QLatin1String("no parameter acknowledgement")));
     QVERIFY2(mRig.restartServices({}, &failure), qPrintable(failure));
     dictateTheSentence();
+}
+
+void TestFaults::corruptFilesDoNotStopTheProgram()
+{
+    // The program ends; the preferences and the command words are found damaged at the next
+    // start, as after a disk fault.
+    QVERIFY(mRig.stopProgram());
+    QFile preferences(preferencesPath());
+    QVERIFY(preferences.open(QIODevice::ReadOnly));
+    const QByteArray goodPreferences = preferences.readAll();
+    preferences.close();
+    QFile words(commandWordsPath());
+    QVERIFY(words.open(QIODevice::ReadOnly));
+    const QByteArray goodWords = words.readAll();
+    words.close();
+    // A database's header with nothing sound behind it.
+    const QByteArray damagedWords = QByteArray("SQLite format 3\0", 16) + QByteArray(3000, '\xa5');
+    QVERIFY(writeFile(preferencesPath(), kDamagedPreferences));
+    QVERIFY(writeFile(commandWordsPath(), damagedWords));
+
+    QVERIFY(mRig.startProgramOnReceiver());
+    dictateTheSentence();
+    // What was damaged is kept for the user to look at, beside the fresh files.
+    QStringList kept;
+    for (const QFileInfo& file : QDir(dataFolder()).entryInfoList(QDir::Files)) {
+        QFile damaged(file.filePath());
+        const QByteArray content = damaged.open(QIODevice::ReadOnly) ? damaged.readAll() : QByteArray();
+        if (file.filePath() != preferencesPath() && file.filePath() != commandWordsPath() &&
+            (content == kDamagedPreferences || content == damagedWords)) {
+            kept << file.fileName();
+        }
+    }
+    QVERIFY2(kept.size() == 2, qPrintable(QDir(dataFolder()).entryList(QDir::Files).join(QLatin1Char(' '))));
+
+    // The good files back, for the cases after this one and for the comparison of the user's data.
+    QVERIFY(mRig.stopProgram());
+    QVERIFY(writeFile(preferencesPath(), goodPreferences));
+    QVERIFY(writeFile(commandWordsPath(), goodWords));
+    QVERIFY(mRig.startProgramOnReceiver());
 }
 
 QTEST_MAIN(TestFaults)
