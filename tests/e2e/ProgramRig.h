@@ -164,6 +164,21 @@ public:
         return found;
     }
 
+    // Whether the user's data is as it was, but for the keys touched; the changes are told. The
+    // first failing case also tells how the program stood.
+    bool nothingLost(const UserData& before, const QStringList& touched = {})
+    {
+        const QStringList changed = UserData::read().changedFrom(before, touched);
+        if (!changed.isEmpty()) {
+            qWarning().noquote() << "changed:" << changed;
+        }
+        if (QTest::currentTestFailed() && !mToldWhy) {
+            mToldWhy = true;
+            tellWhy();
+        }
+        return changed.isEmpty();
+    }
+
     // What a failing case shows: how the program stood and what it printed last.
     void tellWhy()
     {
@@ -189,6 +204,7 @@ private:
     QString mScript;
     QString mUploads;
     QString mSocketPath;
+    bool mToldWhy = false;
 };
 
 }  // namespace E2e

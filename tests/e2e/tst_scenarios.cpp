@@ -56,7 +56,6 @@ private:
     QProcess mBus;
     FakeNotifications mNotifications;
     UserData mBefore;
-    bool mToldWhy = false;
 };
 
 void TestScenarios::initTestCase()
@@ -119,15 +118,7 @@ void TestScenarios::init()
 // Nothing the scenario did not ask for changed on disk.
 void TestScenarios::cleanup()
 {
-    const QStringList changed = UserData::read().changedFrom(mBefore);
-    if (!changed.isEmpty()) {
-        qWarning().noquote() << "changed:" << changed;
-    }
-    if (QTest::currentTestFailed() && !mToldWhy) {
-        mToldWhy = true;
-        mRig.tellWhy();
-    }
-    QVERIFY(changed.isEmpty());
+    QVERIFY(mRig.nothingLost(mBefore));
 }
 
 QList<FakeNotifications::Call> TestScenarios::callsStartingWith(const QString& summary) const

@@ -1,6 +1,7 @@
 #include "MicrophoneSource.h"
 
 #include "MouseWindowLogging.h"
+#include "Recorder/QtAudioSource.h"
 
 #include <QAudioInput>
 
@@ -8,18 +9,6 @@ namespace {
 
 // 100 ms of audio: short enough that speech follows the press closely.
 constexpr int kBufferBytes = 3200;
-
-QAudioFormat receiverFormat()
-{
-    QAudioFormat format;
-    format.setSampleRate(16000);
-    format.setChannelCount(1);
-    format.setSampleSize(16);
-    format.setSampleType(QAudioFormat::SignedInt);
-    format.setByteOrder(QAudioFormat::LittleEndian);
-    format.setCodec(QStringLiteral("audio/pcm"));
-    return format;
-}
 
 }  // namespace
 
@@ -50,13 +39,13 @@ bool MicrophoneSource::start()
         qCWarning(lcMouseWindow) << "no default audio input";
         return false;
     }
-    if (!device.isFormatSupported(receiverFormat())) {
+    if (!device.isFormatSupported(QtAudioSource::buildAudioFormat())) {
         mProblem =
             QStringLiteral("the microphone %1 does not record 16 kHz mono 16-bit").arg(device.deviceName());
         qCWarning(lcMouseWindow) << "format refused by" << device.deviceName();
         return false;
     }
-    mInput = new QAudioInput(device, receiverFormat(), this);
+    mInput = new QAudioInput(device, QtAudioSource::buildAudioFormat(), this);
     mInput->setBufferSize(kBufferBytes);
     connect(mInput, &QAudioInput::stateChanged, this, &MicrophoneSource::onStateChanged);
     mCapture = mInput->start();
