@@ -551,6 +551,11 @@ void InputPresenter::stopListening(bool hard, bool muteMic)
     if (muteMic) {
         mInputView->setMicStatus(false);
     }
+    if (mStatus.recogniserFailed) {
+        // A failed recogniser may never end the session itself: it closes from here.
+        mStatus.recogniserFailed = false;
+        startDelayHide();
+    }
 }
 
 void InputPresenter::stopVoiceCommand()

@@ -28,14 +28,15 @@ class SpeechSynthesisUtils;
 
 // The session record of one voice key press, cleared whole by clearStatus().
 struct InputStatus {
-    bool isRunning = false;    // a session is open; results are ignored while false
-    int type = 0;              // 0 voice command, 1 dictation, 2 voice translation
-    bool isListening = false;  // the session still wants audio
-    bool isRecogning = false;  // a recogniser was started and no stop was issued
-    bool isGetResult = false;  // at least one partial or final result was seen
-    bool isAnalyzing = false;  // a semantic query is in flight
-    int volume = 0;            // last recogniser volume, 0 to 12
-    int silentCount = 0;       // consecutive volume reports below 2
+    bool isRunning = false;         // a session is open; results are ignored while false
+    int type = 0;                   // 0 voice command, 1 dictation, 2 voice translation
+    bool isListening = false;       // the session still wants audio
+    bool isRecogning = false;       // a recogniser was started and no stop was issued
+    bool isGetResult = false;       // at least one partial or final result was seen
+    bool isAnalyzing = false;       // a semantic query is in flight
+    int volume = 0;                 // last recogniser volume, 0 to 12
+    int silentCount = 0;            // consecutive volume reports below 2
+    bool recogniserFailed = false;  // an error came while listening went on: close when it stops
 };
 
 // The voice session logic behind the floating panels: turns the voice keys into sessions

@@ -305,5 +305,7 @@ void InputPresenter::onRecError(int code, QString msg)
         default:
             break;
     }
+    // The minimum listening time may hold the stop back; the session closes once it stops.
+    mStatus.recogniserFailed = mStatus.isListening;
     startDelayHide();
 }

@@ -424,6 +424,22 @@ void TestInputSession::delayedHideAndClosePanelTimer()
     presenter()->onRecError(3, QStringLiteral("无法连接到服务!"));
     QVERIFY(mRig->baidu->isRunning());  // the minimum listening time holds the soft stop
     QCOMPARE(presenter()->timer(P::TimerDelayHide).interval(), 2000);
+
+    // An error within the minimum listening time, from a recogniser that then never ends (a
+    // dictation service that hung up): once the key is let go the panel closes all the same.
+    presenter()->onKeyEvent(6, 1);
+    view().answers[QStringLiteral("isHiddenFocusView")] = false;
+    view().answers[QStringLiteral("isFoMouseEnter")] = false;
+    view().answers[QStringLiteral("getCurrentFocusViewStatus")] = 0;
+    presenter()->onRecError(1, QString());
+    expire(P::TimerDelayHide);  // still listening: nothing yet
+    QVERIFY(!presenter()->timer(P::TimerDelayHide).isActive());
+    presenter()->onKeyEvent(6, 0);
+    verdict();
+    QVERIFY(presenter()->timer(P::TimerDelayHide).isActive());
+    view().takeCalls();
+    expire(P::TimerDelayHide);
+    QVERIFY(view().calls.contains(QStringLiteral("toHideFocusView()")));
 }
 
 void TestInputSession::engineChoice_data()
