@@ -1,5 +1,7 @@
 #include "ProgramRig.h"
 
+#include <csignal>
+
 using namespace E2e;
 
 namespace {
@@ -13,6 +15,9 @@ const QSize kTranslateWindowSize(456, 361);
 const QPoint kToolbarTranslate(49, 16);
 const QPoint kToolbarRead(87, 16);
 const QPoint kTranslateWindowClose(435, 67);
+// The console's navigation and, on its settings page, the daily phrase switch.
+const QPoint kNavAppSettings(92, 202);
+const QPoint kDailyPhraseSwitch(802, 365);
 const QByteArray kDamagedPreferences("[config\x01\xff\xfe\nrecognitionLanguage=\x80\x81\n");
 
 }  // namespace
@@ -36,6 +41,8 @@ private slots:
     void translationAndSynthesisFailing();
     void gatewayKilledMidSessionThenBack();
     void silentGatewayEndsTheSession();
+    void dictationSocketDroppedMidSentence();
+    void killedWhileSavingKeepsAWholeFile();
     void corruptFilesDoNotStopTheProgram();
 
 private:
@@ -157,6 +164,14 @@ void TestFaults::backendFailingLeavesTheCommandAFace()
         QVERIFY(!visibleWindows(ProgramRig::ourWindows(), kStripSize).isEmpty());
         QCOMPARE(mRig.client->text(), before);
     }
+    // A backend that answers after the program's time limit (8 s): the same, once it is past.
+    QVERIFY(mRig.setFault(QStringLiteral("backend:off")));
+    QVERIFY(mRig.setFault(QStringLiteral("backend:delay=10000")));
+    const int timeouts = programLog().count(QLatin1String("http timeout:"));
+    QVERIFY(mRig.speak(5));
+    QVERIFY(QTest::qWaitFor([&] { return programLog().count(QLatin1String("http timeout:")) > timeouts; },
+                            10000));
+    QCOMPARE(mRig.client->text(), before);
     QVERIFY(mRig.setFault(QStringLiteral("backend:off")));
     // The next press clears the strip: a dictation works as ever.
     dictateTheSentence();
@@ -234,6 +249,79 @@ void TestFaults::silentGatewayEndsTheSession()
     QVERIFY(programLog().contains(QLatin1String("no parameter acknowledgement")));
     QVERIFY2(mRig.restartServices({}, &failure), qPrintable(failure));
     dictateTheSentence();
+}
+
+// The mouse of a customer whose dictation goes to the web socket service; that service hangs
+// up after its first result.
+void TestFaults::dictationSocketDroppedMidSentence()
+{
+    const auto switchMouse = [this](const QByteArray& customer) {
+        mRig.sim->command("unplug");
+        QVERIFY(mRig.sim->waitForLine(QStringLiteral("closed"), kWindowMs));
+        mRig.sim->command("set customer " + customer);
+        mRig.sim->command("plug");
+        QVERIFY(mRig.sim->waitForLine(QStringLiteral("open"), ProgramRig::kStartMs));
+        QVERIFY(mRig.sim->waitForLine(out(DeviceMessage::getSoundEffect()), ProgramRig::kStartMs));
+        QVERIFY(waitForNoWindow(ProgramRig::ourWindows(), QSize(336, 72)));  // the plug strip
+    };
+    switchMouse("0D0E0F");
+    QVERIFY(mRig.setFault(QStringLiteral("ifly:close")));
+    mRig.client->activateAtEnd();
+    const QString before = mRig.client->text();
+    const int sessions = mRig.services->output().count(QLatin1String("ifly: "));
+    QVERIFY(mRig.speak(6));
+    QVERIFY(QTest::qWaitFor([&] { return mRig.services->output().count(QLatin1String("ifly: ")) > sessions; },
+                            kWindowMs));
+    QVERIFY(panelsGone());
+    // What came before the cut stays; nothing else came, and the program goes on.
+    const QString after = mRig.client->text();
+    QVERIFY(after.startsWith(before));
+    QVERIFY(kSentence.startsWith(after.mid(before.size())));
+    QVERIFY(mRig.setFault(QStringLiteral("ifly:off")));
+    mRig.client->activateAtEnd();
+    const QString cut = mRig.client->text();
+    QVERIFY(mRig.speak(6));
+    QVERIFY(mRig.client->waitForText(cut + kSentence));
+    switchMouse("0A0B0C");
+}
+
+// Killed at once after a setting was changed, again and again: the preferences are always a
+// whole file, with the old value or the new one, never a half-written one.
+void TestFaults::killedWhileSavingKeepsAWholeFile()
+{
+    for (int round = 0; round < 3; ++round) {
+        const UserData before = UserData::read();
+        const QString console = mRig.showConsole();
+        QVERIFY(!console.isEmpty());
+        clickAt(console, kNavAppSettings);
+        clickAt(console, kDailyPhraseSwitch);
+        QTest::qWait(round * 15);
+        ::kill(static_cast<pid_t>(mRig.program->process().processId()), SIGKILL);
+        QVERIFY(mRig.program->process().waitForFinished(5000));
+        mRig.program.reset();
+        QVERIFY(mRig.sim->waitForLine(QStringLiteral("closed"), kWindowMs));
+        QSettings written(preferencesPath(), QSettings::IniFormat);
+        QCOMPARE(written.status(), QSettings::NoError);
+        QVERIFY2(mRig.nothingLost(before, {QStringLiteral("calendarPhrases")}),
+                 qPrintable(QString::number(round)));
+        // No half-written file left beside it either (the damaged ones of another case aside).
+        const QStringList beside = QDir(dataFolder())
+                                       .entryList({QStringLiteral("preferences.ini?*")}, QDir::Files)
+                                       .filter(QRegularExpression(QStringLiteral("^(?!.*corrupt)")));
+        QVERIFY2(beside.isEmpty(), qPrintable(beside.join(QLatin1Char(' '))));
+        QVERIFY(mRig.startProgramOnReceiver());
+    }
+    // The switch back where it was, for the comparison after the case.
+    QVERIFY(mRig.stopProgram());
+    const QString key = QStringLiteral("preferences.ini:config/calendarPhrases");
+    QSettings preferences(preferencesPath(), QSettings::IniFormat);
+    if (mBefore.values.contains(key)) {
+        preferences.setValue(QStringLiteral("config/calendarPhrases"), mBefore.values.value(key));
+    } else {
+        preferences.remove(QStringLiteral("config/calendarPhrases"));
+    }
+    preferences.sync();
+    QVERIFY(mRig.startProgramOnReceiver());
 }
 
 void TestFaults::corruptFilesDoNotStopTheProgram()
