@@ -5,6 +5,7 @@
 #include "Utils/AppConfig.h"
 #include "Utils/Logging.h"
 #include "Utils/Notice.h"
+#include "Utils/Trace.h"
 
 #include <QTcpSocket>
 #include <QUuid>
@@ -214,8 +215,12 @@ void BaiduSpeech::onEndTimeout()
 
 void BaiduSpeech::onSDKReadyRead()
 {
+    const qint64 readAt = Trace::enabled() ? Trace::now() : 0;
     // Lines cut by a segment boundary are not put together: their halves fail to parse.
     for (const SocketMessage& message : ElvUtil::parseSocketMessages(mSDKSocket->readAll())) {
+        if (readAt != 0 && (message.type == ElvUtil::ON_FLUSH || message.type == ElvUtil::ON_FINISH)) {
+            Trace::markAt(message.type == ElvUtil::ON_FINISH ? "final-read" : "result-read", readAt);
+        }
         handleSocketMessage(message);
     }
 }
@@ -330,6 +335,7 @@ void BaiduSpeech::sendEnd()
         mAudioBuffer.clear();
     }
     sendMessage(ElvUtil::dataFinish());
+    Trace::mark("finish-sent");
 }
 
 void BaiduSpeech::stop()
