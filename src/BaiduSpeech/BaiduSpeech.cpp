@@ -42,6 +42,9 @@ BaiduSpeech::BaiduSpeech(RecordManager* recorder, const QString& host, quint16 c
     mTimerEnd.setInterval(5000);
     mTimerTail.setSingleShot(true);
     mTimerTail.setInterval(100);
+    // The audio waits here 8 ms at a time: room for a frame and its backlog, kept across
+    // sessions (emptied with resize, which keeps reserved room), so that it never grows per frame.
+    mAudioBuffer.reserve(2 * kFrameBytes);
     connect(&mTimerStart, &QTimer::timeout, this, &BaiduSpeech::onStartTimeout);
     connect(&mTimerEnd, &QTimer::timeout, this, &BaiduSpeech::onEndTimeout);
     connect(&mTimerTail, &QTimer::timeout, this, &BaiduSpeech::onTailTimeout);
@@ -120,6 +123,7 @@ void BaiduSpeech::start(int language)
     }
     mState = Running;
     mSamples.clear();
+    mSamples.reserve(kSamplesReserved);
     if (mRecordManager != nullptr) {
         mRecordManager->startRecorder();
     }
@@ -252,7 +256,7 @@ void BaiduSpeech::handleSocketMessage(const SocketMessage& message)
             }
             sendMessage(ElvUtil::endAck());
             mSDKSocket->close();
-            mAudioBuffer.clear();
+            mAudioBuffer.resize(0);
             break;
         case ElvUtil::ON_ERROR:
             if (message.code == -3001) {
@@ -311,7 +315,7 @@ void BaiduSpeech::onAudioData(QByteArray data)
 
     mAudioBuffer.append(data);
     if (sdkWritable() && mParamsAccepted && mAudioBuffer.size() >= kFrameBytes) {
-        sendMessage(ElvUtil::dataUpload(mAudioBuffer.left(kFrameBytes), kFrameBytes));
+        sendMessage(ElvUtil::dataUpload(mAudioBuffer.constData(), kFrameBytes));
         mAudioBuffer.remove(0, kFrameBytes);
     }
 }
@@ -332,7 +336,7 @@ void BaiduSpeech::sendEnd()
 {
     if (!mAudioBuffer.isEmpty()) {
         sendMessage(ElvUtil::dataUpload(mAudioBuffer, -1));
-        mAudioBuffer.clear();
+        mAudioBuffer.resize(0);
     }
     sendMessage(ElvUtil::dataFinish());
     Trace::mark("finish-sent");
@@ -359,7 +363,7 @@ void BaiduSpeech::onTailTimeout()
     mParamsAccepted = false;
     sendEnd();
     mTimerEnd.start();
-    mAudioBuffer.clear();
+    mAudioBuffer.resize(0);
 }
 
 void BaiduSpeech::skip()
@@ -371,5 +375,5 @@ void BaiduSpeech::skip()
     }
     mParamsAccepted = false;
     mTimerEnd.start();
-    mAudioBuffer.clear();
+    mAudioBuffer.resize(0);
 }
