@@ -41,6 +41,11 @@ int main(int argc, char* argv[])
     if (!platform.isEmpty()) {
         qputenv("QT_QPA_PLATFORM", platform);
     }
+    // Every window is drawn by the raster engine: without this the X11 platform loads the GL
+    // driver at start (Mesa's pulls in LLVM), tens of megabytes resident for nothing.
+    if (!qEnvironmentVariableIsSet("QT_XCB_GL_INTEGRATION")) {
+        qputenv("QT_XCB_GL_INTEGRATION", "none");
+    }
     SingleApplication app(argc, argv);
     if (app.isRunning()) {
         return 0;
