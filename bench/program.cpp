@@ -148,7 +148,9 @@ int main(int argc, char* argv[])
         }
         if (run == starts - 1) {
             closeWindow(consoleWindow());
-            QTest::qWait(settleSeconds * 1000);
+            // With no device the controller keeps counting for two minutes after its open
+            // attempt before it says "no device" for good and rests: idle starts after that.
+            QTest::qWait((settleSeconds + 140) * 1000);
             noDevice = measureIdle(program.process().processId(), idleSeconds);
         }
     }
@@ -190,6 +192,14 @@ int main(int argc, char* argv[])
     }
     const bool exact = rig.client->waitForText(expected, 10000);
     const double afterMiB = Bench::residentMiB(pid);
+    QFile status(QStringLiteral("/proc/%1/status").arg(pid));
+    if (status.open(QIODevice::ReadOnly)) {
+        for (const QByteArray& line : status.readAll().split('\n')) {
+            if (line.startsWith("Rss")) {
+                std::fprintf(stderr, "program: %s\n", line.simplified().constData());
+            }
+        }
+    }
 
     // Each result read to its first key; each release to the last text typed.
     const QList<Mark> marks = readTrace(tracePath);
