@@ -20,9 +20,12 @@ trap 'kill -CONT "${pids[@]}" 2>/dev/null; kill "${pids[@]}" 2>/dev/null; rm -rf
 mkfifo "$work/input"
 exec 5<>"$work/input"
 
+# The editor of the test tree, or the benchmark's copy in a tree built without the tests.
+editor_program=$build/tests/caret/gtk_editor
+[ -x "$editor_program" ] || editor_program=$build/bench/bench_gtk_editor
 # Starts the editor with $1 lines; returns once it says its caret is placed and focused.
 editor() {
-  "$build/tests/caret/gtk_editor" "$1" <&5 > "$work/$1" 2>/dev/null &
+  "$editor_program" "$1" <&5 > "$work/$1" 2>/dev/null &
   pids+=($!)
   for _ in $(seq 300); do grep -q ready "$work/$1" && return; sleep 0.1; done
   echo "caret_lookup.sh: the editor did not start" >&2

@@ -5,6 +5,7 @@
 #include "Utils/AppConfig.h"
 #include "Utils/Logging.h"
 #include "Utils/Notice.h"
+#include "Utils/Trace.h"
 
 #include <QTcpSocket>
 #include <QUuid>
@@ -41,6 +42,9 @@ BaiduSpeech::BaiduSpeech(RecordManager* recorder, const QString& host, quint16 c
     mTimerEnd.setInterval(5000);
     mTimerTail.setSingleShot(true);
     mTimerTail.setInterval(100);
+    // The audio waits here 8 ms at a time: room for a frame and its backlog, kept across
+    // sessions (emptied with resize, which keeps reserved room), so that it never grows per frame.
+    mAudioBuffer.reserve(2 * kFrameBytes);
     connect(&mTimerStart, &QTimer::timeout, this, &BaiduSpeech::onStartTimeout);
     connect(&mTimerEnd, &QTimer::timeout, this, &BaiduSpeech::onEndTimeout);
     connect(&mTimerTail, &QTimer::timeout, this, &BaiduSpeech::onTailTimeout);
@@ -119,6 +123,7 @@ void BaiduSpeech::start(int language)
     }
     mState = Running;
     mSamples.clear();
+    mSamples.reserve(kSamplesReserved);
     if (mRecordManager != nullptr) {
         mRecordManager->startRecorder();
     }
@@ -215,6 +220,7 @@ void BaiduSpeech::onEndTimeout()
 
 void BaiduSpeech::onSDKReadyRead()
 {
+    const qint64 readAt = Trace::enabled() ? Trace::now() : 0;
     // Lines cut by a segment boundary are not put together: their halves fail to parse.
     const QByteArray text = mSDKSocket->readAll();
     // But the length of a line is counted across reads: a gateway that never ends its line
@@ -230,6 +236,9 @@ void BaiduSpeech::onSDKReadyRead()
         return;
     }
     for (const SocketMessage& message : ElvUtil::parseSocketMessages(text)) {
+        if (readAt != 0 && (message.type == ElvUtil::ON_FLUSH || message.type == ElvUtil::ON_FINISH)) {
+            Trace::markAt(message.type == ElvUtil::ON_FINISH ? "final-read" : "result-read", readAt);
+        }
         handleSocketMessage(message);
     }
 }
@@ -261,7 +270,7 @@ void BaiduSpeech::handleSocketMessage(const SocketMessage& message)
             }
             sendMessage(ElvUtil::endAck());
             mSDKSocket->close();
-            mAudioBuffer.clear();
+            mAudioBuffer.resize(0);
             break;
         case ElvUtil::ON_ERROR:
             if (message.code == -3001) {
@@ -320,7 +329,7 @@ void BaiduSpeech::onAudioData(QByteArray data)
 
     mAudioBuffer.append(data);
     if (sdkWritable() && mParamsAccepted && mAudioBuffer.size() >= kFrameBytes) {
-        sendMessage(ElvUtil::dataUpload(mAudioBuffer.left(kFrameBytes), kFrameBytes));
+        sendMessage(ElvUtil::dataUpload(mAudioBuffer.constData(), kFrameBytes));
         mAudioBuffer.remove(0, kFrameBytes);
     }
 }
@@ -341,9 +350,10 @@ void BaiduSpeech::sendEnd()
 {
     if (!mAudioBuffer.isEmpty()) {
         sendMessage(ElvUtil::dataUpload(mAudioBuffer, -1));
-        mAudioBuffer.clear();
+        mAudioBuffer.resize(0);
     }
     sendMessage(ElvUtil::dataFinish());
+    Trace::mark("finish-sent");
 }
 
 void BaiduSpeech::stop()
@@ -367,7 +377,7 @@ void BaiduSpeech::onTailTimeout()
     mParamsAccepted = false;
     sendEnd();
     mTimerEnd.start();
-    mAudioBuffer.clear();
+    mAudioBuffer.resize(0);
 }
 
 void BaiduSpeech::skip()
@@ -379,5 +389,5 @@ void BaiduSpeech::skip()
     }
     mParamsAccepted = false;
     mTimerEnd.start();
-    mAudioBuffer.clear();
+    mAudioBuffer.resize(0);
 }

@@ -23,6 +23,8 @@ public:
     static constexpr int kConnectTimeoutMs = 3000;
     static constexpr int kQuietVolumeBand = 150;
     static constexpr int kQuietMsForSilence = 500;
+    // Packets kept for the volume judgment without growing the list: 16 s of 8 ms frames.
+    static constexpr int kSamplesReserved = 2048;
 
     // Tests hand in the recorder (not owned, may be null) and the gateway.
     BaiduSpeech(RecordManager* recorder, const QString& host, quint16 controlPort, QObject* parent = nullptr);

@@ -5,6 +5,10 @@
 #include <QJsonArray>
 #include <QJsonDocument>
 #include <QJsonObject>
+#include <QtEndian>
+
+#include <algorithm>
+#include <cstring>
 
 QByteArray ElvUtil::intToByte(int value)
 {
@@ -19,17 +23,23 @@ QByteArray ElvUtil::intToByte(int value)
 
 QByteArray ElvUtil::encode(int type, QByteArray data, int length)
 {
+    return encode(type, data.constData(), data.size(), length);
+}
+
+QByteArray ElvUtil::encode(int type, const char* data, int size, int length)
+{
     if (length < 0) {
-        length = data.size();
+        length = size;
     }
-    QByteArray frame;
-    frame.reserve(length + 8);
-    frame.append(intToByte(type));
-    frame.append(intToByte(length));
-    frame.append(data.left(length));
-    if (data.size() < length) {
-        frame.append(QByteArray(length - data.size(), '\0'));
+    // One allocation, the frame itself: audio goes out this way every 128 ms.
+    QByteArray frame(length + 8, Qt::Uninitialized);
+    qToBigEndian(static_cast<quint32>(type), frame.data());
+    qToBigEndian(static_cast<quint32>(length), frame.data() + 4);
+    const int copied = std::min(size, length);
+    if (copied > 0) {
+        std::memcpy(frame.data() + 8, data, static_cast<size_t>(copied));
     }
+    std::memset(frame.data() + 8 + copied, 0, static_cast<size_t>(length - copied));
     return frame;
 }
 
@@ -46,6 +56,11 @@ QByteArray ElvUtil::paramUpload(QString params)
 QByteArray ElvUtil::dataUpload(QByteArray data, int length)
 {
     return encode(static_cast<int>(TypeData), data, length);
+}
+
+QByteArray ElvUtil::dataUpload(const char* data, int length)
+{
+    return encode(static_cast<int>(TypeData), data, length, length);
 }
 
 QByteArray ElvUtil::dataFinish()

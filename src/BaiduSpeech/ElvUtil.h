@@ -58,9 +58,12 @@ public:
     // A frame of exactly length + 8 bytes; a negative length takes the data's size, a short
     // data is padded with zero bytes.
     static QByteArray encode(int type, QByteArray data, int length);
+    static QByteArray encode(int type, const char* data, int size, int length);
     static QByteArray readServerList();
     static QByteArray paramUpload(QString params);
     static QByteArray dataUpload(QByteArray data, int length);
+    // An audio frame of the first length bytes at data.
+    static QByteArray dataUpload(const char* data, int length);
     static QByteArray dataFinish();
     static QByteArray endAck();
     static QByteArray intToByte(int value);

@@ -4,6 +4,7 @@
 #include "Hid/HidManager.h"
 #include "Hid/SbcDecoder.h"
 #include "Utils/Logging.h"
+#include "Utils/Trace.h"
 
 #include <QTimer>
 
@@ -423,6 +424,7 @@ void DeviceManager::interactiveMessageHandle(const st_small_base_com_msg& msg)
             const int key = msg.u8(5);
             const int status = msg.u8(6);
             if (isVoiceKey(key)) {
+                Trace::mark(status != 0 ? "voice-key-down" : "voice-key-up");
                 if (status != 0) {
                     setAudioEnable(true);
                 } else {

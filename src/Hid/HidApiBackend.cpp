@@ -4,13 +4,32 @@
 
 #include <hidapi/hidapi.h>
 
+#include <fcntl.h>
+#include <poll.h>
+#include <sys/eventfd.h>
+#include <unistd.h>
+
+#include <cerrno>
+#include <cstdint>
 #include <mutex>
 
 namespace {
 
+// What a handle stands for: hidapi's device, and the descriptors the read loop waits on.
+struct Device {
+    hid_device* hid = nullptr;
+    int watch = -1;  // the same hidraw node, read only to learn that a report came
+    int wakeup = -1;
+};
+
+Device* handleOf(HidBackend::Handle handle)
+{
+    return static_cast<Device*>(handle);
+}
+
 hid_device* device(HidBackend::Handle handle)
 {
-    return static_cast<hid_device*>(handle);
+    return handleOf(handle)->hid;
 }
 
 // hid_init and hid_enumerate keep library-wide state; the plug worker and the callers'
@@ -55,17 +74,55 @@ QList<HidBackend::Interface> HidApiBackend::enumerate()
 HidBackend::Handle HidApiBackend::openPath(const QString& path)
 {
     const std::lock_guard<std::mutex> lock(libraryMutex());
-    hid_device* handle = hid_open_path(path.toLocal8Bit().constData());
-    if (handle == nullptr) {
+    hid_device* hid = hid_open_path(path.toLocal8Bit().constData());
+    if (hid == nullptr) {
         // Most often the permission on /dev/hidraw*: see packaging/ for the udev rule.
         qCWarning(lcDeviceHid) << "cannot open" << path << QString::fromWCharArray(hid_error(nullptr));
+        return nullptr;
+    }
+    auto* handle = new Device;
+    handle->hid = hid;
+    handle->watch = ::open(path.toLocal8Bit().constData(), O_RDONLY | O_NONBLOCK | O_CLOEXEC);
+    handle->wakeup = eventfd(0, EFD_NONBLOCK | EFD_CLOEXEC);
+    if (handle->watch < 0 || handle->wakeup < 0) {
+        // Reads in short slices then, as hidapi alone allows.
+        qCInfo(lcDeviceHid) << "cannot wait on" << path << "- reading in slices";
+        if (handle->watch >= 0) {
+            ::close(handle->watch);
+        }
+        handle->watch = -1;
     }
     return handle;
 }
 
 int HidApiBackend::readTimeout(Handle handle, unsigned char* buffer, int length, int milliseconds)
 {
-    return hid_read_timeout(device(handle), buffer, static_cast<size_t>(length), milliseconds);
+    Device* d = handleOf(handle);
+    if (d->watch < 0) {
+        return hid_read_timeout(d->hid, buffer, static_cast<size_t>(length), milliseconds);
+    }
+    pollfd fds[2] = {{d->watch, POLLIN, 0}, {d->wakeup, POLLIN, 0}};
+    if (::poll(fds, 2, milliseconds) < 0) {
+        return errno == EINTR ? 0 : hid_read_timeout(d->hid, buffer, static_cast<size_t>(length), 0);
+    }
+    if ((fds[1].revents & POLLIN) != 0) {
+        std::uint64_t count = 0;
+        const ssize_t taken = ::read(d->wakeup, &count, sizeof(count));
+        Q_UNUSED(taken)
+    }
+    if ((fds[0].revents & POLLIN) != 0) {
+        // The same report waits on hidapi's descriptor: the copy here only said it came.
+        unsigned char copy[256];
+        const ssize_t taken = ::read(d->watch, copy, sizeof(copy));
+        Q_UNUSED(taken)
+        return hid_read_timeout(d->hid, buffer, static_cast<size_t>(length), 0);
+    }
+    if ((fds[0].revents & (POLLERR | POLLHUP | POLLNVAL)) != 0) {
+        // Pulled out: hidapi sees it on its own descriptor; never wait on a hung-up one again.
+        const int result = hid_read_timeout(d->hid, buffer, static_cast<size_t>(length), 0);
+        return result != 0 ? result : -1;
+    }
+    return 0;
 }
 
 int HidApiBackend::write(Handle handle, const unsigned char* data, int length)
@@ -75,7 +132,31 @@ int HidApiBackend::write(Handle handle, const unsigned char* data, int length)
 
 void HidApiBackend::close(Handle handle)
 {
-    hid_close(device(handle));
+    Device* d = handleOf(handle);
+    hid_close(d->hid);
+    for (int fd : {d->watch, d->wakeup}) {
+        if (fd >= 0) {
+            ::close(fd);
+        }
+    }
+    delete d;
+}
+
+QString HidApiBackend::deviceFolder() const
+{
+    return QStringLiteral("/dev");
+}
+
+bool HidApiBackend::canWake(Handle handle)
+{
+    return handleOf(handle)->watch >= 0;
+}
+
+void HidApiBackend::wake(Handle handle)
+{
+    const std::uint64_t one = 1;
+    const ssize_t written = ::write(handleOf(handle)->wakeup, &one, sizeof(one));
+    Q_UNUSED(written)
 }
 
 QString HidApiBackend::error(Handle handle)

@@ -2,7 +2,9 @@
 
 #include "Hid/HidBackend.h"
 
-// The real USB path: hidapi over hidraw.
+// The real USB path: hidapi over hidraw. Beside hidapi's descriptor each handle keeps a second
+// one on the same node, only to wait on: hidraw hands every report to each reader, so the read
+// loop can wait for a report (or for wake()) with no time limit and then take it from hidapi.
 class HidApiBackend : public HidBackend {
 public:
     ~HidApiBackend() override;
@@ -14,4 +16,7 @@ public:
     int write(Handle handle, const unsigned char* data, int length) override;
     void close(Handle handle) override;
     QString error(Handle handle) override;
+    QString deviceFolder() const override;
+    bool canWake(Handle handle) override;
+    void wake(Handle handle) override;
 };

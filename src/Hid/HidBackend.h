@@ -32,4 +32,14 @@ public:
     virtual void close(Handle handle) = 0;
     // hid_error: empty when the handle has no error to report.
     virtual QString error(Handle handle) = 0;
+
+    // The folder whose entries come and go with the devices (the hidraw nodes in /dev): the
+    // plug watch follows its changes instead of polling. Empty: it polls.
+    virtual QString deviceFolder() const { return QString(); }
+    // Whether wake() can cut a read on the handle short: the read loop then waits for input as
+    // long as it likes instead of reading in short slices, and wakes no more than input does.
+    virtual bool canWake(Handle) { return false; }
+    // Makes the read in progress on the handle, or the next one, return 0 at once. Any thread,
+    // at the same time as a read.
+    virtual void wake(Handle) {}
 };

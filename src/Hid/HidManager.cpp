@@ -6,6 +6,7 @@
 #include "Utils/AppConfig.h"
 #include "Utils/Logging.h"
 
+#include <QFileSystemWatcher>
 #include <QTimer>
 
 #include <cstring>
@@ -39,12 +40,29 @@ HidManager::HidManager(HidBackend* backend, QObject* parent) : QThread(parent), 
 
     mWorkerThread.setObjectName(QStringLiteral("UsbChangeWorker"));
     mWorkerThread.start();
+    // A receiver coming or going adds or removes its node: each change of the folder is a
+    // check, as a tick of the poll was, and nothing runs in between. The first check still
+    // comes at once, to learn what is there.
+    const QString folder = mBackend->deviceFolder();
+    if (!folder.isEmpty()) {
+        mDeviceFolderWatch = new QFileSystemWatcher(this);
+        if (mDeviceFolderWatch->addPath(folder)) {
+            connect(mDeviceFolderWatch, &QFileSystemWatcher::directoryChanged, mWorker,
+                    &UsbChangeWorker::onCheck);
+            QMetaObject::invokeMethod(mWorker, "onCheck", Qt::QueuedConnection);
+            return;
+        }
+        delete mDeviceFolderWatch;
+        mDeviceFolderWatch = nullptr;
+    }
     mPollTimer->start();
 }
 
 HidManager::~HidManager()
 {
     mPollTimer->stop();
+    delete mDeviceFolderWatch;
+    mDeviceFolderWatch = nullptr;
     mWorkerThread.quit();
     mWorkerThread.wait();
     close();
@@ -150,7 +168,13 @@ void HidManager::closeLocked()
 {
     mStopReading = true;
     if (QThread::currentThread() != this) {
-        // At most one read slice: the loop looks at the flag between reads.
+        {
+            // A wait for input is cut short; else at most one read slice.
+            const std::lock_guard<std::mutex> lock(mHandleMutex);
+            if (mHidDevice != nullptr) {
+                mBackend->wake(mHidDevice);
+            }
+        }
         wait();
     }
     const std::lock_guard<std::mutex> lock(mHandleMutex);
@@ -185,6 +209,8 @@ bool HidManager::write(void* msg)
         return false;
     }
     mWriteQueue.push_back(report);
+    // The loop may be waiting for input with no time limit: it sends the queue now.
+    mBackend->wake(mHidDevice);
     return true;
 }
 
@@ -235,13 +261,14 @@ void HidManager::run()
     }
     // close() frees the handle only after this loop has left, so it stays valid here.
     unsigned char buffer[kReportSize];
+    const int slice = handle != nullptr && mBackend->canWake(handle) ? kWakeableReadSliceMs : kReadSliceMs;
     while (handle != nullptr && !mStopReading && !mLinkFailed) {
         sendQueuedWrites(handle);
         if (mLinkFailed) {
             break;
         }
         std::memset(buffer, 0, sizeof(buffer));
-        const int count = mBackend->readTimeout(handle, buffer, kReportSize, kReadSliceMs);
+        const int count = mBackend->readTimeout(handle, buffer, kReportSize, slice);
         if (count > 0) {
             // Listeners copy the record before this returns: the buffer is reused.
             emit signalReceiveMessage(buffer, kReportSize);

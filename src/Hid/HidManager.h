@@ -13,6 +13,7 @@
 #include <mutex>
 #include <vector>
 
+class QFileSystemWatcher;
 class QTimer;
 class UsbChangeWorker;
 
@@ -36,6 +37,8 @@ public:
     // How long a read waits before it sends queued writes and looks whether the link is
     // being closed: the longest a write waits.
     static constexpr int kReadSliceMs = 20;
+    // With a backend whose reads wake() cuts short: the longest wait for input.
+    static constexpr int kWakeableReadSliceMs = 10000;
     // Writes waiting for the read loop; more in one slice than a device takes are lost, as a
     // write on a closed link is.
     static constexpr size_t kMaxQueuedWrites = 64;
@@ -90,4 +93,6 @@ private:
     QThread mWorkerThread;
     UsbChangeWorker* mWorker = nullptr;
     QTimer* mPollTimer = nullptr;
+    // Where the backend's device nodes come and go; null when the plug watch polls instead.
+    QFileSystemWatcher* mDeviceFolderWatch = nullptr;
 };

@@ -147,8 +147,9 @@ int SBC_Decode(const unsigned char* in, int length, unsigned char* out, int* out
         resetLocked(d);
     }
     // libsbc may read a little past the frame it is given: it gets a padded copy.
-    unsigned char frame[kMaxFrameLength + kReadSlack] = {};
+    unsigned char frame[kMaxFrameLength + kReadSlack];
     std::memcpy(frame, in, static_cast<size_t>(size));
+    std::memset(frame + size, 0, kReadSlack);
     size_t written = 0;
     const ssize_t consumed =
         sbc_decode(&d.sbc, frame, static_cast<size_t>(size), out, static_cast<size_t>(*outBytes), &written);

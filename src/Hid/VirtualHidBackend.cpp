@@ -131,7 +131,8 @@ int VirtualHidBackend::readTimeout(Handle, unsigned char* buffer, int length, in
 {
     std::unique_lock<std::mutex> lock(mMutex);
     mChanged.wait_for(lock, std::chrono::milliseconds(milliseconds),
-                      [this] { return mGone || !mInput.empty(); });
+                      [this] { return mGone || mWoken || !mInput.empty(); });
+    mWoken = false;
     if (mGone) {
         return -1;
     }
@@ -143,6 +144,15 @@ int VirtualHidBackend::readTimeout(Handle, unsigned char* buffer, int length, in
     const int count = std::min(length, static_cast<int>(report.size()));
     std::memcpy(buffer, report.constData(), static_cast<size_t>(count));
     return count;
+}
+
+void VirtualHidBackend::wake(Handle)
+{
+    {
+        const std::lock_guard<std::mutex> lock(mMutex);
+        mWoken = true;
+    }
+    mChanged.notify_all();
 }
 
 int VirtualHidBackend::write(Handle, const unsigned char* data, int length)

@@ -24,6 +24,8 @@ public:
     int write(Handle handle, const unsigned char* data, int length) override;
     void close(Handle handle) override;
     QString error(Handle handle) override;
+    bool canWake(Handle) override { return true; }
+    void wake(Handle handle) override;
 
     // The interface list of a HidInterfaces payload; malformed entries end the list.
     static QList<Interface> parseInterfaces(const QByteArray& payload);
@@ -39,6 +41,7 @@ private:
     std::deque<QByteArray> mInput;
     QString mOpenPath;
     bool mGone = false;
+    bool mWoken = false;
     int mHandleTag = 0;
     // Last, so that its reading thread ends before the state above goes.
     std::unique_ptr<VirtualDeviceConnection> mConnection;

@@ -2,12 +2,14 @@
 
 #include "Platform/AtspiCaret.h"
 #include "Utils/Logging.h"
+#include "Utils/Trace.h"
 
 #include <QElapsedTimer>
 #include <QGuiApplication>
 #include <QMap>
 #include <QScreen>
 #include <QSet>
+#include <QSocketNotifier>
 #include <QThread>
 
 #include <X11/XKBlib.h>
@@ -53,11 +55,15 @@ QString windowClass(Display* d, Window w)
 
 }  // namespace
 
-X11InputBackend::X11InputBackend() = default;
+X11InputBackend::X11InputBackend()
+{
+    mClock.start();
+}
 
 X11InputBackend::~X11InputBackend()
 {
     if (mDisplay != nullptr) {
+        mEvents.reset();
         restoreSpares();
         XCloseDisplay(dpy(mDisplay));
     }
@@ -83,6 +89,11 @@ void* X11InputBackend::display()
         }
         mDisplay = d;
         XDisplayKeycodes(d, &mMinKeycode, &mMaxKeycode);
+        if (QCoreApplication::instance() != nullptr) {
+            mEvents = std::make_unique<QSocketNotifier>(ConnectionNumber(d), QSocketNotifier::Read);
+            QObject::connect(mEvents.get(), &QSocketNotifier::activated, mEvents.get(),
+                             [this] { readEvents(); });
+        }
     }
     return mDisplay;
 }
@@ -111,7 +122,8 @@ void X11InputBackend::loadKeymap()
         ours.insert(code);
     }
     QList<int> spare;
-    for (int code = mMaxKeycode; code >= mMinKeycode && spare.size() < kMaxSpareKeycodes; --code) {
+    const int limit = std::min(mSpareLimit, kMaxSpareKeycodes);
+    for (int code = mMaxKeycode; code >= mMinKeycode && spare.size() < limit; --code) {
         bool empty = true;
         for (int level = 0; level < perKeycode; ++level) {
             empty = empty && mKeymap[(code - mMinKeycode) * perKeycode + level] == NoSymbol;
@@ -181,12 +193,12 @@ void X11InputBackend::mapBatch(const QVector<unsigned long>& keysyms)
     }
     // Keycodes whose last key the client has read go first: changing them needs no wait.
     QMap<int, unsigned long> changes;  // keycode -> new keysym, in keycode order
-    bool mustWait = false;
+    LastKey mustWaitFor;
     for (unsigned long keysym : qAsConst(missing)) {
         int code = 0;
         for (int pass = 0; pass < 2 && code == 0; ++pass) {
             for (int candidate : qAsConst(mSpareKeycodes)) {
-                if (!busy.contains(candidate) && (pass == 1 || !mUnconfirmed.contains(candidate))) {
+                if (!busy.contains(candidate) && (pass == 1 || isRead(candidate))) {
                     code = candidate;
                     break;
                 }
@@ -196,7 +208,12 @@ void X11InputBackend::mapBatch(const QVector<unsigned long>& keysyms)
             qCWarning(lcX11) << "no spare keycode left for keysym" << Qt::hex << keysym;
             continue;
         }
-        mustWait = mustWait || mUnconfirmed.contains(code);
+        if (!isRead(code)) {
+            const LastKey last = mLastKey.value(code);
+            if (last.serial > mustWaitFor.serial) {
+                mustWaitFor = last;
+            }
+        }
         for (auto it = mSpareFor.begin(); it != mSpareFor.end(); ++it) {
             if (it.value() == code) {
                 mSpareFor.erase(it);
@@ -212,8 +229,8 @@ void X11InputBackend::mapBatch(const QVector<unsigned long>& keysyms)
     if (changes.isEmpty()) {
         return;
     }
-    if (mustWait) {
-        waitForClient();
+    if (mustWaitFor.serial != 0 && mSafety != Safety::Unchecked) {
+        waitForKeys(mustWaitFor.serial, mustWaitFor.atMs);
     }
     // Every level, so that Shift changes nothing; neighbouring keycodes in one request, so that
     // clients rebuild their map once for them.
@@ -230,8 +247,10 @@ void X11InputBackend::mapBatch(const QVector<unsigned long>& keysyms)
         }
         XChangeKeyboardMapping(d, first, mKeysymsPerKeycode, syms.data(), next - first);
     }
-    // The client takes the new meaning before any key is sent on it.
-    waitForClient(true);
+    if (mSafety == Safety::ConfirmedAndSettled) {
+        // The old rule: the client reads the change before the next key goes out.
+        waitUntilRead();
+    }
 }
 
 void X11InputBackend::pressKey(const KeyPosition& position)
@@ -246,8 +265,27 @@ void X11InputBackend::pressKey(const KeyPosition& position)
     if (position.shift && shift != 0) {
         XTestFakeKeyEvent(d, shift, False, CurrentTime);
     }
-    mUnconfirmed.insert(position.keycode);
-    mSinceKey.start();
+    keySent(position.keycode);
+}
+
+void X11InputBackend::keySent(int keycode)
+{
+    if (mFirstKeyOfText) {
+        mFirstKeyOfText = false;
+        XFlush(dpy(mDisplay));
+        Trace::mark("key-posted");
+    }
+    mLastKey.insert(keycode, LastKey{++mKeySerial, mClock.elapsed()});
+}
+
+bool X11InputBackend::isRead(int keycode) const
+{
+    const auto last = mLastKey.constFind(keycode);
+    if (last == mLastKey.constEnd() || last->serial <= mReadSerial) {
+        return true;
+    }
+    // A client that does not answer pings: only time tells.
+    return mFocusKnown && mFocus == 0 && mClock.elapsed() - last->atMs >= kRemapSettleMs;
 }
 
 unsigned long X11InputBackend::pingableFocus()
@@ -297,67 +335,118 @@ unsigned long X11InputBackend::pingableFocus()
     return 0;
 }
 
-void X11InputBackend::waitForClient(bool afterChange)
+unsigned long X11InputBackend::focusForThisText()
+{
+    if (!mFocusKnown) {
+        mFocus = pingableFocus();
+        mFocusKnown = true;
+    }
+    return mFocus;
+}
+
+void X11InputBackend::sendPing(unsigned long window)
+{
+    Display* d = dpy(mDisplay);
+    if (!mRootSelected) {
+        // The answer goes to the root window, for those listening to its children (GTK) or to
+        // the root itself (Qt); listen there while answers are due.
+        XSelectInput(d, DefaultRootWindow(d), SubstructureNotifyMask | StructureNotifyMask);
+        mRootSelected = true;
+    }
+    const Atom ping = atom(d, "_NET_WM_PING");
+    XEvent event{};
+    event.xclient.type = ClientMessage;
+    event.xclient.window = window;
+    event.xclient.message_type = atom(d, "WM_PROTOCOLS");
+    event.xclient.format = 32;
+    event.xclient.data.l[0] = static_cast<long>(ping);
+    event.xclient.data.l[1] = ++mPingSerial;
+    event.xclient.data.l[2] = static_cast<long>(window);
+    XSendEvent(d, window, False, NoEventMask, &event);
+    XFlush(d);
+    mPings.append(Ping{mPingSerial, mKeySerial, mClock.elapsed(), window});
+}
+
+void X11InputBackend::readEvents()
+{
+    if (mDisplay == nullptr) {
+        return;
+    }
+    Display* d = dpy(mDisplay);
+    const Atom protocols = atom(d, "WM_PROTOCOLS");
+    const Atom ping = atom(d, "_NET_WM_PING");
+    while (XPending(d) > 0) {
+        XEvent event{};
+        XNextEvent(d, &event);
+        if (event.type != ClientMessage || event.xclient.message_type != protocols ||
+            static_cast<Atom>(event.xclient.data.l[0]) != ping) {
+            continue;  // the root window's own notifications
+        }
+        const long serial = event.xclient.data.l[1];
+        // A client answers in order: this answer stands for every ping sent before it too.
+        while (!mPings.isEmpty() && mPings.constFirst().serial <= serial) {
+            mReadSerial = std::max(mReadSerial, mPings.constFirst().keys);
+            mPings.removeFirst();
+        }
+    }
+    if (mPings.isEmpty() && mRootSelected) {
+        XSelectInput(d, DefaultRootWindow(d), NoEventMask);
+        mRootSelected = false;
+        XFlush(d);
+    }
+}
+
+void X11InputBackend::waitForKeys(quint64 serial, qint64 lastAtMs)
 {
     Display* d = dpy(mDisplay);
     ++mClientWaitCount;
-    const Window client = pingableFocus();
+    const unsigned long client = focusForThisText();
     if (client == 0) {
-        // Without an answer the only safe thing is time since the last key. A change needs no
-        // wait of its own: the client gets the notification before any key sent after it, and
-        // reads the map as it is when it translates that key.
-        XSync(d, False);
-        const qint64 since = mSinceKey.isValid() ? mSinceKey.elapsed() : kRemapSettleMs;
-        if (afterChange && since < kRemapSettleMs) {
-            return;  // the keys sent before are still as unconfirmed as they were
-        }
+        // Without an answer the only safe thing is time since the key.
+        const qint64 since = mClock.elapsed() - lastAtMs;
         if (since < kRemapSettleMs) {
             QThread::msleep(static_cast<unsigned long>(kRemapSettleMs - since));
         }
-        mUnconfirmed.clear();
+        mReadSerial = std::max(mReadSerial, serial);
         return;
     }
-    mUnconfirmed.clear();
-    // The answer goes to the root window, for those listening to its children (GTK) or to the
-    // root itself (Qt); listen there for as long as it takes.
-    const Window root = DefaultRootWindow(d);
-    const Atom protocols = atom(d, "WM_PROTOCOLS");
-    const Atom ping = atom(d, "_NET_WM_PING");
-    const long serial = ++mPingSerial;
-    XSelectInput(d, root, SubstructureNotifyMask | StructureNotifyMask);
-    XEvent event{};
-    event.xclient.type = ClientMessage;
-    event.xclient.window = client;
-    event.xclient.message_type = protocols;
-    event.xclient.format = 32;
-    event.xclient.data.l[0] = static_cast<long>(ping);
-    event.xclient.data.l[1] = serial;
-    event.xclient.data.l[2] = static_cast<long>(client);
-    XSendEvent(d, client, False, NoEventMask, &event);
-    XFlush(d);
-
-    QElapsedTimer clock;
-    clock.start();
-    bool answered = false;
-    while (!answered && clock.elapsed() < kPingTimeoutMs) {
-        while (!answered && XPending(d) > 0) {
-            XEvent reply{};
-            XNextEvent(d, &reply);
-            answered = reply.type == ClientMessage && reply.xclient.message_type == protocols &&
-                       static_cast<Atom>(reply.xclient.data.l[0]) == ping &&
-                       reply.xclient.data.l[1] == serial;
-        }
-        if (!answered) {
-            pollfd fd{ConnectionNumber(d), POLLIN, 0};
-            poll(&fd, 1, 10);
-        }
+    readEvents();
+    if (mReadSerial >= serial) {
+        return;
     }
-    XSelectInput(d, root, NoEventMask);
-    XSync(d, True);  // drop the window notifications that came with listening
-    if (!answered) {
+    // A ping sent after those keys may be on its way already; else one goes now.
+    bool asked = false;
+    for (const Ping& sent : qAsConst(mPings)) {
+        asked = asked || (sent.keys >= serial && sent.window == client);
+    }
+    if (!asked) {
+        sendPing(client);
+    }
+    const qint64 since = mClock.elapsed();
+    while (mReadSerial < serial && mClock.elapsed() - since < kPingTimeoutMs) {
+        pollfd fd{ConnectionNumber(d), POLLIN, 0};
+        poll(&fd, 1, 10);
+        readEvents();
+    }
+    if (mReadSerial < serial) {
         qCWarning(lcX11) << "window" << Qt::hex << client
                          << "does not answer pings: typing into it with pauses";
         mSilentClients.insert(client);
+        mFocus = 0;
+        mPings.clear();
+        readEvents();
+        mReadSerial = std::max(mReadSerial, serial);  // it had its two seconds
+    }
+}
+
+void X11InputBackend::waitUntilRead()
+{
+    if (display() == nullptr || mKeySerial == 0) {
+        return;
+    }
+    const LastKey last{mKeySerial, mClock.elapsed()};
+    if (mReadSerial < last.serial) {
+        waitForKeys(last.serial, mLastKey.isEmpty() ? 0 : last.atMs);
     }
 }
 
@@ -386,6 +475,8 @@ void X11InputBackend::typeText(const QString& text)
         return;
     }
     Display* d = dpy(mDisplay);
+    mFirstKeyOfText = true;
+    readEvents();
     loadKeymap();
     // Caps Lock would turn "Yes" into "yES" and a second layout would give other letters: both
     // are released for the typing and locked again after. Each key carries the state it was
@@ -451,7 +542,14 @@ void X11InputBackend::typeText(const QString& text)
     if (lockedGroup != 0) {
         XkbLockGroup(d, XkbUseCoreKbd, static_cast<unsigned int>(lockedGroup));
     }
-    XSync(d, False);
+    // Asked now, answered while the next text is on its way: its keycodes are then known read.
+    // The window asked is the one judged by until the next text ends.
+    mFocusKnown = false;
+    if (const unsigned long client = focusForThisText()) {
+        sendPing(client);
+    }
+    XFlush(d);
+    Trace::mark("typed");
     mInputMethod.scheduleRestore();
 }
 
@@ -471,10 +569,10 @@ void X11InputBackend::sendKey(unsigned long keysym, bool down)
         }
         code = static_cast<KeyCode>(position.keycode);
     }
+    mFirstKeyOfText = true;
     XTestFakeKeyEvent(d, code, down ? True : False, CurrentTime);
+    keySent(code);
     XFlush(d);
-    mUnconfirmed.insert(code);
-    mSinceKey.start();
 }
 
 void X11InputBackend::toggleShowingDesktop()
@@ -546,7 +644,8 @@ void X11InputBackend::restoreSpares()
         return;
     }
     // The keycodes go back to having nothing on them once the keys sent on them are read.
-    waitForClient();
+    mFocusKnown = false;
+    waitUntilRead();
     QVector<KeySym> none(mKeysymsPerKeycode, NoSymbol);
     for (int code : qAsConst(mSpareFor)) {
         XChangeKeyboardMapping(d, code, mKeysymsPerKeycode, none.data(), 1);

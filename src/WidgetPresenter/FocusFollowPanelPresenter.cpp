@@ -64,10 +64,18 @@ FocusFollowPanelPresenter::FocusFollowPanelPresenter(FocusFollowPanelView* view,
     mTranslateTimer.setSingleShot(true);
     mTranslateTimer.setInterval(kTranslateDelayMs);
     connect(&mTranslateTimer, &QTimer::timeout, this, &FocusFollowPanelPresenter::onTranslateTimeout);
-    // The level display is driven at the rate the panel samples; a hidden panel skips it.
+    // The level display is driven at the rate the panel samples. A hidden panel skips the tick,
+    // so the timer rests while the panel is hidden and the showing panel starts it again.
     mLevelTimer.setInterval(view->getVolumeSample());
     connect(&mLevelTimer, &QTimer::timeout, this, &FocusFollowPanelPresenter::onUpdateVolume);
     mLevelTimer.start();
+}
+
+void FocusFollowPanelPresenter::onViewShown()
+{
+    if (!mLevelTimer.isActive()) {
+        mLevelTimer.start();
+    }
 }
 
 bool FocusFollowPanelPresenter::isSupportFollowSpeak() const
@@ -285,6 +293,10 @@ void FocusFollowPanelPresenter::onRecVolume(int value)
 
 void FocusFollowPanelPresenter::onUpdateVolume()
 {
+    if (mPanelView->IsHidden()) {
+        mLevelTimer.stop();
+        return;
+    }
     mPanelView->onUpdateVolume();
 }
 

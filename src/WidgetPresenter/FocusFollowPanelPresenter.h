@@ -95,6 +95,9 @@ public slots:
     void onChangePreferences(UserPreferences preferences);
     void onRecVolume(int value);
     void onUpdateVolume();
+    // The panel came up: its level display runs again.
+    void onViewShown();
+    bool isLevelTimerActive() const { return mLevelTimer.isActive(); }
     // The debounce's expiry: the request goes out.
     void onTranslateTimeout();
 

@@ -104,6 +104,8 @@ void InputPresenter::initDatas(const Collaborators& collaborators)
             if (mDynamicVolume < 1) {
                 mDynamicVolume = volume;
             }
+            // From the read thread: the resting sync tick is woken on the main thread.
+            QMetaObject::invokeMethod(this, "resumeVolumeSync", Qt::QueuedConnection);
         },
         Qt::DirectConnection);
     connect(
@@ -142,6 +144,7 @@ void InputPresenter::initDatas(const Collaborators& collaborators)
                                         adjustable ? mVolumeMax.load() : 40);
             }
             mDeviceManager->setAudioVolume(mDynamicVolume);
+            resumeVolumeSync();
         },
         Qt::DirectConnection);
 
@@ -998,6 +1001,13 @@ void InputPresenter::onUpdateVolume()
     }
 }
 
+void InputPresenter::resumeVolumeSync()
+{
+    if (mDeviceManager->isReady() && !mTimerSyncDeviceVolume.isActive()) {
+        mTimerSyncDeviceVolume.start();
+    }
+}
+
 void InputPresenter::onSyncDeviceVolume()
 {
     if (!mDeviceManager->isReady()) {
@@ -1009,6 +1019,9 @@ void InputPresenter::onSyncDeviceVolume()
     if (dynamicVolume > 0 && deviceVolume > 0) {
         if (dynamicVolume != deviceVolume) {
             mDeviceManager->setAudioVolume(dynamicVolume);
+        } else {
+            // In step, a tick would send nothing: it rests until either value changes.
+            mTimerSyncDeviceVolume.stop();
         }
     } else {
         mDeviceManager->getAudioVolume();

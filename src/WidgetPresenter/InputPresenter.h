@@ -162,6 +162,8 @@ public slots:
     void onRecogningAnimation();
     void onCloseTranslateView();
     void onSyncDeviceVolume();
+    // Either volume changed: the sync tick, resting while they agreed, runs again.
+    void resumeVolumeSync();
     void onClipboardPoll();
     void onSingleKeyStop();
     // The mouse's link went (receiver pulled, Bluetooth dropped): a session in progress ends as

@@ -161,12 +161,17 @@ public:
     void deviceIn(int vid, int pid);
     void deviceOut(int vid, int pid);
     void deviceInsert(bool state);
+    // Starts the device controller again if it rests.
+    void wakeDeviceController();
     void addErrorStatus(int status);
     void removeErrorStatus(int status);
     void checkHomeImage();
     void checkExplainImage();
     void checkNavImage();
     void hide();
+    // The console came up (shown, or back from minimised): the connection check, resting
+    // while it was away, runs again.
+    void onViewShown();
 
     // The HTTP ladder's requests.
     void getAppVersion();
@@ -355,6 +360,10 @@ private:
     QList<DeviceInfo> mDeviceInfoList;
     DeviceOpenTime mDeviceOpenTime;
     int mOpenWaitCount = 0;
+    // The controller stopped itself: past the open wait its tick only repeated "no device".
+    // Under the status lock; a plug or a Bluetooth link starts it again.
+    bool mControllerResting = false;
+    bool mConnectionCheckResting = false;  // stopped while the console was away
     bool mDeviceInitialised = false;
     bool mBleAnswered = false;
     // Whether the device delay open timer runs or is about to: the controller reads it.

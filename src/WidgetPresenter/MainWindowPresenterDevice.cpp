@@ -3,6 +3,7 @@
 #include "Hid/DeviceManager.h"
 #include "Http/HttpManager.h"
 #include "Recorder/RecordManager.h"
+#include "Utils/CustomTimer.h"
 #include "Utils/Logging.h"
 #include "WidgetPresenter/ConsoleNotices.h"
 #include "WidgetPresenter/MainWindowPresenter.h"
@@ -38,6 +39,11 @@ void MainWindowPresenter::onTimerDeviceController()
     {
         const Lock lock(mStatusMutex);
         open = deviceControllerStep(&io);
+        if (mControllerResting) {
+            // Decided under the lock, so that a wake-up either comes after this stop or finds
+            // the ladder still running.
+            mTimerDeviceController->stop();
+        }
     }
     if (open) {
         openDevice();
@@ -61,6 +67,9 @@ bool MainWindowPresenter::deviceControllerStep(std::vector<std::function<void()>
     if (!s.connected) {
         if (++mOpenWaitCount > kOpenWaitTicks) {
             addErrorStatus(1);
+            // From here each tick would only say "no device" again, until a receiver is plugged
+            // in or Bluetooth connects: both wake the ladder.
+            mControllerResting = true;
         }
         return false;
     }
@@ -571,6 +580,21 @@ void MainWindowPresenter::deviceInsert(bool state)
             mRecordManager->destroyRecorder();
         }
     }
+    wakeDeviceController();
+}
+
+void MainWindowPresenter::wakeDeviceController()
+{
+    {
+        const Lock lock(mStatusMutex);
+        if (!mControllerResting) {
+            return;
+        }
+        mControllerResting = false;
+    }
+    if (mTimerDeviceController) {
+        mTimerDeviceController->start();
+    }
 }
 
 // True when the device is to be closed.
@@ -634,6 +658,7 @@ void MainWindowPresenter::onBLEDeviceConnectState(bool connected, QString uuid)
             mDeviceStatus.connected = true;
         }
     }
+    wakeDeviceController();
     if (connected) {
         emit signalHideBLEGuidanceDialog();
         if (mNotices != nullptr) {
@@ -648,6 +673,12 @@ void MainWindowPresenter::onBLEDeviceConnectState(bool connected, QString uuid)
 
 void MainWindowPresenter::onTimerConnectionCheck()
 {
+    if (!mView->isShow()) {
+        // Only a console on the screen shows the guidance: the check rests until it is back.
+        mConnectionCheckResting = true;
+        mTimers[TimerConnectionCheck]->stop();
+        return;
+    }
     bool answered = false;
     {
         const Lock lock(mStatusMutex);
@@ -662,6 +693,14 @@ void MainWindowPresenter::onTimerConnectionCheck()
 void MainWindowPresenter::hide()
 {
     mGuidanceShown = false;
+}
+
+void MainWindowPresenter::onViewShown()
+{
+    if (mConnectionCheckResting) {
+        mConnectionCheckResting = false;
+        mTimers[TimerConnectionCheck]->start();
+    }
 }
 
 void MainWindowPresenter::onGetPlugIn()

@@ -71,6 +71,7 @@ private slots:
     void initTestCase();
     void asleepMouseWaitsThenSettingsReachIt();
     void unplugAndReplug();
+    void controllerRestsWithoutDevice();
     void onlineLadderOpensFromTheListAndRegisters();
     void httpStepsRunInOrderAndRetry();
     void optionalStepsGiveWayToRegistration();
@@ -209,6 +210,41 @@ void TestConsoleLadder::unplugAndReplug()
     QVERIFY(!rig.errors().contains(1));
     QCOMPARE(rig.view.callsOf(QStringLiteral("setDeviceTypeIcon")).size(), 2);
     QCOMPARE(presenter->currentDeviceInfo().vid, QStringLiteral("3151"));  // the saved numbers
+}
+
+void TestConsoleLadder::controllerRestsWithoutDevice()
+{
+    // No receiver and no Bluetooth mouse: once the attempt with the backend's device list has
+    // failed and the open wait (200 ticks) is over, the controller says "no device" and stops;
+    // a receiver plugged in later wakes it and the mouse is set up.
+    auto sim = simulator({QStringLiteral("unplug")});
+    QVERIFY(sim);
+    auto http = backend();
+    VirtualHidBackend link(mSocketPath);
+    ConsoleRig rig(&link, kTickMs);
+    rig.prepare([](UserPreferences& p) { p.delayOpenDeviceTime = 300; });
+    MainWindowPresenter* presenter = rig.start(http.get());
+    QVERIFY(QMetaObject::invokeMethod(rig.hid.changeWorker(), "onCheck", Qt::BlockingQueuedConnection));
+    QTRY_VERIFY_WITH_TIMEOUT(!presenter->isDeviceControllerRunning(), 600 * kTickMs);
+    QVERIFY(rig.errors().contains(1));
+    QVERIFY(!presenter->deviceStatus().connected);
+    // The connection check shows the guidance only on a console on the screen: with the console
+    // away it rests, and the console coming up starts it, and the guidance follows.
+    QTimer* check = presenter->timer(MainWindowPresenter::TimerConnectionCheck);
+    QTRY_VERIFY_WITH_TIMEOUT(!check->isActive(), 2500);
+    QSignalSpy guidance(presenter, &MainWindowPresenter::signalShowBLEGuidanceDialog);
+    rig.view.answers[QStringLiteral("isShow")] = true;
+    presenter->onViewShown();
+    QVERIFY(check->isActive());
+    QTRY_COMPARE_WITH_TIMEOUT(guidance.size(), 1, 2500);
+
+    sim->command("plug");
+    sim->command("echo plugged");
+    QVERIFY(sim->waitForLine(QStringLiteral("plugged")));
+    QVERIFY(QMetaObject::invokeMethod(rig.hid.changeWorker(), "onCheck", Qt::BlockingQueuedConnection));
+    QTRY_VERIFY(presenter->isDeviceControllerRunning());
+    QTRY_VERIFY_WITH_TIMEOUT(presenter->isDeviceInitialised(), 15000);
+    QVERIFY(!rig.errors().contains(1));
 }
 
 void TestConsoleLadder::onlineLadderOpensFromTheListAndRegisters()

@@ -5,6 +5,7 @@
 
 #include <QElapsedTimer>
 #include <QSignalSpy>
+#include <QTemporaryDir>
 #include <QtTest>
 
 #include <atomic>
@@ -39,6 +40,7 @@ private slots:
     void readFailureClosesTheLinkThoughWritesGoThrough();
     void openRightAfterAListenerClosedTheLink();
     void plugDetection();
+    void plugWatchFollowsTheDeviceFolder();
     void writesFromAnotherThreadWhileReadingAndClosing();
 };
 
@@ -102,6 +104,15 @@ void TestHidManager::writeSendsReportZeroAndLosesByte31()
     QCOMPARE(writes.at(0).size(), 32);
     QCOMPARE(writes.at(0).at(0), '\0');
     QCOMPARE(writes.at(0).mid(1), msg.toByteArray(31));
+
+    // The loop waits for input without a short slice: a write and a close cut the wait short.
+    QTest::qWait(100);
+    QElapsedTimer clock;
+    clock.start();
+    QVERIFY(hid.write(msg.bytes));
+    QTRY_COMPARE_WITH_TIMEOUT(backend.writes().size(), 2, 1000);
+    hid.close();
+    QVERIFY(clock.elapsed() < 1000);
 }
 
 void TestHidManager::readLoopDeliversWholeReportsAndLeavesOnClose()
@@ -260,6 +271,34 @@ void TestHidManager::plugDetection()
     // Paths compare exactly.
     QVERIFY(!UsbChangeWorker::devExist({HidDevice{QStringLiteral("/dev/HIDRAW3"), kVid, kPid}},
                                        HidDevice{QStringLiteral("/dev/hidraw3"), kVid, kPid}));
+}
+
+void TestHidManager::plugWatchFollowsTheDeviceFolder()
+{
+    // A backend whose nodes live in a folder: a change there is a check, and nothing polls.
+    class FolderBackend : public FakeHidBackend {
+    public:
+        QString folder;
+        QString deviceFolder() const override { return folder; }
+    };
+    QTemporaryDir dev;
+    FolderBackend backend;
+    backend.folder = dev.path();
+    HidManager hid(&backend);
+    QSignalSpy changes(&hid, &HidManager::signalUSBChange);
+    QVERIFY(QMetaObject::invokeMethod(
+        hid.changeWorker(), [] {}, Qt::BlockingQueuedConnection));
+    backend.setInterfaces(receiver());
+    QTest::qWait(1500);  // a poll would have looked by now
+    QVERIFY(changes.isEmpty());
+    QFile node(dev.filePath(QStringLiteral("hidraw0")));
+    QVERIFY(node.open(QIODevice::WriteOnly));
+    QTRY_COMPARE(changes.size(), 1);
+    QCOMPARE(changes.at(0), QVariantList({kVid, kPid, true}));
+    backend.setInterfaces({});
+    QVERIFY(node.remove());
+    QTRY_COMPARE(changes.size(), 2);
+    QCOMPARE(changes.at(1).at(2), QVariant(false));
 }
 
 void TestHidManager::writesFromAnotherThreadWhileReadingAndClosing()

@@ -40,6 +40,7 @@ private slots:
     void placement_data();
     void placement();
     void moveTimerSkipsHiddenPanel();
+    void levelTimerRestsWhileHidden();
     void translationIsDebounced();
     void traditionalScriptNeedsSecondRequest_data();
     void traditionalScriptNeedsSecondRequest();
@@ -145,6 +146,33 @@ void TestFollowPresenters::moveTimerSkipsHiddenPanel()
     QCOMPARE(view.callsOf(QStringLiteral("moveWindow")).size(), 1);
     presenter->stopMoveWindow();
     QVERIFY(!presenter->moveTimer().isActive());
+}
+
+void TestFollowPresenters::levelTimerRestsWhileHidden()
+{
+    // Both panels: the level ticks while shown, the first tick of a hidden panel stops it
+    // without touching the view, and showing the panel starts it again.
+    RecordingFocusFollowView focusView;
+    RecordingNoFocusFollowView fixedView;
+    std::unique_ptr<Panel> presenters[] = {focus(&focusView), fixed(&fixedView)};
+    CallRecorder* views[] = {&focusView, &fixedView};
+    for (int i = 0; i < 2; ++i) {
+        Panel& presenter = *presenters[i];
+        CallRecorder& view = *views[i];
+        QVERIFY(presenter.isLevelTimerActive());
+        view.answers[QStringLiteral("IsHidden")] = false;
+        view.calls.clear();
+        presenter.onUpdateVolume();
+        QCOMPARE(view.callsOf(QStringLiteral("onUpdateVolume")).size(), 1);
+        QVERIFY(presenter.isLevelTimerActive());
+        view.answers[QStringLiteral("IsHidden")] = true;
+        presenter.onUpdateVolume();
+        QCOMPARE(view.callsOf(QStringLiteral("onUpdateVolume")).size(), 1);
+        QVERIFY(!presenter.isLevelTimerActive());
+        view.answers[QStringLiteral("IsHidden")] = false;
+        presenter.onViewShown();
+        QVERIFY(presenter.isLevelTimerActive());
+    }
 }
 
 void TestFollowPresenters::translationIsDebounced()

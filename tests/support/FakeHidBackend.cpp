@@ -125,6 +125,15 @@ void FakeHidBackend::setError(const wchar_t* text)
     }
 }
 
+void FakeHidBackend::wake(Handle)
+{
+    {
+        const std::lock_guard<std::mutex> lock(mMutex);
+        mWoken = true;
+    }
+    mReportReady.notify_all();
+}
+
 int FakeHidBackend::readTimeout(Handle, unsigned char* buffer, int length, int milliseconds)
 {
     enter();
@@ -133,7 +142,8 @@ int FakeHidBackend::readTimeout(Handle, unsigned char* buffer, int length, int m
     {
         std::unique_lock<std::mutex> lock(mMutex);
         mReportReady.wait_for(lock, std::chrono::milliseconds(milliseconds),
-                              [this] { return mPulledOut || mFailNextRead || !mReports.empty(); });
+                              [this] { return mPulledOut || mFailNextRead || mWoken || !mReports.empty(); });
+        mWoken = false;
         if (mPulledOut || mFailNextRead) {
             // The descriptor reported an error: no string is left for it.
             mFailNextRead = false;

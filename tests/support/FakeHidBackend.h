@@ -43,6 +43,8 @@ public:
     int write(Handle handle, const unsigned char* data, int length) override;
     void close(Handle handle) override;
     QString error(Handle handle) override;
+    bool canWake(Handle) override { return true; }
+    void wake(Handle handle) override;
 
 private:
     // Marks a call on the handle; a second one at the same time is fatal.
@@ -58,6 +60,7 @@ private:
     QList<QByteArray> mWrites;
     QString mOpenedPath;
     bool mInitFails = false;
+    bool mWoken = false;
     bool mPulledOut = false;
     bool mFailNextRead = false;
     int mOpenHandles = 0;

@@ -383,9 +383,14 @@ void TestInputSession::deviceMicrophoneVolume()
     emit mRig->device.signalAudioVolume(40);
     QTest::qWait(50);
     const int inStep = mRig->hidBackend.writes().size();
-    presenter()->onSyncDeviceVolume();  // in step: nothing to send
+    presenter()->onSyncDeviceVolume();  // in step: nothing to send, and the tick rests
     QTest::qWait(50);
     QCOMPARE(mRig->hidBackend.writes().size(), inStep);
+    QVERIFY(!presenter()->timer(P::TimerSyncDeviceVolume).isActive());
+    // The device reports another value (from its read thread): the tick runs and writes ours.
+    emit mRig->device.signalAudioVolume(35);
+    QTRY_VERIFY(presenter()->timer(P::TimerSyncDeviceVolume).isActive());
+    QTRY_COMPARE(lastWrite(), DM::setAudioVolume(40).toByteArray());
 
     emit mRig->device.signalVolumeAdjust(true, 38, 30);
     emit mRig->baidu->signalChangeVolume(-20);

@@ -439,6 +439,20 @@ void MainWindow::closeEvent(QCloseEvent* event)
     event->ignore();
 }
 
+void MainWindow::showEvent(QShowEvent* event)
+{
+    QMainWindow::showEvent(event);
+    mPresenter->onViewShown();
+}
+
+void MainWindow::changeEvent(QEvent* event)
+{
+    QMainWindow::changeEvent(event);
+    if (event->type() == QEvent::WindowStateChange && isShow()) {
+        mPresenter->onViewShown();  // back from minimised
+    }
+}
+
 void MainWindow::resizeEvent(QResizeEvent* event)
 {
     QMainWindow::resizeEvent(event);

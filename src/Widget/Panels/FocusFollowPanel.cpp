@@ -456,6 +456,12 @@ void FocusFollowPanel::onRecVolume(int value)
     mPanelPresenter->onRecVolume(value);
 }
 
+void FocusFollowPanel::showEvent(QShowEvent* event)
+{
+    QDialog::showEvent(event);
+    mPanelPresenter->onViewShown();
+}
+
 void FocusFollowPanel::onUpdateVolume()
 {
     if (isHidden()) {

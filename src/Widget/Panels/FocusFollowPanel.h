@@ -141,6 +141,7 @@ protected:
 
     bool eventFilter(QObject* watched, QEvent* event) override;
     void paintEvent(QPaintEvent* event) override;
+    void showEvent(QShowEvent* event) override;
     void resizeEvent(QResizeEvent* event) override;
     // The card's top edge in the panel; the caret panel leaves room for its arrow.
     virtual int cardTop() const { return kCardTop; }

@@ -1,0 +1,452 @@
+// Typing into other applications: 1000 characters of mixed Chinese, ASCII, digits, accented
+// Latin and emoji in pieces of 20, as recognition delivers them, into a Qt line edit and a GTK 3
+// text view; then rewriting a 20-character tail. Beside each figure, xdotool doing the same on
+// the same clients. Last, which rule a change of the keyboard map needs for Qt, GTK (also one
+// that is slow on every change) and xterm: the same typing with a small pool of spare keycodes,
+// so that keycodes are reused while keys on them may still be unread.
+// Run under an X server of its own: tests/xvfb-run-test build/release/bench/typing [--smoke]
+// --smoke: short texts, checks that everything arrived, prints no table.
+#include "BenchUtil.h"
+#include "Platform/X11InputBackend.h"
+
+#include <QCoreApplication>
+#include <QElapsedTimer>
+#include <QFile>
+#include <QProcess>
+#include <QTemporaryDir>
+#include <QThread>
+
+#include <X11/Xlib.h>
+#include <X11/keysym.h>
+
+#include <poll.h>
+
+#include <cstdio>
+#include <memory>
+
+namespace {
+
+bool gSmoke = false;
+
+// A client window in its own process: "ready WINID" once focused, "get" for its text.
+class Client {
+public:
+    explicit Client(const QString& kind)
+    {
+        if (kind == QLatin1String("xterm")) {
+            mFile = mDir.filePath(QStringLiteral("typed"));
+            QProcessEnvironment env = QProcessEnvironment::systemEnvironment();
+            env.insert(QStringLiteral("LC_ALL"), QStringLiteral("C.UTF-8"));
+            mProcess.setProcessEnvironment(env);
+            mProcess.start(QStringLiteral("xterm"),
+                           {QStringLiteral("-u8"), QStringLiteral("-T"), QStringLiteral("bench terminal"),
+                            QStringLiteral("-e"), QStringLiteral("sh"), QStringLiteral("-c"),
+                            QStringLiteral("stty -icanon -echo && exec cat > '%1'").arg(mFile)});
+            return;
+        }
+        const bool gtk = kind.startsWith(QLatin1String("gtk"));
+        QStringList arguments;
+        if (kind == QLatin1String("gtk-busy")) {
+            arguments << QStringLiteral("--busy") << QStringLiteral("2");
+        }
+        mProcess.start(gtk ? QStringLiteral(GTK_CLIENT) : QStringLiteral(QT_CLIENT), arguments);
+    }
+    ~Client()
+    {
+        if (mFile.isEmpty()) {
+            mProcess.write("quit\n");
+        } else {
+            mProcess.terminate();
+        }
+        if (!mProcess.waitForFinished(2000)) {
+            mProcess.kill();
+            mProcess.waitForFinished();
+        }
+    }
+    bool waitReady()
+    {
+        if (mFile.isEmpty()) {
+            return readLine(10000).startsWith(QLatin1String("ready "));
+        }
+        QProcess focus;
+        focus.start(QStringLiteral("xdotool"),
+                    {QStringLiteral("search"), QStringLiteral("--sync"), QStringLiteral("--onlyvisible"),
+                     QStringLiteral("--name"), QStringLiteral("bench terminal"),
+                     QStringLiteral("windowfocus"), QStringLiteral("--sync")});
+        QElapsedTimer clock;
+        clock.start();
+        const bool focused = focus.waitForFinished(10000) && focus.exitCode() == 0;
+        while (!QFile::exists(mFile) && clock.elapsed() < 10000) {
+            QThread::msleep(20);
+        }
+        return focused && QFile::exists(mFile);
+    }
+    // What the field holds once it equals expected, or after the time-out.
+    QString text(const QString& expected, int timeoutMs = 3000)
+    {
+        QElapsedTimer clock;
+        clock.start();
+        QString last;
+        do {
+            last = read();
+            if (last == expected) {
+                break;
+            }
+            QThread::msleep(20);
+        } while (clock.elapsed() < timeoutMs);
+        return last;
+    }
+
+private:
+    QString read()
+    {
+        if (!mFile.isEmpty()) {
+            QFile file(mFile);
+            return file.open(QIODevice::ReadOnly) ? QString::fromUtf8(file.readAll()) : QString();
+        }
+        mProcess.write("get\n");
+        return readLine(2000).mid(5);
+    }
+    QString readLine(int timeoutMs)
+    {
+        QElapsedTimer clock;
+        clock.start();
+        while (!mProcess.canReadLine() && clock.elapsed() < timeoutMs) {
+            mProcess.waitForReadyRead(20);
+        }
+        const QString line = QString::fromUtf8(mProcess.readLine());
+        return line.endsWith(QLatin1Char('\n')) ? line.chopped(1) : line;
+    }
+
+    QProcess mProcess;
+    QTemporaryDir mDir;
+    QString mFile;
+};
+
+// Dictation as it arrives: mostly Chinese from a few hundred characters, English words,
+// numbers, accented Latin, a few emoji and punctuation. The same text every run.
+QString mixedText(int length, quint32 seed)
+{
+    const QString chinese = QStringLiteral(
+        "的一是不了人我在有他这中大来上国个到说们为子和你地出道也时年得就那要下以生会自着去之过家学对"
+        "可她里后小么心多天而能好都然没日于起还发成事只作当想看文无开手十用主行方又如前所本见经头面公同"
+        "三已老从动两长知民样现分将外但身些与高意进把法此实回二理美点月明其种声全工己话儿者向情部正名定"
+        "女问力机给等几很业最间新什打便位因重被走电四第门相次东政海口使教西再平真听世气信北少关并内加化"
+        "由却代军产入先山五太水万市眼体别处总才场师书比住员九笑性通目华报立马命张活难神数件安表原车白应");
+    const QString latin = QStringLiteral("éèüöäñçàâÉÜß");
+    const QStringList emoji = {QStringLiteral("😀"), QStringLiteral("👋"), QStringLiteral("🎉")};
+    const QStringList words = {QStringLiteral("voice"), QStringLiteral("mouse"), QStringLiteral("Hello"),
+                               QStringLiteral("OK"), QStringLiteral("typing")};
+    QString text;
+    auto next = [&seed](int range) {
+        seed = seed * 1103515245u + 12345u;
+        return static_cast<int>((seed >> 16) % static_cast<quint32>(range));
+    };
+    while (text.toUcs4().size() < length) {
+        const int pick = next(100);
+        if (pick < 60) {
+            text += chinese.at(next(chinese.size()));
+        } else if (pick < 72) {
+            text += words.at(next(words.size())) + QLatin1Char(' ');
+        } else if (pick < 82) {
+            text += QString::number(next(1000));
+        } else if (pick < 92) {
+            text += latin.at(next(latin.size()));
+        } else if (pick < 95) {
+            text += emoji.at(next(emoji.size()));
+        } else {
+            text += QStringLiteral("，。, ");
+        }
+    }
+    const QVector<uint> ucs4 = text.toUcs4();
+    return QString::fromUcs4(ucs4.constData(), length);
+}
+
+QStringList pieces(const QString& text, int size)
+{
+    const QVector<uint> ucs4 = text.toUcs4();
+    QStringList result;
+    for (int i = 0; i < ucs4.size(); i += size) {
+        result << QString::fromUcs4(ucs4.constData() + i, std::min(size, ucs4.size() - i));
+    }
+    return result;
+}
+
+// Waits until the focused window has handled every event sent before: a _NET_WM_PING round
+// trip, the way the backend itself knows (used for xdotool, which has no such wait).
+void waitForFocusedClient(Display* d)
+{
+    Window focus = 0;
+    int revert = 0;
+    XGetInputFocus(d, &focus, &revert);
+    // The focus may be a child of the client's top-level window, which answers pings.
+    for (int depth = 0; depth < 8 && focus > PointerRoot; ++depth) {
+        Atom* protocols = nullptr;
+        int count = 0;
+        bool answers = false;
+        const Atom ping = XInternAtom(d, "_NET_WM_PING", False);
+        if (XGetWMProtocols(d, focus, &protocols, &count) != 0) {
+            answers = std::find(protocols, protocols + count, ping) != protocols + count;
+            XFree(protocols);
+        }
+        if (answers) {
+            break;
+        }
+        Window root = 0;
+        Window parent = 0;
+        Window* children = nullptr;
+        unsigned int n = 0;
+        XQueryTree(d, focus, &root, &parent, &children, &n);
+        if (children != nullptr) {
+            XFree(children);
+        }
+        focus = parent == root ? 0 : parent;
+    }
+    if (focus <= PointerRoot) {
+        QThread::msleep(200);  // a client without pings (xterm): time
+        return;
+    }
+    const Window root = DefaultRootWindow(d);
+    XSelectInput(d, root, SubstructureNotifyMask);
+    XEvent event{};
+    event.xclient.type = ClientMessage;
+    event.xclient.window = focus;
+    event.xclient.message_type = XInternAtom(d, "WM_PROTOCOLS", False);
+    event.xclient.format = 32;
+    event.xclient.data.l[0] = static_cast<long>(XInternAtom(d, "_NET_WM_PING", False));
+    event.xclient.data.l[1] = 424242;
+    event.xclient.data.l[2] = static_cast<long>(focus);
+    XSendEvent(d, focus, False, NoEventMask, &event);
+    XFlush(d);
+    QElapsedTimer clock;
+    clock.start();
+    for (bool answered = false; !answered && clock.elapsed() < 5000;) {
+        while (!answered && XPending(d) > 0) {
+            XEvent reply{};
+            XNextEvent(d, &reply);
+            answered = reply.type == ClientMessage && reply.xclient.data.l[1] == 424242;
+        }
+        pollfd fd{ConnectionNumber(d), POLLIN, 0};
+        poll(&fd, 1, answered ? 0 : 5);
+    }
+    XSelectInput(d, root, NoEventMask);
+    XSync(d, True);
+}
+
+struct Outcome {
+    Bench::Arrival arrival;
+    double seconds = 0;
+    int characters = 0;
+    int remaps = 0;
+    double rate() const { return seconds > 0 ? characters / seconds : 0; }
+    QString text() const
+    {
+        return QStringLiteral("%1 lost, %2 wrong, %3 chars/s")
+            .arg(arrival.lost)
+            .arg(arrival.extra)
+            .arg(rate(), 0, 'f', 0);
+    }
+};
+
+// Our typing: a fresh backend (nothing mapped yet), the text in pieces, then until the client
+// has read the last key.
+Outcome typeOurs(const QString& kind, const QString& text, X11InputBackend::Safety safety, int spares)
+{
+    Outcome outcome;
+    Client client(kind);
+    if (!client.waitReady()) {
+        std::fprintf(stderr, "typing: the %s client did not start\n", qPrintable(kind));
+        outcome.arrival.lost = text.toUcs4().size();
+        return outcome;
+    }
+    X11InputBackend backend;
+    backend.setSafety(safety);
+    backend.setSpareLimit(spares);
+    const QStringList parts = pieces(text, 20);
+    QElapsedTimer clock;
+    clock.start();
+    for (const QString& piece : parts) {
+        backend.typeText(piece);
+    }
+    backend.waitUntilRead();
+    outcome.seconds = clock.nsecsElapsed() / 1e9;
+    outcome.characters = text.toUcs4().size();
+    outcome.remaps = backend.remapCount();
+    outcome.arrival = Bench::compare(text, client.text(text));
+    return outcome;
+}
+
+Outcome typeXdotool(const QString& kind, const QString& text, const QStringList& options, Display* d)
+{
+    Outcome outcome;
+    Client client(kind);
+    if (!client.waitReady()) {
+        outcome.arrival.lost = text.toUcs4().size();
+        return outcome;
+    }
+    QElapsedTimer clock;
+    clock.start();
+    QProcess tool;
+    tool.start(QStringLiteral("xdotool"), QStringList{QStringLiteral("type")} + options + QStringList{text});
+    tool.waitForFinished(120000);
+    waitForFocusedClient(d);
+    outcome.seconds = clock.nsecsElapsed() / 1e9;
+    outcome.characters = text.toUcs4().size();
+    outcome.arrival = Bench::compare(text, client.text(text));
+    return outcome;
+}
+
+// A revised partial: the last 20 characters go and 20 others come, as the rewrite of a segment
+// sends them (one BackSpace per character, then the new text), timed until the client has read
+// them all.
+struct Rewrites {
+    std::vector<double> ms;
+    bool exact = true;
+};
+Rewrites rewriteOurs(const QString& kind, int count)
+{
+    Rewrites result;
+    Client client(kind);
+    if (!client.waitReady()) {
+        result.exact = false;
+        return result;
+    }
+    X11InputBackend backend;
+    QString expected = mixedText(20, 7);
+    backend.typeText(expected);
+    backend.waitUntilRead();
+    for (int i = 0; i < count; ++i) {
+        const QString tail = mixedText(20, 100u + quint32(i));
+        QElapsedTimer clock;
+        clock.start();
+        for (int k = 0; k < 20; ++k) {
+            backend.sendKey(XK_BackSpace, true);
+            backend.sendKey(XK_BackSpace, false);
+        }
+        backend.typeText(tail);
+        backend.waitUntilRead();
+        result.ms.push_back(clock.nsecsElapsed() / 1e6);
+        expected = tail;
+        if (client.text(expected) != expected) {
+            result.exact = false;
+        }
+    }
+    return result;
+}
+
+Rewrites rewriteXdotool(const QString& kind, int count, Display* d)
+{
+    Rewrites result;
+    Client client(kind);
+    if (!client.waitReady()) {
+        result.exact = false;
+        return result;
+    }
+    QString expected = mixedText(20, 7);
+    QProcess::execute(QStringLiteral("xdotool"), {QStringLiteral("type"), expected});
+    for (int i = 0; i < count; ++i) {
+        const QString tail = mixedText(20, 100u + quint32(i));
+        QElapsedTimer clock;
+        clock.start();
+        QStringList keys{QStringLiteral("key")};
+        for (int k = 0; k < 20; ++k) {
+            keys << QStringLiteral("BackSpace");
+        }
+        QProcess::execute(QStringLiteral("xdotool"), keys);
+        QProcess::execute(QStringLiteral("xdotool"), {QStringLiteral("type"), tail});
+        waitForFocusedClient(d);
+        result.ms.push_back(clock.nsecsElapsed() / 1e6);
+        expected = tail;
+        if (client.text(expected) != expected) {
+            result.exact = false;
+        }
+    }
+    return result;
+}
+
+QString safetyName(X11InputBackend::Safety safety)
+{
+    switch (safety) {
+        case X11InputBackend::Safety::Confirmed:
+            return QStringLiteral("keys on a keycode read before it changes (ours)");
+        case X11InputBackend::Safety::ConfirmedAndSettled:
+            return QStringLiteral("same, and each change read before the next key");
+        case X11InputBackend::Safety::Unchecked:
+            break;
+    }
+    return QStringLiteral("keycodes changed at once");
+}
+
+}  // namespace
+
+int main(int argc, char* argv[])
+{
+    QCoreApplication app(argc, argv);
+    gSmoke = app.arguments().contains(QStringLiteral("--smoke"));
+    Display* d = XOpenDisplay(nullptr);
+    if (d == nullptr) {
+        std::fprintf(stderr, "typing: no X display (run it under tests/xvfb-run-test)\n");
+        return 2;
+    }
+    bool ok = true;
+    using Safety = X11InputBackend::Safety;
+
+    if (gSmoke) {
+        // Correctness only: a text that needs every spare keycode reused, into Qt and GTK, and a
+        // rewrite; a small pool makes the reuse happen in a short text.
+        const QString text = mixedText(120, 14);
+        for (const QString& kind : {QStringLiteral("qt"), QStringLiteral("gtk")}) {
+            const Outcome outcome = typeOurs(kind, text, Safety::Confirmed, 16);
+            std::printf("smoke %s: %s, %d remaps\n", qPrintable(kind), qPrintable(outcome.text()),
+                        outcome.remaps);
+            ok = ok && outcome.arrival.exact() && outcome.remaps > 16;
+            const Rewrites rewrites = rewriteOurs(kind, 3);
+            std::printf("smoke %s rewrite: %s\n", qPrintable(kind), rewrites.exact ? "exact" : "WRONG");
+            ok = ok && rewrites.exact;
+        }
+        XCloseDisplay(d);
+        std::printf("%s\n", ok ? "typing smoke: passed" : "typing smoke: FAILED");
+        return ok ? 0 : 1;
+    }
+
+    const QString text = mixedText(1000, 14);
+    for (const QString& kind : {QStringLiteral("qt"), QStringLiteral("gtk")}) {
+        const QString name = kind == QLatin1String("qt") ? QStringLiteral("Qt") : QStringLiteral("GTK 3");
+        const Outcome ours = typeOurs(kind, text, Safety::Confirmed, X11InputBackend::kMaxSpareKeycodes);
+        const Outcome slow = typeXdotool(kind, text, {}, d);
+        const Outcome fast = typeXdotool(kind, text, {QStringLiteral("--delay"), QStringLiteral("0")}, d);
+        std::fprintf(stderr, "typing %s: ours %.3f s, %d remaps\n", qPrintable(kind), ours.seconds,
+                     ours.remaps);
+        Bench::row(QStringLiteral("1. 1000 mixed characters in pieces of 20, %1").arg(name), ours.text(),
+                   QStringLiteral("xdotool type: %1; --delay 0: %2").arg(slow.text(), fast.text()),
+                   QStringLiteral("0 lost, ≥ 1000 chars/s"), ours.arrival.exact() && ours.rate() >= 1000);
+    }
+    for (const QString& kind : {QStringLiteral("qt"), QStringLiteral("gtk")}) {
+        const QString name = kind == QLatin1String("qt") ? QStringLiteral("Qt") : QStringLiteral("GTK 3");
+        const Rewrites ours = rewriteOurs(kind, 30);
+        const Rewrites peer = rewriteXdotool(kind, 3, d);
+        const double p95 = Bench::quantile(ours.ms, 0.95);
+        Bench::row(QStringLiteral("2. Rewrite a 20-character tail, %1 (p50 / p95)").arg(name),
+                   QStringLiteral("%1 / %2, %3")
+                       .arg(Bench::ms(Bench::quantile(ours.ms, 0.5)), Bench::ms(p95),
+                            ours.exact ? QStringLiteral("exact") : QStringLiteral("NOT exact")),
+                   QStringLiteral("xdotool key BackSpace ×20 + type: %1, %2")
+                       .arg(Bench::ms(Bench::quantile(peer.ms, 0.5)),
+                            peer.exact ? QStringLiteral("exact") : QStringLiteral("not exact")),
+                   QStringLiteral("≤ 40 ms, exact"), ours.exact && p95 <= 40);
+    }
+    // What a change of the map needs: 24 spare keycodes, so that they are reused while keys
+    // sent on them may be unread. 400 characters each.
+    const QString study = mixedText(400, 21);
+    for (const QString& kind :
+         {QStringLiteral("qt"), QStringLiteral("gtk"), QStringLiteral("gtk-busy"), QStringLiteral("xterm")}) {
+        for (Safety safety : {Safety::Unchecked, Safety::Confirmed, Safety::ConfirmedAndSettled}) {
+            const Outcome outcome = typeOurs(kind, study, safety, 24);
+            std::printf("study\t%s\t%s\t%s\t%d remaps\n", qPrintable(kind), qPrintable(safetyName(safety)),
+                        qPrintable(outcome.text()), outcome.remaps);
+            std::fflush(stdout);
+        }
+    }
+    XCloseDisplay(d);
+    return ok ? 0 : 1;
+}
