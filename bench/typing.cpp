@@ -7,6 +7,7 @@
 // Run under an X server of its own: tests/xvfb-run-test build/release/bench/typing [--smoke]
 // --smoke: short texts, checks that everything arrived, prints no table.
 #include "BenchUtil.h"
+#include "MixedText.h"
 #include "Platform/X11InputBackend.h"
 
 #include <QCoreApplication>
@@ -122,55 +123,6 @@ private:
     QTemporaryDir mDir;
     QString mFile;
 };
-
-// Dictation as it arrives: mostly Chinese from a few hundred characters, English words,
-// numbers, accented Latin, a few emoji and punctuation. The same text every run.
-QString mixedText(int length, quint32 seed)
-{
-    const QString chinese = QStringLiteral(
-        "的一是不了人我在有他这中大来上国个到说们为子和你地出道也时年得就那要下以生会自着去之过家学对"
-        "可她里后小么心多天而能好都然没日于起还发成事只作当想看文无开手十用主行方又如前所本见经头面公同"
-        "三已老从动两长知民样现分将外但身些与高意进把法此实回二理美点月明其种声全工己话儿者向情部正名定"
-        "女问力机给等几很业最间新什打便位因重被走电四第门相次东政海口使教西再平真听世气信北少关并内加化"
-        "由却代军产入先山五太水万市眼体别处总才场师书比住员九笑性通目华报立马命张活难神数件安表原车白应");
-    const QString latin = QStringLiteral("éèüöäñçàâÉÜß");
-    const QStringList emoji = {QStringLiteral("😀"), QStringLiteral("👋"), QStringLiteral("🎉")};
-    const QStringList words = {QStringLiteral("voice"), QStringLiteral("mouse"), QStringLiteral("Hello"),
-                               QStringLiteral("OK"), QStringLiteral("typing")};
-    QString text;
-    auto next = [&seed](int range) {
-        seed = seed * 1103515245u + 12345u;
-        return static_cast<int>((seed >> 16) % static_cast<quint32>(range));
-    };
-    while (text.toUcs4().size() < length) {
-        const int pick = next(100);
-        if (pick < 60) {
-            text += chinese.at(next(chinese.size()));
-        } else if (pick < 72) {
-            text += words.at(next(words.size())) + QLatin1Char(' ');
-        } else if (pick < 82) {
-            text += QString::number(next(1000));
-        } else if (pick < 92) {
-            text += latin.at(next(latin.size()));
-        } else if (pick < 95) {
-            text += emoji.at(next(emoji.size()));
-        } else {
-            text += QStringLiteral("，。, ");
-        }
-    }
-    const QVector<uint> ucs4 = text.toUcs4();
-    return QString::fromUcs4(ucs4.constData(), length);
-}
-
-QStringList pieces(const QString& text, int size)
-{
-    const QVector<uint> ucs4 = text.toUcs4();
-    QStringList result;
-    for (int i = 0; i < ucs4.size(); i += size) {
-        result << QString::fromUcs4(ucs4.constData() + i, std::min(size, ucs4.size() - i));
-    }
-    return result;
-}
 
 // Waits until the focused window has handled every event sent before: a _NET_WM_PING round
 // trip, the way the backend itself knows (used for xdotool, which has no such wait).
