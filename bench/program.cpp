@@ -100,7 +100,7 @@ Idle measureIdle(qint64 pid, int seconds)
 
 QString consoleWindow()
 {
-    return E2e::waitForWindow(E2e::ProgramRig::ourWindows(), E2e::ProgramRig::consoleSize(), 25000);
+    return E2e::waitForWindow(E2e::ProgramRig::ourWindows(), E2e::kConsoleSize, 25000);
 }
 
 // The application dictated into: the Qt line edit of the typing suites, which takes the

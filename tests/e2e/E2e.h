@@ -19,6 +19,18 @@
 
 namespace E2e {
 
+// Our windows by their size, and the spots the suites click, from a window's top-left corner.
+inline const QSize kConsoleSize(880, 600);
+inline const QSize kStripSize(840, 54);
+inline const QSize kFixedPanelSize(124, 131);
+inline const QSize kToolbarSize(144, 32);
+inline const QSize kTranslateWindowSize(456, 361);
+inline const QSize kPlugStripSize(336, 72);  // once it has slid out
+inline const QPoint kToolbarTranslate(49, 16);
+inline const QPoint kToolbarRead(87, 16);
+inline const QPoint kTranslateWindowClose(435, 67);  // the frame starts 46 px down, its × at (422, 8)
+inline const QPoint kNavAppSettings(92, 202);        // the console's settings page
+
 constexpr int kWindowMs = 8000;
 
 // What xdotool answers, trimmed.

@@ -15,7 +15,6 @@ namespace E2e {
 class ProgramRig {
 public:
     static constexpr int kStartMs = 25000;
-    static QSize consoleSize() { return {880, 600}; }
     static QString ourWindows() { return QStringLiteral("^Zorvane$"); }
 
     // Files in the suite's runtime folder: the speech the mouse hears, the script the stand-in
@@ -97,7 +96,7 @@ public:
             !sim->waitForLine(out(DeviceMessage::getSoundEffect()), kStartMs)) {
             return false;
         }
-        const QString console = waitForWindow(ourWindows(), consoleSize(), kStartMs);
+        const QString console = waitForWindow(ourWindows(), kConsoleSize, kStartMs);
         xdotool({QStringLiteral("windowminimize"), QStringLiteral("--sync"), console});
         return !console.isEmpty();
     }
@@ -133,7 +132,7 @@ public:
         Child second(environment());
         second.start(QStringLiteral(ZORVANE_BINARY));
         second.process().waitForFinished(10000);
-        const QString console = waitForWindow(ourWindows(), consoleSize());
+        const QString console = waitForWindow(ourWindows(), kConsoleSize);
         xdotool({QStringLiteral("windowactivate"), QStringLiteral("--sync"), console});
         return console;
     }
@@ -142,7 +141,7 @@ public:
     QStringList panels() const
     {
         QStringList found = visibleWindows(ourWindows());
-        for (const QString& console : visibleWindows(ourWindows(), consoleSize())) {
+        for (const QString& console : visibleWindows(ourWindows(), kConsoleSize)) {
             found.removeAll(console);
         }
         return found;

@@ -9,14 +9,7 @@ namespace {
 // Every stretch of speech is heard as the same sentence, so that what a recovered session types
 // does not depend on how many sessions a fault swallowed.
 const QString kSentence = QStringLiteral("我们再试一次。");
-const QSize kStripSize(840, 54);
-const QSize kToolbarSize(144, 32);
-const QSize kTranslateWindowSize(456, 361);
-const QPoint kToolbarTranslate(49, 16);
-const QPoint kToolbarRead(87, 16);
-const QPoint kTranslateWindowClose(435, 67);
 // The console's navigation and, on its settings page, the daily phrase switch.
-const QPoint kNavAppSettings(92, 202);
 const QPoint kDailyPhraseSwitch(802, 365);
 const QByteArray kDamagedPreferences("[config\x01\xff\xfe\nrecognitionLanguage=\x80\x81\n");
 

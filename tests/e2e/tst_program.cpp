@@ -28,9 +28,7 @@ const QPoint kSpots[] = {
     {852, 22},   // the title bar's close button, which quits
 };
 
-const QSize kConsoleSize(880, 600);
 const QSize kQuestionSize(400, 200);
-const QSize kPlugStripSize(336, 72);  // once it has slid out
 const QString kConsoleName = QStringLiteral("^Zorvane$");
 const QString kPlugStripName = QStringLiteral("^Zorvane 设备提示$");
 const QString kLowbatName = QStringLiteral("^Zorvane 电量提醒$");

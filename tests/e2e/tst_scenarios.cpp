@@ -15,13 +15,11 @@ const QString kNewVersion = QStringLiteral("9.9.9.9");
 
 const QSize kFeedbackSize(460, 400);
 const QSize kUpdateSize(440, 320);
-const QSize kPlugStripSize(336, 72);
 const QString kLowbatName = QStringLiteral("^Zorvane 电量提醒$");
 const QString kPlugStripName = QStringLiteral("^Zorvane 设备提示$");
 
 // Spots in the windows, from their top-left corners: the console's navigation and the link at
 // the foot of its settings page, the feedback dialog's fields and button, the update offer's.
-const QPoint kNavAppSettings(92, 202);
 const QPoint kFeedbackLink(245, 565);
 const QPoint kFeedbackTitle(233, 66);
 const QPoint kFeedbackContent(233, 200);

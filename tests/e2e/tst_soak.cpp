@@ -10,7 +10,6 @@ const QString kSentence = QStringLiteral("一二三。");
 // The address the virtual mouse has on Bluetooth, paired before.
 const QString kMouseBleAddress = QStringLiteral("C8:47:8C:5A:01:02");
 // The console's navigation and, on its settings page, the voice translation switch.
-const QPoint kNavAppSettings(92, 202);
 const QPoint kVoiceTranslateSwitch(802, 170);
 // Sessions before the first figures: the allocator and Qt's caches settle in these.
 constexpr int kWarmUp = 4;
@@ -105,8 +104,7 @@ void TestSoak::initTestCase()
     mRig.sim->command("ble-on");
     mRig.startProgram();
     QVERIFY(mRig.sim->waitForLine(QStringLiteral("ble attached"), ProgramRig::kStartMs));
-    const QString console =
-        waitForWindow(ProgramRig::ourWindows(), ProgramRig::consoleSize(), ProgramRig::kStartMs);
+    const QString console = waitForWindow(ProgramRig::ourWindows(), kConsoleSize, ProgramRig::kStartMs);
     QVERIFY(!console.isEmpty());
     xdotool({QStringLiteral("windowminimize"), QStringLiteral("--sync"), console});
     QVERIFY(mRig.startClient());

@@ -22,14 +22,6 @@ const QString kCommandPage = QStringLiteral("http://home.example.invalid/start")
 const QString kFirstDictation = QStringLiteral("我想去北京看看。");
 const QString kSecondDictation = QStringLiteral("今天天气很好。");
 
-const QSize kConsoleSize(880, 600);
-const QSize kStripSize(840, 54);
-const QSize kFixedPanelSize(124, 131);
-const QSize kToolbarSize(144, 32);
-const QSize kTranslateWindowSize(456, 361);
-const QPoint kToolbarTranslate(49, 16);
-const QPoint kToolbarRead(87, 16);
-const QPoint kTranslateWindowClose(435, 67);  // the frame starts 46 px down, its × at (422, 8)
 // The address the virtual mouse has on Bluetooth.
 const QString kMouseBleAddress = QStringLiteral("C8:47:8C:5A:01:02");
 const QString kZorvane = QStringLiteral("^Zorvane$");

@@ -6,7 +6,6 @@ using namespace E2e;
 namespace {
 
 const QString kSentence = QStringLiteral("今天天气很好。");
-const QSize kConsoleSize(880, 600);
 constexpr int kStartMs = 25000;
 constexpr int kTextMs = 15000;
 
