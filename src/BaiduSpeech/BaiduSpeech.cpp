@@ -11,6 +11,9 @@
 #include <QUuid>
 #include <QtEndian>
 
+#include <sys/socket.h>
+
+#include <cerrno>
 #include <cstdlib>
 
 namespace {
@@ -202,8 +205,24 @@ bool BaiduSpeech::sdkWritable() const
 
 void BaiduSpeech::sendMessage(const QByteArray& frame)
 {
-    if (sdkWritable()) {
-        mSDKSocket->write(frame);
+    if (!sdkWritable()) {
+        return;
+    }
+    // With nothing queued in the socket's own buffer the frame goes straight to the kernel:
+    // queueing it would make the event dispatcher allocate a writability watch for every frame
+    // (16 a second while audio flows) and wake the loop once more to send it. What the kernel
+    // does not take, or a failure, goes the queued way, which keeps the order and reports errors.
+    qint64 sent = 0;
+    if (mSDKSocket->bytesToWrite() == 0) {
+        const int fd = static_cast<int>(mSDKSocket->socketDescriptor());
+        ssize_t n;
+        do {
+            n = ::send(fd, frame.constData(), static_cast<size_t>(frame.size()), MSG_DONTWAIT | MSG_NOSIGNAL);
+        } while (n < 0 && errno == EINTR);
+        sent = n > 0 ? n : 0;
+    }
+    if (sent < frame.size()) {
+        mSDKSocket->write(frame.constData() + sent, frame.size() - sent);
     }
 }
 

@@ -5,6 +5,7 @@
 #include <QJsonDocument>
 #include <QJsonObject>
 #include <QSignalSpy>
+#include <QTcpSocket>
 #include <QtEndian>
 #include <QtTest>
 
@@ -47,6 +48,7 @@ class TestBaiduSpeech : public QObject {
 private slots:
     void selectionRules();
     void sessionStreamsInOrder();
+    void stalledGatewayStillGetsEveryByte();
     void serversThatDoNotAcknowledgeAreLeft();
     void silenceBlockOncePerSentence();
     void stopSkipAndEnds();
@@ -132,6 +134,44 @@ void TestBaiduSpeech::sessionStreamsInOrder()
     gateway.sendEvent(54, -2000);
     QTRY_COMPARE(error.size(), 1);
     QCOMPARE(error.at(0), QVariantList({404, QStringLiteral("识别错误")}));
+}
+
+void TestBaiduSpeech::stalledGatewayStillGetsEveryByte()
+{
+    // 16 MB of audio while the gateway reads nothing (nothing runs its event loop): the kernel
+    // stops taking frames part of the way through one, and the rest must wait in the client
+    // and still arrive whole and in order.
+    FakeSpeechGateway gateway;
+    QVERIFY(gateway.start({5, 2}));
+    BaiduSpeech speech(nullptr, QStringLiteral("127.0.0.1"), gateway.controlPort());
+    speech.start(1537);
+    QTRY_COMPARE(gateway.frames.size(), 1);
+    QTRY_VERIFY(!speech.timerStart()->isActive());
+
+    constexpr int kPackets = 4096;
+    QByteArray sent;
+    sent.reserve(kPackets * BaiduSpeech::kFrameBytes);
+    QByteArray audio(BaiduSpeech::kFrameBytes, '\x11');
+    for (int i = 0; i < kPackets; ++i) {
+        qToBigEndian(static_cast<quint32>(i), audio.data());
+        qToBigEndian(~static_cast<quint32>(i), audio.data() + BaiduSpeech::kFrameBytes - 4);
+        speech.onAudioData(audio);
+        sent += audio;
+    }
+    qint64 waiting = 0;
+    for (const QTcpSocket* socket : speech.findChildren<QTcpSocket*>()) {
+        waiting += socket->bytesToWrite();
+    }
+    QVERIFY2(waiting > 0, "the kernel took everything: the case was not reached");
+
+    QTRY_COMPARE_WITH_TIMEOUT(gateway.frames.size(), 1 + kPackets, 30000);
+    QByteArray received;
+    received.reserve(sent.size());
+    for (int i = 1; i < gateway.frames.size(); ++i) {
+        QCOMPARE(gateway.frames.at(i).type, kData);
+        received += gateway.frames.at(i).payload;
+    }
+    QVERIFY(received == sent);
 }
 
 void TestBaiduSpeech::serversThatDoNotAcknowledgeAreLeft()

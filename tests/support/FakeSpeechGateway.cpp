@@ -82,18 +82,22 @@ void FakeSpeechGateway::onSdkData(QTcpSocket* socket)
         return;
     }
     mBuffer.append(socket->readAll());
-    while (mBuffer.size() >= 8) {
-        const quint32 type = qFromBigEndian<quint32>(mBuffer.constData());
-        const quint32 length = qFromBigEndian<quint32>(mBuffer.constData() + 4);
-        if (static_cast<quint32>(mBuffer.size()) < 8 + length) {
-            return;
+    // Frames are taken from a moving offset and the buffer cut once: a read of megabytes holds
+    // a thousand frames.
+    int at = 0;
+    while (mBuffer.size() - at >= 8) {
+        const quint32 type = qFromBigEndian<quint32>(mBuffer.constData() + at);
+        const quint32 length = qFromBigEndian<quint32>(mBuffer.constData() + at + 4);
+        if (static_cast<quint32>(mBuffer.size() - at) < 8 + length) {
+            break;
         }
-        frames.append({type, mBuffer.mid(8, static_cast<int>(length))});
-        mBuffer.remove(0, 8 + static_cast<int>(length));
+        frames.append({type, mBuffer.mid(at + 8, static_cast<int>(length))});
+        at += 8 + static_cast<int>(length);
         if (type == 0x5A5B6C10 && mParamsAnswer != Silent) {
             sendEvent(56, mParamsAnswer == Accept ? 1 : 0);
         }
     }
+    mBuffer.remove(0, at);
 }
 
 void FakeSpeechGateway::sendEvent(int type, int code, const QString& data)
