@@ -3,6 +3,7 @@
 // lookup costs (p50/p95/max) as the press pays it and as the search itself takes.
 #include "Platform/AtspiCaret.h"
 #include "Platform/X11InputBackend.h"
+#include "PrivateBus.h"
 
 #include <QElapsedTimer>
 #include <QGuiApplication>
@@ -190,10 +191,12 @@ int main(int argc, char* argv[])
     if (::pipe(pipe_fds) != 0) {
         return 1;
     }
+    const QByteArray listenOn = busInRuntimeFolder().toLocal8Bit();
     const pid_t daemon = ::fork();
     if (daemon == 0) {
         ::dup2(pipe_fds[1], 3);
-        ::execlp("dbus-daemon", "dbus-daemon", "--session", "--nofork", "--print-address=3", nullptr);
+        ::execlp("dbus-daemon", "dbus-daemon", "--session", "--nofork", "--print-address=3",
+                 listenOn.constData(), nullptr);
         ::_exit(127);
     }
     ::close(pipe_fds[1]);

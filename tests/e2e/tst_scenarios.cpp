@@ -1,4 +1,5 @@
 #include "FakeNotifications.h"
+#include "PrivateBus.h"
 #include "ProgramRig.h"
 
 #include <QDBusConnection>
@@ -64,7 +65,7 @@ void TestScenarios::initTestCase()
 
     // The desktop's session bus with a notification server on it, which is this suite.
     mBus.start(QStringLiteral("dbus-daemon"), {QStringLiteral("--session"), QStringLiteral("--nofork"),
-                                               QStringLiteral("--print-address=1")});
+                                               QStringLiteral("--print-address=1"), busInRuntimeFolder()});
     QVERIFY(mBus.waitForStarted() && mBus.waitForReadyRead(5000));
     const QString address = QString::fromLocal8Bit(mBus.readLine()).trimmed();
     qputenv("DBUS_SESSION_BUS_ADDRESS", address.toLocal8Bit());

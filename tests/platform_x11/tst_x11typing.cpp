@@ -1,5 +1,6 @@
 #include "MixedText.h"
 #include "Platform/X11InputBackend.h"
+#include "PrivateBus.h"
 #include "Utils/WinUtils.h"
 
 #include <QDBusConnection>
@@ -222,7 +223,7 @@ void TestX11Typing::initTestCase()
     // A session bus of our own, so that the input method we start (and the one a developer
     // runs) never meet.
     mBus.start(QStringLiteral("dbus-daemon"), {QStringLiteral("--session"), QStringLiteral("--nofork"),
-                                               QStringLiteral("--print-address=1")});
+                                               QStringLiteral("--print-address=1"), busInRuntimeFolder()});
     QVERIFY(mBus.waitForReadyRead(5000));
     qputenv("DBUS_SESSION_BUS_ADDRESS", mBus.readLine().trimmed());
 }

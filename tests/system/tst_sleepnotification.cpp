@@ -1,4 +1,5 @@
 #include "Platform/SleepNotification.h"
+#include "PrivateBus.h"
 
 #include <QDBusConnection>
 #include <QDBusMessage>
@@ -26,7 +27,7 @@ void TestSleepNotification::initTestCase()
     // A private bus stands in for the system bus.
     mDaemon.start(QStringLiteral("dbus-daemon"),
                   {QStringLiteral("--session"), QStringLiteral("--print-address"), QStringLiteral("--nofork"),
-                   QStringLiteral("--nopidfile")});
+                   QStringLiteral("--nopidfile"), busInRuntimeFolder()});
     QVERIFY(mDaemon.waitForStarted(5000));
     QVERIFY(mDaemon.waitForReadyRead(5000));
     mAddress = QString::fromUtf8(mDaemon.readLine()).trimmed();

@@ -8,6 +8,7 @@
 #include "Hid/HookManager.h"
 #include "Platform/AppAutoRunUtils.h"
 #include "Platform/DesktopNotifications.h"
+#include "PrivateBus.h"
 #include "Utils/PreferencesUtils.h"
 #include "Widget/Console/MainWindow.h"
 #include "Widget/Console/SystemTray.h"
@@ -517,7 +518,7 @@ int main(int argc, char** argv)
     // A private bus with this suite's fake server, for the suite's notifiers and the program's.
     QProcess daemon;
     daemon.start(QStringLiteral("dbus-daemon"), {QStringLiteral("--session"), QStringLiteral("--nofork"),
-                                                 QStringLiteral("--print-address=1")});
+                                                 QStringLiteral("--print-address=1"), busInRuntimeFolder()});
     QString address;
     if (daemon.waitForStarted() && daemon.waitForReadyRead(5000)) {
         address = QString::fromLocal8Bit(daemon.readLine()).trimmed();
