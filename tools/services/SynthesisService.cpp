@@ -33,26 +33,34 @@ QByteArray SynthesisService::errorBody(int code) const
 
 QByteArray SynthesisService::tone(int milliseconds)
 {
-    const int samples = 16 * milliseconds;
-    QByteArray wav(44 + 2 * samples, '\0');
-    char* d = wav.data();
-    auto put32 = [&](int at, quint32 v) { qToLittleEndian(v, d + at); };
-    auto put16 = [&](int at, quint16 v) { qToLittleEndian(v, d + at); };
-    memcpy(d, "RIFF", 4);
-    put32(4, static_cast<quint32>(wav.size() - 8));
-    memcpy(d + 8, "WAVEfmt ", 8);
-    put32(16, 16);
-    put16(20, 1);
-    put16(22, 1);
-    put32(24, 16000);
-    put32(28, 32000);
-    put16(32, 2);
-    put16(34, 16);
-    memcpy(d + 36, "data", 4);
-    put32(40, static_cast<quint32>(2 * samples));
+    const int samples = 16 * qBound(0, milliseconds, 60000);
+    QByteArray wav;
+    wav.reserve(44 + 2 * samples);
+    auto put32 = [&wav](quint32 v) {
+        char bytes[4];
+        qToLittleEndian(v, bytes);
+        wav.append(bytes, 4);
+    };
+    auto put16 = [&wav](quint16 v) {
+        char bytes[2];
+        qToLittleEndian(v, bytes);
+        wav.append(bytes, 2);
+    };
+    wav.append("RIFF", 4);
+    put32(static_cast<quint32>(36 + 2 * samples));
+    wav.append("WAVEfmt ", 8);
+    put32(16);
+    put16(1);
+    put16(1);
+    put32(16000);
+    put32(32000);
+    put16(2);
+    put16(16);
+    wav.append("data", 4);
+    put32(static_cast<quint32>(2 * samples));
     for (int i = 0; i < samples; ++i) {
         const double v = 8000.0 * std::sin(2.0 * M_PI * 440.0 * i / 16000.0);
-        qToLittleEndian(static_cast<qint16>(v), d + 44 + 2 * i);
+        put16(static_cast<quint16>(static_cast<qint16>(v)));
     }
     return wav;
 }
