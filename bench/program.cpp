@@ -8,6 +8,7 @@
 // [--smoke]: one start, short idles, two sessions; checks the text typed and that every moment
 // was traced, prints no table.
 #include "BenchUtil.h"
+#include "ProcessLines.h"
 #include "ProgramRig.h"
 
 #include <QCoreApplication>
@@ -111,7 +112,7 @@ public:
     bool start()
     {
         mProcess.start(QStringLiteral(QT_CLIENT), QStringList());
-        return readLine(10000).startsWith(QLatin1String("ready "));
+        return readLineWithin(mProcess, 10000).startsWith(QLatin1String("ready "));
     }
     ~Receiver()
     {
@@ -129,7 +130,7 @@ public:
         QString last;
         do {
             mProcess.write("get\n");
-            last = readLine(3000).mid(5);
+            last = readLineWithin(mProcess, 3000).mid(5);
             if (last == expected) {
                 break;
             }
@@ -139,16 +140,6 @@ public:
     }
 
 private:
-    QString readLine(int timeoutMs)
-    {
-        QElapsedTimer clock;
-        clock.start();
-        while (!mProcess.canReadLine() && clock.elapsed() < timeoutMs) {
-            mProcess.waitForReadyRead(20);
-        }
-        const QString line = QString::fromUtf8(mProcess.readLine());
-        return line.endsWith(QLatin1Char('\n')) ? line.chopped(1) : line;
-    }
     QProcess mProcess;
 };
 

@@ -9,6 +9,7 @@
 #include "BenchUtil.h"
 #include "MixedText.h"
 #include "Platform/X11InputBackend.h"
+#include "ProcessLines.h"
 
 #include <QCoreApplication>
 #include <QElapsedTimer>
@@ -67,7 +68,7 @@ public:
     bool waitReady()
     {
         if (mFile.isEmpty()) {
-            return readLine(10000).startsWith(QLatin1String("ready "));
+            return readLineWithin(mProcess, 10000).startsWith(QLatin1String("ready "));
         }
         QProcess focus;
         focus.start(QStringLiteral("xdotool"),
@@ -106,17 +107,7 @@ private:
             return file.open(QIODevice::ReadOnly) ? QString::fromUtf8(file.readAll()) : QString();
         }
         mProcess.write("get\n");
-        return readLine(2000).mid(5);
-    }
-    QString readLine(int timeoutMs)
-    {
-        QElapsedTimer clock;
-        clock.start();
-        while (!mProcess.canReadLine() && clock.elapsed() < timeoutMs) {
-            mProcess.waitForReadyRead(20);
-        }
-        const QString line = QString::fromUtf8(mProcess.readLine());
-        return line.endsWith(QLatin1Char('\n')) ? line.chopped(1) : line;
+        return readLineWithin(mProcess, 2000).mid(5);
     }
 
     QProcess mProcess;

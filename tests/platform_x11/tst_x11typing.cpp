@@ -1,6 +1,7 @@
 #include "MixedText.h"
 #include "Platform/X11InputBackend.h"
 #include "PrivateBus.h"
+#include "ProcessLines.h"
 #include "Utils/WinUtils.h"
 
 #include <QDBusConnection>
@@ -60,27 +61,16 @@ public:
             mProcess.waitForFinished();
         }
     }
-    bool waitReady() override { return readLine(10000).startsWith(QLatin1String("ready ")); }
+    bool waitReady() override { return readLineWithin(mProcess, 10000).startsWith(QLatin1String("ready ")); }
 
 protected:
     QString read() override
     {
         mProcess.write("get\n");
-        return readLine(2000).mid(5);
+        return readLineWithin(mProcess, 2000).mid(5);
     }
 
 private:
-    QString readLine(int timeoutMs)
-    {
-        QElapsedTimer clock;
-        clock.start();
-        while (!mProcess.canReadLine() && clock.elapsed() < timeoutMs) {
-            mProcess.waitForReadyRead(50);
-        }
-        const QString line = QString::fromUtf8(mProcess.readLine());
-        return line.endsWith(QLatin1Char('\n')) ? line.chopped(1) : line;
-    }
-
     QProcess mProcess;
 };
 
