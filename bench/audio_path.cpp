@@ -13,6 +13,7 @@
 #include "BenchUtil.h"
 #include "Hid/BleAudioHandler.h"
 #include "Hid/SbcDecoder.h"
+#include "SbcFrames.h"
 
 #include <QCoreApplication>
 #include <QElapsedTimer>
@@ -110,29 +111,6 @@ QByteArray testPcm(int frames)
     return pcm;
 }
 
-// Whole SBC frames of the mouse's group C configuration, encoded by libsbc.
-QList<QByteArray> encodeFrames(const QByteArray& pcm)
-{
-    sbc_t sbc;
-    sbc_init(&sbc, 0);
-    sbc.frequency = SBC_FREQ_16000;
-    sbc.blocks = SBC_BLK_16;
-    sbc.subbands = SBC_SB_8;
-    sbc.mode = SBC_MODE_MONO;
-    sbc.allocation = SBC_AM_LOUDNESS;
-    sbc.bitpool = 15;
-    sbc.endian = SBC_LE;
-    QList<QByteArray> frames;
-    for (int offset = 0; offset + kPcmBytes <= pcm.size(); offset += kPcmBytes) {
-        unsigned char out[64];
-        ssize_t written = 0;
-        sbc_encode(&sbc, pcm.constData() + offset, kPcmBytes, out, sizeof(out), &written);
-        frames << QByteArray(reinterpret_cast<const char*>(out), int(written));
-    }
-    sbc_finish(&sbc);
-    return frames;
-}
-
 // The two notifications of group C that carry a frame: the device leaves out its first three
 // bytes (sync word, configuration, bitpool), then 18 and 17 bytes after a two-byte head.
 QList<QByteArray> packetsOf(const QList<QByteArray>& frames)
@@ -219,7 +197,7 @@ int main(int argc, char* argv[])
     const bool smoke = app.arguments().contains(QStringLiteral("--smoke"));
     const int frameCount = smoke ? 320 : 20000;  // a multiple of 32: whole audio frames
     const QByteArray pcm = testPcm(frameCount);
-    const QList<QByteArray> frames = encodeFrames(pcm);
+    const QList<QByteArray> frames = encodeSbcFrames(pcm, 15);
     const QList<QByteArray> packets = packetsOf(frames);
 
     // libsbc alone: the frames decoded one after another with one decoder.
