@@ -41,7 +41,9 @@ struct Footprint {
     }
 };
 
-// Context switches of every thread so far: each wake-up of the process counts one.
+// Voluntary context switches of every thread so far: each time the process sleeps and wakes
+// again counts one. Involuntary ones are left out: they count the other processes taking the
+// processor, which a loaded machine does often and a timer of ours does not.
 qint64 switches(qint64 pid)
 {
     qint64 total = 0;
@@ -50,7 +52,7 @@ qint64 switches(qint64 pid)
         QFile status(tasks.next() + QStringLiteral("/status"));
         if (status.open(QIODevice::ReadOnly)) {
             for (const QByteArray& line : status.readAll().split('\n')) {
-                if (line.contains("ctxt_switches:")) {
+                if (line.startsWith("voluntary_ctxt_switches:")) {
                     total += line.mid(line.indexOf(':') + 1).trimmed().toLongLong();
                 }
             }
@@ -79,8 +81,9 @@ private:
     // One session of each kind in turn; the text it typed is checked.
     void session(int i);
     void toggleTranslation();
-    // Wake-ups per second while idle, over the given time.
-    double idleWakeups(int ms);
+    // Wake-ups per second while idle: the quieter of the given number of windows of the given
+    // time. A timer left running shows in every window; a one-off stir in only one.
+    double idleWakeups(int windows, int ms);
     qint64 pid() const { return mRig.program->process().processId(); }
 
     ProgramRig mRig;
@@ -129,11 +132,16 @@ void TestSoak::toggleTranslation()
     mTranslating = !mTranslating;
 }
 
-double TestSoak::idleWakeups(int ms)
+double TestSoak::idleWakeups(int windows, int ms)
 {
-    const qint64 before = switches(pid());
-    QTest::qWait(ms);
-    return (switches(pid()) - before) * 1000.0 / ms;
+    double quietest = 0;
+    for (int i = 0; i < windows; ++i) {
+        const qint64 before = switches(pid());
+        QTest::qWait(ms);
+        const double rate = (switches(pid()) - before) * 1000.0 / ms;
+        quietest = i == 0 ? rate : qMin(quietest, rate);
+    }
+    return quietest;
 }
 
 void TestSoak::session(int i)
@@ -186,7 +194,7 @@ void TestSoak::sessionsLeaveNothingBehind()
         } else if (i == half + kWarmUp) {
             QTest::qWait(1000);
             receiverStart = Footprint::of(pid());
-            startWakeups = idleWakeups(3000);
+            startWakeups = idleWakeups(2, 3000);
         }
         session(i);
         if (QTest::currentTestFailed()) {
@@ -198,7 +206,7 @@ void TestSoak::sessionsLeaveNothingBehind()
     }
     QTest::qWait(1000);
     const Footprint end = Footprint::of(pid());
-    const double endWakeups = idleWakeups(3000);
+    const double endWakeups = idleWakeups(2, 3000);
     // What each link's sessions added once past their first few, and in all. Under the address
     // sanitizer freed memory waits in its quarantine: the figure is told but not held to.
     const qint64 growthKb = (bluetoothEnd.rssKb - start.rssKb) + (end.rssKb - receiverStart.rssKb);
