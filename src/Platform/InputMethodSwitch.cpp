@@ -5,6 +5,7 @@
 #include <QCoreApplication>
 #include <QDBusArgument>
 #include <QDBusConnection>
+#include <QDBusError>
 #include <QDBusMessage>
 #include <QDBusVariant>
 #include <QDir>
@@ -15,6 +16,10 @@
 namespace {
 
 constexpr int kCallTimeoutMs = 300;
+// ibus answers a switch only once the new engine runs, and the first switch starts that
+// engine's process: on a busy machine this takes far longer than a plain call. Typing while a
+// switch is still under way mixes the keys up, and a switch taken for failed is never undone.
+constexpr int kSwitchTimeoutMs = 2000;
 // The controller's state of the focused field: 0 none, 1 off, 2 composing.
 constexpr int kStateActive = 2;
 QString ibusConnectionName()
@@ -87,12 +92,26 @@ QDBusConnection ibusBus()
 }
 
 QDBusMessage ibusCall(const QDBusConnection& bus, const QString& interface, const QString& method,
-                      const QVariantList& arguments)
+                      const QVariantList& arguments, int timeoutMs = kCallTimeoutMs)
 {
     QDBusMessage call = QDBusMessage::createMethodCall(
         QStringLiteral("org.freedesktop.IBus"), QStringLiteral("/org/freedesktop/IBus"), interface, method);
     call.setArguments(arguments);
-    return bus.call(call, QDBus::Block, kCallTimeoutMs);
+    return bus.call(call, QDBus::Block, timeoutMs);
+}
+
+// Switches the global engine. Without an answer the switch may still be under way, so it counts
+// as made: giving the engine back later does no harm if it never happened.
+bool setIbusGlobalEngine(const QDBusConnection& bus, const QString& engine, QString* error)
+{
+    const QDBusMessage reply = ibusCall(bus, QStringLiteral("org.freedesktop.IBus"),
+                                        QStringLiteral("SetGlobalEngine"), {engine}, kSwitchTimeoutMs);
+    if (reply.type() == QDBusMessage::ReplyMessage) {
+        return true;
+    }
+    *error = reply.errorMessage();
+    const QDBusError::ErrorType type = QDBusError(reply).type();
+    return type == QDBusError::NoReply || type == QDBusError::Timeout;
 }
 
 // The global engine's name and keyboard layout, from its serialised description: a structure of
@@ -193,13 +212,16 @@ void InputMethodSwitch::suspendIbus()
         qCInfo(lcX11) << "ibus engine" << name << "types on layout" << layout << "and is left on";
         return;
     }
-    const QDBusMessage reply = ibusCall(bus, QStringLiteral("org.freedesktop.IBus"),
-                                        QStringLiteral("SetGlobalEngine"), {QStringLiteral("xkb:us::eng")});
-    if (reply.type() == QDBusMessage::ReplyMessage) {
+    QString error;
+    if (setIbusGlobalEngine(bus, QStringLiteral("xkb:us::eng"), &error)) {
         mIbusEngine = name;
-        qCDebug(lcX11) << "ibus engine" << name << "off while typing";
+        if (error.isEmpty()) {
+            qCDebug(lcX11) << "ibus engine" << name << "off while typing";
+        } else {
+            qCWarning(lcX11) << "ibus did not confirm switching" << name << "off:" << error;
+        }
     } else {
-        qCWarning(lcX11) << "could not switch ibus off:" << reply.errorMessage();
+        qCWarning(lcX11) << "could not switch ibus off:" << error;
     }
 }
 
@@ -226,10 +248,10 @@ void InputMethodSwitch::restore()
     if (!mIbusEngine.isEmpty()) {
         const QString engine = mIbusEngine;
         mIbusEngine.clear();
-        const QDBusMessage reply = ibusCall(ibusBus(), QStringLiteral("org.freedesktop.IBus"),
-                                            QStringLiteral("SetGlobalEngine"), {engine});
-        if (reply.type() != QDBusMessage::ReplyMessage) {
-            qCWarning(lcX11) << "could not give ibus its engine back:" << reply.errorMessage();
+        QString error;
+        setIbusGlobalEngine(ibusBus(), engine, &error);
+        if (!error.isEmpty()) {
+            qCWarning(lcX11) << "could not give ibus its engine back:" << error;
         }
     }
 }

@@ -14,6 +14,7 @@
 // for the focused field. ibus is reached on its own bus (IBUS_ADDRESS, or the address file it
 // writes per display) and its global engine is set to the US keyboard engine, only when the
 // composing engine types on the US layout too: another engine would change the keyboard layout.
+// Typing waits until ibus has the new engine running: keys sent during a switch get mixed up.
 // Without either nothing happens. Main thread only.
 class InputMethodSwitch : public QObject {
     Q_OBJECT
