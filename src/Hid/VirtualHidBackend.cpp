@@ -1,5 +1,6 @@
 #include "Hid/VirtualHidBackend.h"
 
+#include <algorithm>
 #include <chrono>
 #include <cstring>
 
@@ -64,7 +65,10 @@ void VirtualHidBackend::onFrame(int channel, const QByteArray& payload)
                 break;
             case VirtualDeviceConnection::HidInput:
                 if (!mOpenPath.isEmpty() && mInput.size() < kMaxQueuedReports) {
-                    mInput.push_back(payload.left(kReportSize));
+                    // A block of its own: left() would share the reader's buffer, which the
+                    // reader refills once the read thread lets go of it, a hand-over ordered
+                    // by nothing but a relaxed read of Qt's reference count.
+                    mInput.emplace_back(payload.constData(), std::min(payload.size(), kReportSize));
                 }
                 break;
             case VirtualDeviceConnection::HidGone:

@@ -39,7 +39,11 @@ struct ConsoleRig {
     {
         QFile::remove(PreferencesUtils::preferencesPath());
     }
-    ~ConsoleRig() { presenter.reset(); }  // its controller thread goes before the device
+    ~ConsoleRig()
+    {
+        presenter.reset();  // its controller thread goes before the device
+        hid.close();        // and the read thread, which calls into the device, before it too
+    }
 
     void prepare(const std::function<void(UserPreferences&)>& change)
     {
