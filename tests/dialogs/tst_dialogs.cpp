@@ -260,12 +260,23 @@ void TestDialogs::cardShapeAndDrag()
     QVERIFY(about->mask().contains(about->rect().center()));
     QVERIFY(about->mask().contains(QPoint(about->width() / 2, 0)));
 
-    // Where the window manager cannot move it, the body drags the window itself.
+    // A click, a tremble under the drag distance, and the pointer going on with the button up
+    // leave the window where it is.
     const QPoint start = about->pos();
+    auto moveTo = [about](const QPoint& at, Qt::MouseButtons buttons) {
+        QMouseEvent move(QEvent::MouseMove, at, about->mapToGlobal(at), Qt::NoButton, buttons,
+                         Qt::NoModifier);
+        QCoreApplication::sendEvent(about, &move);
+    };
     QTest::mousePress(about, Qt::LeftButton, Qt::NoModifier, QPoint(150, 120));
-    QMouseEvent move(QEvent::MouseMove, QPoint(180, 140), about->mapToGlobal(QPoint(180, 140)), Qt::NoButton,
-                     Qt::LeftButton, Qt::NoModifier);
-    QCoreApplication::sendEvent(about, &move);
+    moveTo(QPoint(152, 121), Qt::LeftButton);
+    QTest::mouseRelease(about, Qt::LeftButton, Qt::NoModifier, QPoint(152, 121));
+    moveTo(QPoint(250, 200), Qt::NoButton);
+    QCOMPARE(about->pos(), start);
+
+    // Where the window manager cannot move it, the body drags the window itself.
+    QTest::mousePress(about, Qt::LeftButton, Qt::NoModifier, QPoint(150, 120));
+    moveTo(QPoint(180, 140), Qt::LeftButton);
     // The window has followed the pointer: the release lands on the same spot of it.
     QTest::mouseRelease(about, Qt::LeftButton, Qt::NoModifier, QPoint(150, 120));
     QCOMPARE(about->pos(), start + QPoint(30, 20));

@@ -184,18 +184,28 @@ struct UserData {
     }
 };
 
-inline QSize windowSize(const QString& window)
+inline QRect windowGeometry(const QString& window)
 {
-    QSize size;
+    QRect geometry;
     const QString shell = xdotool({QStringLiteral("getwindowgeometry"), QStringLiteral("--shell"), window});
     for (const QString& line : shell.split(QLatin1Char('\n'))) {
-        if (line.startsWith(QLatin1String("WIDTH="))) {
-            size.setWidth(line.mid(6).toInt());
+        const int value = line.mid(line.indexOf(QLatin1Char('=')) + 1).toInt();
+        if (line.startsWith(QLatin1String("X="))) {
+            geometry.moveLeft(value);
+        } else if (line.startsWith(QLatin1String("Y="))) {
+            geometry.moveTop(value);
+        } else if (line.startsWith(QLatin1String("WIDTH="))) {
+            geometry.setWidth(value);
         } else if (line.startsWith(QLatin1String("HEIGHT="))) {
-            size.setHeight(line.mid(7).toInt());
+            geometry.setHeight(value);
         }
     }
-    return size;
+    return geometry;
+}
+
+inline QSize windowSize(const QString& window)
+{
+    return windowGeometry(window).size();
 }
 
 // The mapped windows with a title matching the pattern and, when given, of that size.

@@ -9,7 +9,6 @@
 #include <QPainter>
 #include <QPushButton>
 #include <QScreen>
-#include <QWindow>
 
 // The images live in static libraries: nothing would pull them into the program otherwise.
 static void initResources()
@@ -88,33 +87,21 @@ void FramelessDialog::resizeEvent(QResizeEvent* event)
 
 void FramelessDialog::mousePressEvent(QMouseEvent* event)
 {
-    if (!mDraggable || event->button() != Qt::LeftButton) {
+    if (!mDraggable || !mDrag.press(this, event)) {
         QDialog::mousePressEvent(event);
-        return;
     }
-    // The window manager's own move keeps snapping and monitor edges working.
-    if (windowHandle() != nullptr && windowHandle()->startSystemMove()) {
-        return;
-    }
-    mDragging = true;
-    mDragOffset = event->globalPos() - frameGeometry().topLeft();
 }
 
 void FramelessDialog::mouseMoveEvent(QMouseEvent* event)
 {
-    if (mDragging) {
-        move(event->globalPos() - mDragOffset);
-        return;
+    if (!mDraggable || !mDrag.move(this, event)) {
+        QDialog::mouseMoveEvent(event);
     }
-    QDialog::mouseMoveEvent(event);
 }
 
 void FramelessDialog::mouseReleaseEvent(QMouseEvent* event)
 {
-    if (mDragging) {
-        move(event->globalPos() - mDragOffset);
-        mDragging = false;
-        return;
+    if (!mDraggable || !mDrag.release(this, event)) {
+        QDialog::mouseReleaseEvent(event);
     }
-    QDialog::mouseReleaseEvent(event);
 }

@@ -1,8 +1,9 @@
 #pragma once
 
+#include "Widget/Common/WindowDrag.h"
+
 #include <QColor>
 #include <QDialog>
-#include <QPoint>
 
 #include <initializer_list>
 
@@ -41,7 +42,6 @@ protected:
 private:
     bool mTranslucent;
     bool mDraggable = false;
-    bool mDragging = false;
-    QPoint mDragOffset;
+    WindowDrag mDrag;
     QColor mCardColor = Qt::white;
 };

@@ -41,7 +41,6 @@
 #include <QStackedWidget>
 #include <QTableWidget>
 #include <QToolButton>
-#include <QWindow>
 
 namespace {
 
@@ -463,31 +462,17 @@ void MainWindow::resizeEvent(QResizeEvent* event)
 
 void MainWindow::mousePressEvent(QMouseEvent* event)
 {
-    if (event->button() != Qt::LeftButton) {
-        return;
-    }
-    // The window manager moves the window where it can; elsewhere it follows the pointer.
-    if (windowHandle() != nullptr && windowHandle()->startSystemMove()) {
-        return;
-    }
-    mDragging = true;
-    mDragStart = event->globalPos();
-    mWindowStart = pos();
+    mDrag.press(this, event);
 }
 
 void MainWindow::mouseMoveEvent(QMouseEvent* event)
 {
-    if (mDragging) {
-        move(mWindowStart + event->globalPos() - mDragStart);
-    }
+    mDrag.move(this, event);
 }
 
 void MainWindow::mouseReleaseEvent(QMouseEvent* event)
 {
-    if (mDragging) {
-        move(mWindowStart + event->globalPos() - mDragStart);
-        mDragging = false;
-    }
+    mDrag.release(this, event);
 }
 
 // ---- MainWindowView: state of the window

@@ -2,6 +2,7 @@
 
 #include "Platform/DesktopLauncher.h"
 #include "Utils/Singleton.h"
+#include "Widget/Common/WindowDrag.h"
 #include "Widget/Console/Ui_MainWindow.h"
 #include "Widget/Console/WidgetPathPicker.h"
 #include "Widget/Notices/WidgetConsoleNotices.h"
@@ -10,7 +11,6 @@
 #include "WidgetPresenter/MainWindowView.h"
 
 #include <QMainWindow>
-#include <QPoint>
 
 class FeedbackDialog;
 class InputDialog;
@@ -189,7 +189,5 @@ private:
     QMenu* mMenu = nullptr;
     SystemTray* mTray = nullptr;
     bool mTranslucent = false;
-    bool mDragging = false;
-    QPoint mDragStart;
-    QPoint mWindowStart;
+    WindowDrag mDrag;
 };
