@@ -1,5 +1,8 @@
 #include "ProgramRig.h"
 
+#include <QScopeGuard>
+
+#include <unistd.h>
 #include <csignal>
 
 using namespace E2e;
@@ -36,6 +39,7 @@ private slots:
     void silentGatewayEndsTheSession();
     void dictationSocketDroppedMidSentence();
     void killedWhileSavingKeepsAWholeFile();
+    void fullThenReadOnlyDataFolderKeepsTheFile();
     void corruptFilesDoNotStopTheProgram();
 
 private:
@@ -314,6 +318,75 @@ void TestFaults::killedWhileSavingKeepsAWholeFile()
         preferences.remove(QStringLiteral("config/calendarPhrases"));
     }
     preferences.sync();
+    QVERIFY(mRig.startProgramOnReceiver());
+}
+
+// The data folder fills up, then turns read-only, under the running program: a setting changed
+// meanwhile leaves the file as it was, and is saved whole once there is room again.
+void TestFaults::fullThenReadOnlyDataFolderKeepsTheFile()
+{
+    if (::geteuid() != 0) {
+        QSKIP("a small file system over the data folder needs root to mount");
+    }
+    const QString folder = dataFolder();
+    auto run = [](const QString& command) {
+        return QProcess::execute(QStringLiteral("sh"), {QStringLiteral("-c"), command});
+    };
+    auto fileText = [] {
+        QFile file(preferencesPath());
+        return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray();
+    };
+    QVERIFY(mRig.stopProgram());
+    // The program's files, copied onto a 1 MiB file system laid over the folder. Unmounted, the
+    // folder shows its own files again, untouched.
+    QTemporaryDir copy;
+    QCOMPARE(run(QStringLiteral("cp -a '%1/.' '%2/'").arg(folder, copy.path())), 0);
+    if (run(QStringLiteral("mount -t tmpfs -o size=1m zorvane-faults '%1'").arg(folder)) != 0) {
+        QVERIFY(mRig.startProgramOnReceiver());
+        QSKIP("this machine does not let tests mount a file system");
+    }
+    auto unmount = qScopeGuard([&] {
+        mRig.stopProgram();
+        run(QStringLiteral("umount -l '%1'").arg(folder));
+    });
+    QCOMPARE(run(QStringLiteral("cp -a '%1/.' '%2/'").arg(copy.path(), folder)), 0);
+    QVERIFY(mRig.startProgramOnReceiver());
+    const QString console = mRig.showConsole();
+    QVERIFY(!console.isEmpty());
+    clickAt(console, kNavAppSettings);
+    const QByteArray before = fileText();
+    QVERIFY(!before.isEmpty());
+
+    // No room left: the switch changes, the file stays whole as it was, the program goes on.
+    run(QStringLiteral("cat /dev/zero > '%1/filler' 2>/dev/null").arg(folder));
+    clickAt(console, kDailyPhraseSwitch);
+    QTest::qWait(500);
+    QCOMPARE(fileText(), before);
+    QVERIFY(mRig.programRunning());
+
+    // Read-only: the same. (Twice: once back to the file's value, once away from it.)
+    QCOMPARE(run(QStringLiteral("mount -o remount,ro '%1'").arg(folder)), 0);
+    clickAt(console, kDailyPhraseSwitch);
+    QTest::qWait(200);
+    clickAt(console, kDailyPhraseSwitch);
+    QTest::qWait(500);
+    QCOMPARE(fileText(), before);
+    QVERIFY(mRig.programRunning());
+
+    // Room again: the next change is saved, whole.
+    QCOMPARE(run(QStringLiteral("mount -o remount,rw '%1' && rm '%1/filler'").arg(folder)), 0);
+    clickAt(console, kDailyPhraseSwitch);
+    QTest::qWait(200);
+    clickAt(console, kDailyPhraseSwitch);
+    QTRY_VERIFY(fileText() != before);
+    QSettings written(preferencesPath(), QSettings::IniFormat);
+    QCOMPARE(written.status(), QSettings::NoError);
+    QVERIFY(mRig.programRunning());
+
+    // Back on the real folder, as it was.
+    unmount.dismiss();
+    QVERIFY(mRig.stopProgram());
+    QCOMPARE(run(QStringLiteral("umount '%1'").arg(folder)), 0);
     QVERIFY(mRig.startProgramOnReceiver());
 }
 
