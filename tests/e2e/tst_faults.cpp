@@ -356,6 +356,12 @@ void TestFaults::fullThenReadOnlyDataFolderKeepsTheFile()
     clickAt(console, kNavAppSettings);
     const QByteArray before = fileText();
     QVERIFY(!before.isEmpty());
+    // Twice: once back to the file's value, once away from it, so that a save is due.
+    auto switchTwice = [&console] {
+        clickAt(console, kDailyPhraseSwitch);
+        QTest::qWait(200);
+        clickAt(console, kDailyPhraseSwitch);
+    };
 
     // No room left: the switch changes, the file stays whole as it was, the program goes on.
     run(QStringLiteral("cat /dev/zero > '%1/filler' 2>/dev/null").arg(folder));
@@ -364,20 +370,16 @@ void TestFaults::fullThenReadOnlyDataFolderKeepsTheFile()
     QCOMPARE(fileText(), before);
     QVERIFY(mRig.programRunning());
 
-    // Read-only: the same. (Twice: once back to the file's value, once away from it.)
+    // Read-only: the same.
     QCOMPARE(run(QStringLiteral("mount -o remount,ro '%1'").arg(folder)), 0);
-    clickAt(console, kDailyPhraseSwitch);
-    QTest::qWait(200);
-    clickAt(console, kDailyPhraseSwitch);
+    switchTwice();
     QTest::qWait(500);
     QCOMPARE(fileText(), before);
     QVERIFY(mRig.programRunning());
 
     // Room again: the next change is saved, whole.
     QCOMPARE(run(QStringLiteral("mount -o remount,rw '%1' && rm '%1/filler'").arg(folder)), 0);
-    clickAt(console, kDailyPhraseSwitch);
-    QTest::qWait(200);
-    clickAt(console, kDailyPhraseSwitch);
+    switchTwice();
     QTRY_VERIFY(fileText() != before);
     QSettings written(preferencesPath(), QSettings::IniFormat);
     QCOMPARE(written.status(), QSettings::NoError);
