@@ -59,16 +59,18 @@ EOF
   helper services "$release/tools/services/zorvane-services" 'printf "engine: %s\nready\n" "$2"'
   helper window "$release/tools/mouse-window/mouse-window" 'echo "ready $1"'
 }
-# Zorvane: a second start in the same runtime folder only asks the first to come forward.
-# A script run directly (not through env) keeps its name, so pgrep finds it as the program.
+# Zorvane: a second start in the same runtime folder only asks the first to come forward, as
+# long as the first is alive (one ended by a signal leaves its note behind, as a crashed
+# program leaves nothing that holds the next start back). A script run directly (not through
+# env) keeps its name, so pgrep finds it as the program.
 cat >"$release/src/zorvane" <<EOF
 #!/bin/bash
-if [ -e "\$XDG_RUNTIME_DIR/zorvane-up" ]; then
+if kill -0 "\$(cat "\$XDG_RUNTIME_DIR/zorvane-up" 2>/dev/null)" 2>/dev/null; then
   echo "raise \$*" >>"$work/started"
   exit 0
 fi
 echo "zorvane \$\$ \$* socket=\${ZORVANE_DEVICE_SOCKET:-none}" | tee -a "$work/ever-started" >>"$work/started"
-touch "\$XDG_RUNTIME_DIR/zorvane-up"
+echo \$\$ >"\$XDG_RUNTIME_DIR/zorvane-up"
 trap 'rm -f "\$XDG_RUNTIME_DIR/zorvane-up"; exit 143' TERM
 until [ -e "$work/quit-zorvane" ]; do sleep 0.05; done
 rm -f "$work/quit-zorvane" "\$XDG_RUNTIME_DIR/zorvane-up"
