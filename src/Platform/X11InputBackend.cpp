@@ -24,6 +24,7 @@
 #include <poll.h>
 
 #include <algorithm>
+#include <iterator>
 
 namespace {
 
@@ -31,6 +32,9 @@ Display* dpy(void* handle)
 {
     return static_cast<Display*>(handle);
 }
+
+// What carriedKeysym() says of a keycode that carries a key of the layout.
+constexpr unsigned long kLayoutKey = ~0UL;
 
 Atom atom(Display* d, const char* name)
 {
@@ -115,23 +119,25 @@ void X11InputBackend::loadKeymap()
         mKeymap[i] = map[i];
     }
     XFree(map);
+    mMarks = readMarks();
 
-    // Spare: keycodes with nothing on them, and those we put our keysyms on earlier.
-    QSet<int> ours;
-    for (int code : qAsConst(mSpareFor)) {
-        ours.insert(code);
-    }
+    // Spare: keycodes with nothing on them, and those a backend (this one, or one of an earlier
+    // run that could not give them back) marked as carrying a character it put there.
+    QHash<unsigned long, int> spareFor;
     QList<int> spare;
     const int limit = std::min(mSpareLimit, kMaxSpareKeycodes);
     for (int code = mMaxKeycode; code >= mMinKeycode && spare.size() < limit; --code) {
-        bool empty = true;
-        for (int level = 0; level < perKeycode; ++level) {
-            empty = empty && mKeymap[(code - mMinKeycode) * perKeycode + level] == NoSymbol;
-        }
-        if (empty || ours.contains(code)) {
+        const unsigned long keysym = carriedKeysym(code);
+        if (keysym == NoSymbol) {
             spare.append(code);
+        } else if (mMarks.value(code) == keysym || mSpareFor.value(keysym) == code) {
+            spare.append(code);
+            if (!spareFor.contains(keysym) || mSpareFor.value(keysym) == code) {
+                spareFor.insert(keysym, code);
+            }
         }
     }
+    mSpareFor = spareFor;
     // Keep the least-recently-used order of the keycodes we already had.
     QList<int> ordered;
     for (int code : qAsConst(mSpareKeycodes)) {
@@ -145,14 +151,58 @@ void X11InputBackend::loadKeymap()
         }
     }
     mSpareKeycodes = ordered;
-    // A mapping of ours that someone else overwrote is gone.
-    for (auto it = mSpareFor.begin(); it != mSpareFor.end();) {
-        const int index = (it.value() - mMinKeycode) * perKeycode;
-        if (mKeymap.value(index) != it.key()) {
-            it = mSpareFor.erase(it);
-        } else {
-            ++it;
+}
+
+unsigned long X11InputBackend::carriedKeysym(int code) const
+{
+    // What a spare keycode looks like once a keysym is on it: the keysym at the first two
+    // levels and nothing else beside it.
+    const int first = (code - mMinKeycode) * mKeysymsPerKeycode;
+    const unsigned long keysym = mKeymap.value(first);
+    for (int level = 0; level < mKeysymsPerKeycode; ++level) {
+        const unsigned long at = mKeymap.value(first + level);
+        if (at != keysym && !(at == NoSymbol && level >= 2)) {
+            return kLayoutKey;
         }
+    }
+    return keysym;
+}
+
+QHash<int, unsigned long> X11InputBackend::readMarks() const
+{
+    Display* d = dpy(mDisplay);
+    QHash<int, unsigned long> marks;
+    Atom type = None;
+    int format = 0;
+    unsigned long items = 0;
+    unsigned long after = 0;
+    unsigned char* data = nullptr;
+    if (XGetWindowProperty(d, DefaultRootWindow(d), atom(d, kMarksProperty), 0, 2 * kMaxSpareKeycodes, False,
+                           XA_CARDINAL, &type, &format, &items, &after, &data) == Success &&
+        type == XA_CARDINAL && format == 32) {
+        const auto* pairs = reinterpret_cast<const unsigned long*>(data);
+        for (unsigned long i = 0; i + 1 < items; i += 2) {
+            marks.insert(static_cast<int>(pairs[i]), pairs[i + 1]);
+        }
+    }
+    if (data != nullptr) {
+        XFree(data);
+    }
+    return marks;
+}
+
+void X11InputBackend::writeMarks()
+{
+    Display* d = dpy(mDisplay);
+    QVector<unsigned long> pairs;
+    for (auto it = mMarks.constBegin(); it != mMarks.constEnd(); ++it) {
+        pairs << static_cast<unsigned long>(it.key()) << it.value();
+    }
+    if (pairs.isEmpty()) {
+        XDeleteProperty(d, DefaultRootWindow(d), atom(d, kMarksProperty));
+    } else {
+        XChangeProperty(d, DefaultRootWindow(d), atom(d, kMarksProperty), XA_CARDINAL, 32, PropModeReplace,
+                        reinterpret_cast<const unsigned char*>(pairs.constData()), pairs.size());
     }
 }
 
@@ -247,6 +297,15 @@ void X11InputBackend::mapBatch(const QVector<unsigned long>& keysyms)
         }
         XChangeKeyboardMapping(d, first, mKeysymsPerKeycode, syms.data(), next - first);
     }
+    // The marks go out with the change, so that a backend started after a crash of this one
+    // takes these keycodes over. Marks whose keycode carries something else now are stale.
+    for (auto it = changes.constBegin(); it != changes.constEnd(); ++it) {
+        mMarks.insert(it.key(), it.value());
+    }
+    for (auto it = mMarks.begin(); it != mMarks.end();) {
+        it = carriedKeysym(it.key()) == it.value() ? std::next(it) : mMarks.erase(it);
+    }
+    writeMarks();
     if (mSafety == Safety::ConfirmedAndSettled) {
         // The old rule: the client reads the change before the next key goes out.
         waitUntilRead();
@@ -643,13 +702,20 @@ void X11InputBackend::restoreSpares()
     if (mSpareFor.isEmpty() || mKeysymsPerKeycode == 0) {
         return;
     }
-    // The keycodes go back to having nothing on them once the keys sent on them are read.
+    // The keycodes go back to having nothing on them once the keys sent on them are read; only
+    // those still carrying what this backend put there: another may have taken some over.
     mFocusKnown = false;
     waitUntilRead();
+    const QHash<unsigned long, int> ours = mSpareFor;
+    loadKeymap();
     QVector<KeySym> none(mKeysymsPerKeycode, NoSymbol);
-    for (int code : qAsConst(mSpareFor)) {
-        XChangeKeyboardMapping(d, code, mKeysymsPerKeycode, none.data(), 1);
+    for (auto it = ours.constBegin(); it != ours.constEnd(); ++it) {
+        if (carriedKeysym(it.value()) == it.key()) {
+            XChangeKeyboardMapping(d, it.value(), mKeysymsPerKeycode, none.data(), 1);
+            mMarks.remove(it.value());
+        }
     }
+    writeMarks();
     XSync(d, False);
     mSpareFor.clear();
 }

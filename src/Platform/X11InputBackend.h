@@ -31,6 +31,13 @@ class QSocketNotifier;
 // from the last key sent on the keycode. A change of the map needs no wait of its own: a client
 // gets the change's notification before any key sent after it and translates that key with the
 // new map (the benchmark shows this for Qt, GTK and xterm).
+// Keycodes this process did not empty are never reset at start: a backend may have died with its
+// characters on them, and another (a second run) must take them over, or it finds no spare
+// keycode left. A keycode carrying one keysym on its first levels is no sign of that (real layouts
+// have such keys: digits, Hebrew, Mongolian letters), so every change is marked on the root
+// window (keycode and keysym); a keycode counts as spare when it carries nothing or carries what
+// its mark says. At the end only keycodes still carrying what this backend had on them are
+// emptied: another backend may have taken some over meanwhile.
 // Caps Lock and a locked second layout are released while text is typed and locked again after,
 // so that letters come out as they were dictated, and a composing input method is switched off.
 //
@@ -44,6 +51,8 @@ public:
     static constexpr int kPingTimeoutMs = 2000;
     // Most spare keycodes used at once (X keycodes end at 255).
     static constexpr int kMaxSpareKeycodes = 248;
+    // The root window property that marks the keycodes a backend put characters on.
+    static constexpr const char* kMarksProperty = "_ZORVANE_TYPED_KEYCODES";
 
     // How a change of the map is kept from turning keys into other characters. The benchmark
     // compares them on real clients; the program uses Confirmed.
@@ -95,6 +104,12 @@ private:
 
     void* display();  // Display*, opened on first use
     void loadKeymap();
+    // The keysym a keycode carries the way a spare keycode does (NoSymbol when it carries
+    // nothing); anything else is a key of the layout.
+    unsigned long carriedKeysym(int code) const;
+    // The root window's marks: keycode -> the keysym a backend put on it.
+    QHash<int, unsigned long> readMarks() const;
+    void writeMarks();
     bool findInKeymap(unsigned long keysym, KeyPosition* position) const;
     // Puts every keysym of the batch that has no key on a spare keycode.
     void mapBatch(const QVector<unsigned long>& keysyms);
@@ -126,6 +141,7 @@ private:
     QVector<unsigned long> mKeymap;       // the server's map as last read, our changes applied
     QList<int> mSpareKeycodes;            // keycodes free for our use, least recently used first
     QHash<unsigned long, int> mSpareFor;  // keysym -> the spare keycode it is on
+    QHash<int, unsigned long> mMarks;     // the root window's marks as last read, ours applied
     QHash<int, LastKey> mLastKey;         // keycode -> the last key sent on it
     QSet<unsigned long> mSilentClients;   // windows that let a ping time out
     QList<Ping> mPings;                   // sent, not answered yet

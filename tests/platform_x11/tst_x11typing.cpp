@@ -15,6 +15,7 @@
 #include <X11/XKBlib.h>
 #include <X11/Xlib.h>
 
+#include <iostream>
 #include <memory>
 
 namespace {
@@ -145,6 +146,71 @@ std::unique_ptr<Client> startClient(const QString& kind, const QString& inputMod
     return std::make_unique<TerminalClient>();
 }
 
+// A backend in a process of its own, as the program is: "type TEXT" types the text in pieces
+// and answers "typed" once the client has read it; the end of its input is an orderly quit, a
+// kill is a crash (the keyboard map is left as it was).
+class Typist {
+public:
+    Typist()
+    {
+        mProcess.setProcessChannelMode(QProcess::ForwardedErrorChannel);
+        mProcess.start(QCoreApplication::applicationFilePath(), {QStringLiteral("--typist")});
+    }
+    ~Typist() { quit(); }
+    // The time it took in ms, or -1.
+    int type(const QString& text)
+    {
+        mProcess.write(QStringLiteral("type %1\n").arg(text).toUtf8());
+        const QString answer = readLineWithin(mProcess, 30000);
+        return answer.startsWith(QLatin1String("typed ")) ? answer.mid(6).toInt() : -1;
+    }
+    void quit()
+    {
+        mProcess.closeWriteChannel();
+        mProcess.waitForFinished(10000);
+    }
+    void crash()
+    {
+        mProcess.kill();
+        mProcess.waitForFinished();
+    }
+
+    static int run()
+    {
+        X11InputBackend backend;
+        std::string line;
+        while (std::getline(std::cin, line)) {
+            QElapsedTimer clock;
+            clock.start();
+            for (const QString& piece : pieces(QString::fromStdString(line).mid(5), 20)) {
+                backend.typeText(piece);
+            }
+            backend.waitUntilRead();
+            std::cout << "typed " << clock.elapsed() << std::endl;
+        }
+        return 0;
+    }
+
+private:
+    QProcess mProcess;
+};
+
+// The first keysym of every keycode.
+QVector<unsigned long> keymap(Display* d)
+{
+    int min = 0;
+    int max = 0;
+    int perKeycode = 0;
+    XDisplayKeycodes(d, &min, &max);
+    KeySym* map = XGetKeyboardMapping(d, static_cast<KeyCode>(min), max - min + 1, &perKeycode);
+    QVector<unsigned long> first;
+    for (int i = 0; i <= max - min; ++i) {
+        first << map[i * perKeycode];
+    }
+    XFree(map);
+    return first;
+}
+
 // The input method's state for the focused field: 2 while it composes.
 int inputMethodState()
 {
@@ -190,6 +256,8 @@ private slots:
     void cleanup();
     void longDictationArrivesExactly_data();
     void longDictationArrivesExactly();
+    void restartedProgramTypesExactly_data();
+    void restartedProgramTypesExactly();
     void capsLockChangesNothing_data();
     void capsLockChangesNothing();
     void inputMethodLeavesTextAlone_data();
@@ -376,6 +444,58 @@ void TestX11Typing::longDictationArrivesExactly()
     }
 }
 
+void TestX11Typing::restartedProgramTypesExactly_data()
+{
+    QTest::addColumn<QString>("client");
+    QTest::newRow("qt") << QStringLiteral("qt");
+    QTest::newRow("gtk") << QStringLiteral("gtk");
+}
+
+// Runs of the program in turn in one X session, each into a new client: the first dies with its
+// characters on the keyboard map, later ones quit in order.
+void TestX11Typing::restartedProgramTypesExactly()
+{
+    QFETCH(QString, client);
+    const QVector<unsigned long> original = keymap(mDisplay);
+    const QString text = mixedText(1004, 14);
+    auto typeInto = [&](Typist& typist, const QString& what) {
+        std::unique_ptr<Client> receiver = startClient(client);
+        if (!receiver->waitReady()) {
+            return QString();
+        }
+        const int ms = typist.type(what);
+        const QString arrived = receiver->text(what, 15000);
+        qInfo("%d of %d characters arrived, %d ms typing", arrived.toUcs4().size(), what.toUcs4().size(), ms);
+        return arrived;
+    };
+    Typist crashed;
+    QCOMPARE(typeInto(crashed, text), text);
+    crashed.crash();
+    Typist second;
+    QCOMPARE(typeInto(second, text), text);
+    const QVector<unsigned long> leftBySecond = keymap(mDisplay);
+
+    // A third run types while the second still runs, taking over some of its keycodes; the
+    // second, quitting, empties only those that still carry its characters.
+    Typist third;
+    const QString other = mixedText(20, 15);
+    QCOMPARE(typeInto(third, other), other);
+    const QVector<unsigned long> now = keymap(mDisplay);
+    QVector<unsigned long> expected = now;
+    for (int i = 0; i < expected.size(); ++i) {
+        if (original[i] == NoSymbol && now[i] == leftBySecond[i]) {
+            expected[i] = NoSymbol;
+        }
+    }
+    QVERIFY(now != leftBySecond && now != expected);
+    second.quit();
+    QCOMPARE(keymap(mDisplay), expected);
+    third.quit();
+    QCOMPARE(keymap(mDisplay), original);
+    Typist afterCleanQuit;
+    QCOMPARE(typeInto(afterCleanQuit, text), text);
+}
+
 void TestX11Typing::capsLockChangesNothing_data()
 {
     QTest::addColumn<QString>("client");
@@ -426,5 +546,14 @@ void TestX11Typing::editingKeysInAQtField()
     QCOMPARE(receiver.text(QStringLiteral("q")), QStringLiteral("q"));
 }
 
-QTEST_GUILESS_MAIN(TestX11Typing)
+int main(int argc, char* argv[])
+{
+    QCoreApplication app(argc, argv);
+    if (app.arguments().value(1) == QLatin1String("--typist")) {
+        return Typist::run();
+    }
+    TestX11Typing test;
+    QTEST_SET_MAIN_SOURCE_PATH
+    return QTest::qExec(&test, argc, argv);
+}
 #include "tst_x11typing.moc"
