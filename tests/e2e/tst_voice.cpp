@@ -1,5 +1,6 @@
 #include "E2e.h"
 #include "Hid/DeviceMessage.h"
+#include "MixedText.h"
 #include "MouseSimulator.h"
 
 namespace DM = DeviceMessage;
@@ -46,6 +47,7 @@ private slots:
     void selectionToolbarTranslatesAndReads();
     void dictationOverBluetooth();
     void voiceTranslationIsSentIntoTheClient();
+    void longDictationAfterARestart();
     void realRecognitionIsTypedAsHeard();
     void mouseLeavingMidDictationEndsTheSession();
 
@@ -302,6 +304,38 @@ void TestVoice::voiceTranslationIsSentIntoTheClient()
     QVERIFY(mServices->waitForOutput(QStringLiteral("translate: GET"), kTextMs));
     QVERIFY(mClient->waitForText(kFirstDictation + kSecondDictation + QStringLiteral("[en] 你好。")));
     QVERIFY(mClient->hasKeyboard());
+}
+
+void TestVoice::longDictationAfterARestart()
+{
+    // Long mixed dictations, each by a new run of the program in the same X session: the first
+    // after a quit, the second after a kill. Neither run gives back the keycodes it put
+    // characters on, and the next must take them over.
+    const QString text = mixedText(400, 14);
+    const QString script =
+        QStandardPaths::writableLocation(QStandardPaths::RuntimeLocation) + QStringLiteral("/mixed.txt");
+    QVERIFY(writeFile(script, text.toUtf8() + '\n'));
+    QString expected = mClient->text();
+    for (int run = 0; run < 2; ++run) {
+        if (run == 0) {
+            mProgram.reset();
+        } else {
+            mProgram->process().kill();
+        }
+        QVERIFY(mSim->waitForLine(QStringLiteral("ble detached"), kStartMs));
+        if (run == 0) {
+            mServices = std::make_unique<Child>();
+            QString failure;
+            QVERIFY2(startServices(mServices.get(), QStringLiteral(SERVICES_BINARY),
+                                   {QStringLiteral("--script"), script}, &failure),
+                     qPrintable(failure));
+        }
+        restartWith(QStringLiteral("voiceTranslateTargetLanguage"), 0);
+        QTest::qWait(1500);
+        speak(6);
+        expected += text;
+        QVERIFY2(mClient->waitForText(expected), qPrintable(mClient->text().right(200)));
+    }
 }
 
 void TestVoice::realRecognitionIsTypedAsHeard()
