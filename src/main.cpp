@@ -1,3 +1,4 @@
+#include "Platform/DesktopLauncher.h"
 #include "Utils/AppPaths.h"
 #include "Utils/CommandLine.h"
 #include "Utils/MessageHandler.h"
@@ -39,12 +40,12 @@ int main(int argc, char* argv[])
 
     const QByteArray platform = CommandLine::platformFor(qgetenv("QT_QPA_PLATFORM"), qgetenv("DISPLAY"));
     if (!platform.isEmpty()) {
-        qputenv("QT_QPA_PLATFORM", platform);
+        DesktopLauncher::setOwnVariable("QT_QPA_PLATFORM", platform);
     }
     // Every window is drawn by the raster engine: without this the X11 platform loads the GL
     // driver at start (Mesa's pulls in LLVM), tens of megabytes resident for nothing.
     if (!qEnvironmentVariableIsSet("QT_XCB_GL_INTEGRATION")) {
-        qputenv("QT_XCB_GL_INTEGRATION", "none");
+        DesktopLauncher::setOwnVariable("QT_XCB_GL_INTEGRATION", "none");
     }
     SingleApplication app(argc, argv);
     if (app.isRunning()) {

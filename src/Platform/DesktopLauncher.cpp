@@ -9,8 +9,52 @@
 #include <QProcess>
 #include <QStandardPaths>
 
+#include <map>
+#include <optional>
+
+namespace {
+
+// The variables set for this process alone, with the user's value (none: unset).
+std::map<QString, std::optional<QString>>& ownVariables()
+{
+    static std::map<QString, std::optional<QString>> variables;
+    return variables;
+}
+
+}  // namespace
+
+void DesktopLauncher::setOwnVariable(const char* name, const QByteArray& value)
+{
+    const QString key = QString::fromLatin1(name);
+    if (ownVariables().count(key) == 0) {
+        ownVariables()[key] = qEnvironmentVariableIsSet(name)
+                                  ? std::optional<QString>(qEnvironmentVariable(name))
+                                  : std::nullopt;
+    }
+    qputenv(name, value);
+}
+
+QProcessEnvironment DesktopLauncher::userEnvironment()
+{
+    QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();
+    for (const auto& [name, value] : ownVariables()) {
+        if (value) {
+            environment.insert(name, *value);
+        } else {
+            environment.remove(name);
+        }
+    }
+    return environment;
+}
+
 void DesktopLauncher::openUrl(const QUrl& url)
 {
+    // The desktop's opener, as Qt would run it, but with the user's environment. The address
+    // stays out of the log: it may hold what the user dictated.
+    const QString opener = QStandardPaths::findExecutable(QStringLiteral("xdg-open"));
+    if (!opener.isEmpty() && spawn(opener, {url.toString(QUrl::FullyEncoded)})) {
+        return;
+    }
     if (!QDesktopServices::openUrl(url)) {
         qCInfo(lcSystem) << "no handler opened" << url.toString();
     }
@@ -91,9 +135,18 @@ bool DesktopLauncher::startEntry(const QString& path, const QStringList& argumen
     return start(program, command + arguments, path);
 }
 
+bool DesktopLauncher::spawn(const QString& program, const QStringList& arguments)
+{
+    QProcess process;
+    process.setProgram(program);
+    process.setArguments(arguments);
+    process.setProcessEnvironment(userEnvironment());
+    return process.startDetached();
+}
+
 bool DesktopLauncher::start(const QString& program, const QStringList& arguments, const QString& what)
 {
-    if (!QProcess::startDetached(program, arguments)) {
+    if (!spawn(program, arguments)) {
         qCWarning(lcSystem) << "cannot start" << program << "of" << what;
         return false;
     }

@@ -16,6 +16,12 @@ void writeFile(const QString& path, const QByteArray& body)
     file.write(body);
 }
 
+QString readAll(const QString& path)
+{
+    QFile file(path);
+    return file.open(QIODevice::ReadOnly) ? QString::fromUtf8(file.readAll()) : QString();
+}
+
 }  // namespace
 
 // Desktop entries as the launcher reads them, and a real start of an installed one.
@@ -29,6 +35,7 @@ private slots:
     void firstLaunchableEntryStarts();
     void userDefaultsComeFirst();
     void entriesForOtherDesktops();
+    void startedProgramsGetTheUserEnvironment();
 
 private:
     // An entry (in the user's applications unless a folder is given) whose program leaves a
@@ -197,6 +204,41 @@ void TestDesktopLauncher::entriesForOtherDesktops()
     QCOMPARE(found(), QStringLiteral("kde-only.desktop"));
     qunsetenv("XDG_CURRENT_DESKTOP");
     QCOMPARE(found(), QStringLiteral("not-gnome.desktop"));
+}
+
+void TestDesktopLauncher::startedProgramsGetTheUserEnvironment()
+{
+    // The user's own: a platform for Qt, none for GL, a variable of theirs. Zorvane then sets
+    // both Qt variables for itself.
+    qputenv("QT_QPA_PLATFORM", "wayland");
+    qunsetenv("QT_XCB_GL_INTEGRATION");
+    qputenv("ZORVANE_USERS_OWN", "kept");
+    DesktopLauncher::setOwnVariable("QT_QPA_PLATFORM", "xcb");
+    DesktopLauncher::setOwnVariable("QT_XCB_GL_INTEGRATION", "none");
+    DesktopLauncher::setOwnVariable("QT_QPA_PLATFORM", "offscreen");
+    QCOMPARE(qgetenv("QT_QPA_PLATFORM"), QByteArray("offscreen"));
+
+    // Programs that write down their environment, started each way a voice command starts one:
+    // an application's entry and the opener of a page.
+    for (const char* name : {"print-env", "xdg-open"}) {
+        const QString program = mRoot.filePath(QStringLiteral("bin/") + QLatin1String(name));
+        writeFile(program, "#!/bin/sh\nto=\"" + mark(QString()).toUtf8() +
+                               "/env-$(basename \"$0\")\"\nenv > \"$to.part\" && mv \"$to.part\" \"$to\"\n");
+        QFile::setPermissions(program, QFileDevice::ReadOwner | QFileDevice::ExeOwner);
+    }
+    writeFile(QDir(QStandardPaths::writableLocation(QStandardPaths::ApplicationsLocation))
+                  .filePath(QStringLiteral("print-env.desktop")),
+              "[Desktop Entry]\nType=Application\nName=Env\nExec=print-env\n");
+    DesktopLauncher launcher;
+    QVERIFY(launcher.launchApplication({QString(), QString(), {QStringLiteral("print-env.desktop")}, {}}));
+    launcher.openUrl(QUrl(QStringLiteral("https://example.invalid/")));
+    for (const char* started : {"env-print-env", "env-xdg-open"}) {
+        QTRY_VERIFY(QFile::exists(mark(QLatin1String(started))));
+        const QString environment = QLatin1Char('\n') + readAll(mark(QLatin1String(started)));
+        QVERIFY2(environment.contains(QLatin1String("\nQT_QPA_PLATFORM=wayland\n")), started);
+        QVERIFY2(!environment.contains(QLatin1String("QT_XCB_GL_INTEGRATION")), started);
+        QVERIFY2(environment.contains(QLatin1String("\nZORVANE_USERS_OWN=kept\n")), started);
+    }
 }
 
 QTEST_GUILESS_MAIN(TestDesktopLauncher)
