@@ -125,6 +125,9 @@ void BaiduSpeech::start(int language)
         return;
     }
     mState = Running;
+    // From here the open SDK connection, if any, speaks for the utterance before: its late
+    // lines (a final, the end) are not this one's.
+    ++mUtterance;
     mSamples.clear();
     mSamples.reserve(kSamplesReserved);
     if (mRecordManager != nullptr) {
@@ -136,6 +139,7 @@ void BaiduSpeech::start(int language)
     mListRenewed = false;
     mTimerStart.stop();
     mTimerEnd.stop();
+    mTimerTail.stop();
     connectControl();
 }
 
@@ -185,6 +189,7 @@ void BaiduSpeech::reconnectSDKServer()
     }
     mCurrentServer = getPort(mServerList);
     mOpenLineBytes = 0;
+    mSdkUtterance = mUtterance;
     mSDKSocket->connectToHost(mHost, static_cast<quint16>(mCurrentServer.port), QIODevice::ReadWrite,
                               QAbstractSocket::AnyIPProtocol);
     if (!mSDKSocket->waitForConnected(kConnectTimeoutMs)) {
@@ -251,7 +256,9 @@ void BaiduSpeech::onSDKReadyRead()
                                    << mCurrentServer.port << "- connection closed";
         mOpenLineBytes = 0;
         mSDKSocket->abort();
-        emit signalError(404, QStringLiteral("识别错误"));
+        if (mSdkUtterance == mUtterance) {
+            emit signalError(404, QStringLiteral("识别错误"));
+        }
         return;
     }
     for (const SocketMessage& message : ElvUtil::parseSocketMessages(text)) {
@@ -264,6 +271,16 @@ void BaiduSpeech::onSDKReadyRead()
 
 void BaiduSpeech::handleSocketMessage(const SocketMessage& message)
 {
+    if (mSdkUtterance != mUtterance) {
+        // A line of the utterance before: nothing of it reaches the new one, whose end it
+        // would otherwise be. The connection is only closed politely.
+        qCDebug(lcSpeechGateway) << "a line of an earlier utterance dropped:" << message.type;
+        if (message.type == ElvUtil::ON_LONG_SPEECH_END) {
+            sendMessage(ElvUtil::endAck());
+            mSDKSocket->close();
+        }
+        return;
+    }
     switch (message.type) {
         case ElvUtil::ON_START_WORKING:
             emit signalBegin();

@@ -88,6 +88,8 @@ private:
     bool mParamsAccepted = false;
     QString mUid;
     int mLanguage = 0;
+    quint64 mUtterance = 0;     // counts start(): each press's recognition is one utterance
+    quint64 mSdkUtterance = 0;  // the utterance the SDK connection was opened for
     QList<SDKServer> mServerList;
     SDKServer mCurrentServer;
     bool mListRenewed = false;  // the control port was asked again this session

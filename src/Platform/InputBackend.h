@@ -20,6 +20,9 @@ public:
     virtual QRect screenGeometry() = 0;
     // The class of the active window's WM_CLASS, or empty.
     virtual QString activeWindowClass() = 0;
+    // Which window has the keyboard focus, as a number that differs between windows; 0 when
+    // unknown.
+    virtual unsigned long focusedWindow() = 0;
     // The caret in global coordinates, or (0, 0) when unknown.
     virtual QPoint caretPosition() = 0;
 };

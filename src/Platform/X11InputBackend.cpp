@@ -83,10 +83,12 @@ void* X11InputBackend::display()
         int major = 0;
         int minor = 0;
         if (d == nullptr) {
+            mUnavailable = QStringLiteral("no X display");
             qCWarning(lcX11) << "no X display: typing into other windows is off";
             return nullptr;
         }
         if (!XTestQueryExtension(d, &event, &error, &major, &minor)) {
+            mUnavailable = QStringLiteral("the X server lacks XTest");
             qCWarning(lcX11) << "the X server lacks XTest: typing into other windows is off";
             XCloseDisplay(d);
             return nullptr;
@@ -686,6 +688,21 @@ QString X11InputBackend::activeWindowClass()
         return !name.isEmpty();
     });
     return name;
+}
+
+unsigned long X11InputBackend::focusedWindow()
+{
+    if (display() == nullptr) {
+        return 0;
+    }
+    Display* d = dpy(mDisplay);
+    Window window = None;
+    int revert = 0;
+    XGetInputFocus(d, &window, &revert);
+    if (window == PointerRoot || window == None) {
+        window = X11Window::property(d, DefaultRootWindow(d), "_NET_ACTIVE_WINDOW", XA_WINDOW);
+    }
+    return window;
 }
 
 QPoint X11InputBackend::caretPosition()

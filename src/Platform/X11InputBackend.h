@@ -68,12 +68,15 @@ public:
     X11InputBackend& operator=(const X11InputBackend&) = delete;
 
     bool isAvailable();
+    // Why typing is off, once isAvailable() said false.
+    QString unavailableReason() const { return mUnavailable; }
 
     void sendKey(unsigned long keysym, bool down) override;
     void typeText(const QString& text) override;
     void toggleShowingDesktop() override;
     QRect screenGeometry() override;
     QString activeWindowClass() override;
+    unsigned long focusedWindow() override;
     QPoint caretPosition() override;
 
     // The keysym that types a code point.
@@ -135,6 +138,7 @@ private:
     // root window is listened to no longer than needed.
     std::unique_ptr<QSocketNotifier> mEvents;
     bool mOpenTried = false;
+    QString mUnavailable;
     int mMinKeycode = 0;
     int mMaxKeycode = 0;
     int mKeysymsPerKeycode = 0;

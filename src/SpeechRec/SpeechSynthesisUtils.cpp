@@ -30,8 +30,8 @@ SpeechSynthesisUtils::SpeechSynthesisUtils(const SpeechSynthesisWorker::Service&
     mWorker->moveToThread(&mThread);
     connect(this, &SpeechSynthesisUtils::speechSynthesis, mWorker, &SpeechSynthesisWorker::onSpeechSynthesis,
             Qt::QueuedConnection);
-    connect(mWorker, &SpeechSynthesisWorker::signalResult, this,
-            &SpeechSynthesisUtils::onSpeechSynthesisResult, Qt::QueuedConnection);
+    connect(mWorker, &SpeechSynthesisWorker::signalResult, this, &SpeechSynthesisUtils::onWorkerResult,
+            Qt::QueuedConnection);
     mThread.setObjectName(QStringLiteral("SpeechSynthesis"));
     mThread.start();
 }
@@ -55,7 +55,8 @@ bool SpeechSynthesisUtils::isPlaying() const
 
 void SpeechSynthesisUtils::stop()
 {
-    // Pieces still queued play on; callers stop before they ask for new text.
+    mWorker->cancel();
+    mQueue.clear();
     mPlayer->stop();
     mPlayer->clear();
 }
@@ -79,6 +80,14 @@ void SpeechSynthesisUtils::onSpeechSynthesisResult(QByteArray data)
         return;
     }
     playData(data);
+}
+
+void SpeechSynthesisUtils::onWorkerResult(QByteArray data, quint64 round)
+{
+    // Fetched before a stop, delivered after it.
+    if (round == mWorker->cancels()) {
+        onSpeechSynthesisResult(data);
+    }
 }
 
 void SpeechSynthesisUtils::onStopped()

@@ -24,6 +24,7 @@ public:
     ~SpeechSynthesisUtils() override;
 
     bool isPlaying() const;
+    // Ends the reading: the piece playing, the ones waiting and the ones still being fetched.
     void stop();
     static QString audioFile();
 
@@ -37,6 +38,7 @@ public slots:
 
 private slots:
     void onStopped();
+    void onWorkerResult(QByteArray data, quint64 round);
 
 private:
     friend class Singleton<SpeechSynthesisUtils>;

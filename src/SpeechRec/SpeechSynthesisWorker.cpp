@@ -56,7 +56,7 @@ QString SpeechSynthesisWorker::synthesisUrl(const QString& text, const QString& 
 
 void SpeechSynthesisWorker::onSpeechSynthesis(QString text, int per, int spd, int pit, int vol)
 {
-    mPieces.append({text, per, spd, pit, vol});
+    mPieces.append({text, per, spd, pit, vol, cancels()});
     // The blocking requests run a local event loop, which delivers the next piece's call
     // right here: it waits its turn instead of overtaking the one in progress.
     if (mBusy) {
@@ -65,12 +65,15 @@ void SpeechSynthesisWorker::onSpeechSynthesis(QString text, int per, int spd, in
     mBusy = true;
     while (!mPieces.isEmpty()) {
         const Piece piece = mPieces.takeFirst();
+        if (piece.round != cancels()) {
+            continue;
+        }
         const QString token = getToken();
         QByteArray data;
         HttpRequest::getInstance()->syncGet(
             synthesisUrl(piece.text, token, piece.per, piece.spd, piece.pit, piece.vol), &data);
-        if (!data.isEmpty()) {
-            emit signalResult(data);
+        if (!data.isEmpty() && piece.round == cancels()) {
+            emit signalResult(data, piece.round);
         }
     }
     mBusy = false;

@@ -5,6 +5,8 @@
 #include <QObject>
 #include <QUrl>
 
+#include <atomic>
+
 // Runs on the synthesis thread: a token, then the audio of one piece of text, both by
 // blocking requests. The token is fetched for every piece.
 class SpeechSynthesisWorker : public QObject {
@@ -27,8 +29,13 @@ public:
     // The synthesis request for one piece.
     QString synthesisUrl(const QString& text, const QString& token, int per, int spd, int pit, int vol) const;
 
+    // Any thread: the pieces asked for so far are dropped, fetched or not.
+    void cancel() { ++mCancels; }
+    quint64 cancels() const { return mCancels.load(); }
+
 signals:
-    void signalResult(QByteArray data);
+    // The audio of one piece; round is cancels() when the piece arrived.
+    void signalResult(QByteArray data, quint64 round);
 
 public slots:
     void onSpeechSynthesis(QString text, int per, int spd, int pit, int vol);
@@ -40,9 +47,11 @@ private:
         int spd;
         int pit;
         int vol;
+        quint64 round;
     };
 
     Service mService;
     QList<Piece> mPieces;  // this thread only
     bool mBusy = false;
+    std::atomic<quint64> mCancels{0};
 };

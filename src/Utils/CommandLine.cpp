@@ -1,8 +1,10 @@
 #include "Utils/CommandLine.h"
 
+#include "Platform/X11InputBackend.h"
 #include "Utils/AppConfig.h"
 #include "Utils/AppVersion.h"
 #include "Utils/Logging.h"
+#include "Utils/WinUtils.h"
 
 #include <QCommandLineParser>
 #include <QFileInfo>
@@ -97,7 +99,7 @@ CommandLine::Outcome CommandLine::handle(int argc, char** argv)
     return outcome;
 }
 
-QString CommandLine::startLine(const AppConfig& config, const QString& configFile)
+QString CommandLine::startLine(const AppConfig& config, const QString& configFile, const QString& typing)
 {
     int fromFile = 0;
     QStringList environment;
@@ -119,11 +121,24 @@ QString CommandLine::startLine(const AppConfig& config, const QString& configFil
     const QString socket = config.deviceVirtualSocket();
     const QString device = socket.isEmpty() ? QStringLiteral("the receiver (hidraw) or Bluetooth")
                                             : QStringLiteral("the virtual device at ") + socket;
-    return QStringLiteral("Zorvane %1 starting; configuration: build defaults, %2, %3; device: %4")
-        .arg(QString::fromLatin1(kAppVersion), file, env, device);
+    const QString line =
+        QStringLiteral("Zorvane %1 starting; configuration: build defaults, %2, %3; device: %4")
+            .arg(QString::fromLatin1(kAppVersion), file, env, device);
+    return typing.isEmpty() ? line : line + QStringLiteral("; typing into other windows: ") + typing;
+}
+
+QString CommandLine::typingState()
+{
+    auto* x11 = dynamic_cast<X11InputBackend*>(WinUtils::getInstance()->backend());
+    if (x11 == nullptr) {
+        return QStringLiteral("off (no X11 backend)");
+    }
+    return x11->isAvailable() ? QStringLiteral("available")
+                              : QStringLiteral("off (%1)").arg(x11->unavailableReason());
 }
 
 void CommandLine::logStart()
 {
-    qCInfo(lcApp).noquote() << startLine(*AppConfig::getInstance(), AppConfig::defaultFilePath());
+    qCInfo(lcApp).noquote() << startLine(*AppConfig::getInstance(), AppConfig::defaultFilePath(),
+                                         typingState());
 }

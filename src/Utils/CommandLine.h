@@ -28,8 +28,11 @@ public:
     // offers one. A -platform option on the command line still wins over this.
     static QByteArray platformFor(const QByteArray& chosen, const QByteArray& display);
 
-    // The start line of the log: version, where the configuration came from and which device
-    // the program talks to.
-    static QString startLine(const AppConfig& config, const QString& configFile);
+    // The start line of the log: version, where the configuration came from, which device
+    // the program talks to and, when given, whether it can type into other windows.
+    static QString startLine(const AppConfig& config, const QString& configFile,
+                             const QString& typing = QString());
+    // "available", or "off (" and the reason ")": the desktop's typing backend asked now.
+    static QString typingState();
     static void logStart();  // startLine() of the process configuration, to the log
 };

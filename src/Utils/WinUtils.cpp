@@ -57,6 +57,11 @@ QString WinUtils::getForegroundWindowName()
     return mBackend->activeWindowClass();
 }
 
+unsigned long WinUtils::focusedWindow()
+{
+    return mBackend->focusedWindow();
+}
+
 void WinUtils::sendKeyboard(unsigned short key, bool down)
 {
     const unsigned long keysym = MacKeyMap::toKeysym(key);

@@ -28,6 +28,7 @@ public:
     QPoint getPosition2();
     QPoint getPosition();
     QString getForegroundWindowName();
+    unsigned long focusedWindow();
 
     // One key event of a stored code (its low 16 bits).
     void sendKeyboard(unsigned short key, bool down);

@@ -176,6 +176,13 @@ void FocusFollowPanelPresenter::translate(QString text)
     startTranslateTimer();
 }
 
+void FocusFollowPanelPresenter::translateNow(const QString& text)
+{
+    storeSource(text);
+    mTranslateTimer.stop();
+    onTranslateTimeout();
+}
+
 QString FocusFollowPanelPresenter::sourceLanguage() const
 {
     return QString::fromUtf8(kIFlyLanguages[speechRow(mPreferences.voiceTranslateSourceLanguage)].language);
@@ -202,13 +209,13 @@ void FocusFollowPanelPresenter::onTranslateTimeout()
         [self, current](QString message) {
             qCWarning(lcInput).noquote() << "百度翻译请求超时!" << message;
             if (current()) {
-                self->onTranslateFailure();
+                self->translateFailed();
             }
         },
         [self, current](QString message, QNetworkReply::NetworkError code) {
             qCWarning(lcInput).noquote() << "百度翻译请求错误:" << message << code;
             if (current()) {
-                self->onTranslateFailure();
+                self->translateFailed();
             }
         });
 }
@@ -217,7 +224,8 @@ void FocusFollowPanelPresenter::onTranslateResult(bool ok, const BaiduTranslateM
 {
     if (ok) {
         QString result = joined(message);
-        if (!mPanelView->IsHidden() && !mSourceText.isEmpty()) {
+        // A panel sent while its translation was out is hidden, and still delivers the answer.
+        if ((!mPanelView->IsHidden() || mWaitingToHide) && !mSourceText.isEmpty()) {
             if (result.isEmpty()) {
                 mPanelView->setTranslateStatus(2);
             } else {
@@ -230,18 +238,48 @@ void FocusFollowPanelPresenter::onTranslateResult(bool ok, const BaiduTranslateM
                 }
                 const int row = targetRow(mPreferences.voiceTranslateTargetLanguage);
                 if (needsTraditional(row) && mHttp != nullptr) {
-                    // The service's Cantonese comes in the simplified script; a second, blocking
-                    // request turns it into the traditional one, which is what is shown and typed.
-                    BaiduTranslateMessage traditional;
-                    mHttp->syncBaiduTranslate(mCurrentIpId, sourceLanguage(),
-                                              LanguageTables::translateCode(1), result, &traditional);
-                    result = joined(traditional);
+                    // The service's Cantonese comes in the simplified script; a second request
+                    // turns it into the traditional one, which is what is shown and typed. The
+                    // translation is finished only with its answer.
+                    requestTraditional(result);
+                    return;
                 }
                 mTranslateResult = result;
                 mPanelView->setVoiceTranslateTargetText(result);
             }
         }
     }
+    settleTranslation();
+}
+
+void FocusFollowPanelPresenter::requestTraditional(const QString& simplified)
+{
+    QPointer<FocusFollowPanelPresenter> self(this);
+    const QString source = mSourceText;
+    auto settle = [self, source, simplified](const QString& traditional) {
+        if (!self || self->mSourceText != source) {
+            return;  // a newer source has its own request out
+        }
+        self->mTranslateResult = traditional.isEmpty() ? simplified : traditional;
+        self->mPanelView->setVoiceTranslateTargetText(self->mTranslateResult);
+        self->settleTranslation();
+    };
+    mHttp->baiduTranslate(
+        mCurrentIpId, sourceLanguage(), LanguageTables::translateCode(1), simplified,
+        [settle](bool ok, BaiduTranslateMessage message) { settle(ok ? joined(message) : QString()); },
+        [settle](QString) { settle(QString()); },
+        [settle](QString, QNetworkReply::NetworkError) { settle(QString()); });
+}
+
+void FocusFollowPanelPresenter::translateFailed()
+{
+    onTranslateFailure();
+    // A failure is an answer too: whatever waits for the translation may close the panel.
+    settleTranslation();
+}
+
+void FocusFollowPanelPresenter::settleTranslation()
+{
     mTranslateFinish = true;
     if (mWaitingToHide) {
         mPanelView->toWaitingHide();

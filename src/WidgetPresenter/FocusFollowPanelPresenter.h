@@ -52,6 +52,8 @@ public:
 
     int getVolume() const { return mLevel; }
     virtual void translate(QString text);
+    // The request for text goes out at once, without the debounce.
+    void translateNow(const QString& text);
     void outputResult();
     bool isTranslateFinish() const { return mTranslateFinish; }
     void setTranslateFinish(bool finish) { mTranslateFinish = finish; }
@@ -116,6 +118,10 @@ protected:
 
 private:
     void onTranslateResult(bool ok, const BaiduTranslateMessage& message);
+    void translateFailed();
+    void requestTraditional(const QString& simplified);
+    // The translation has its answer (or its failure): the panel may close.
+    void settleTranslation();
     QString sourceLanguage() const;
 
     HttpManager* mHttp;

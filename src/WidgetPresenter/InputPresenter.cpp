@@ -309,6 +309,9 @@ void InputPresenter::onGetDirectUIs(QList<DirectUI> directUIs)
 
 void InputPresenter::clearStatus()
 {
+    // Segments still waiting for their conversion are typed as heard before anything of the
+    // next session: late is worse than simplified.
+    typeReadySegments(true);
     mStatus = InputStatus();
     ++mSession;
 }
@@ -602,16 +605,28 @@ void InputPresenter::stopLongOfType(int type)
 
 void InputPresenter::onDeviceLost()
 {
-    if (!mVoiceKeyPressing && !mStatus.isListening) {
+    const bool preListening = !mStatus.isRunning && isEngineRunning();
+    if (!mVoiceKeyPressing && !mStatus.isListening && !mDoubleClickHold && !preListening) {
         return;
     }
-    qCInfo(lcInput) << "the mouse went during a session: it ends";
-    // No release will come from a mouse that is gone.
+    qCInfo(lcInput) << "the mouse went during a session: it ends as if the key were let go";
+    // No release will come from a mouse that is gone, nor the second half of a gesture.
     mVoiceKeyPressing = false;
     isKeyRelease = true;
-    stopStatus();
-    mStatus.isRunning = false;
+    mDoubleClickHold = false;
+    mTimerCheckIsLongClick.stop();
+    mTimerSingleKeyStop.stop();
+    mInputView->setMuteVolume();
     mInputView->setMicStatus(false);
+    if (mStatus.isRunning) {
+        // The final already asked for still comes, is used, and closes the panels.
+        stopListening(true, true);
+        return;
+    }
+    if (preListening) {
+        stopEngine();  // listening ahead of a gesture that will never come
+        clearStatus();
+    }
     if (!mInputView->isHiddenFocusView()) {
         mInputView->toHideFocusView();
     }

@@ -13,6 +13,7 @@
 #include <QTimer>
 
 #include <atomic>
+#include <functional>
 #include <memory>
 
 class AppLauncher;
@@ -209,6 +210,13 @@ private:
     QString stripped(QString text) const;
     QString targetName() const;
     QString toTraditional(const QString& text);
+    // The traditional script of text, handed to done when the service answers (the text as it
+    // is if it fails); nothing when a new session has started meanwhile.
+    void requestTraditional(const QString& text, std::function<void(const QString&)> done);
+    // A final dictation segment to type, once converted when asked.
+    void typeSegment(const QString& text, bool convert);
+    // Types the segments whose text is ready, in order; all of them as they stand when all.
+    void typeReadySegments(bool all);
     // Shows the source of a voice translation; true when it went into a panel being edited.
     bool setTranslateSource(QString source);
     void finishVoiceCommand(const QString& content);
@@ -261,6 +269,14 @@ private:
     bool mHasVoice = false;
     int mLocalIpId = 0;
     QString mLastOutput;
+    struct Segment {
+        quint64 id;
+        QString text;
+        bool ready;
+    };
+    QList<Segment> mSegments;  // final segments of the session waiting for their turn
+    quint64 mSegmentSerial = 0;
+    unsigned long mOutputWindow = 0;  // where mLastOutput was typed
     QList<DirectUI> mDirectUIs;
     bool mVoiceKeyPressing = false;
     // Written by the device's read thread, read on the main thread.

@@ -291,9 +291,18 @@ int InputPresenter::eraseDifferingTail(const QString& content)
 
 void InputPresenter::sendOutput(QString word)
 {
+    WinUtils* win = WinUtils::getInstance();
+    const unsigned long window = win->focusedWindow();
+    if (!mLastOutput.isEmpty() && window != mOutputWindow) {
+        // The user went elsewhere (a click, another field) since the segment was typed: its
+        // rewrite there would take back their own text instead of ours.
+        qCInfo(lcInput) << "the focus moved since the last text: its rewrite is dropped";
+        return;
+    }
     const int same = eraseDifferingTail(word);
-    WinUtils::getInstance()->sendInput(word.mid(same, word.size() - same));
+    win->sendInput(word.mid(same, word.size() - same));
     mLastOutput = word;
+    mOutputWindow = window;
 }
 
 QString InputPresenter::restoreContent(QString content)

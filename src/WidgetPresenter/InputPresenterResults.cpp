@@ -19,7 +19,14 @@ constexpr int kTraditionalChineseRow = 1;
 
 void trace(int step)
 {
-    qCInfo(lcInput).noquote() << QStringLiteral("##################%1").arg(step);
+    qCDebug(lcInput).noquote() << QStringLiteral("##################%1").arg(step);
+}
+
+QString sourceLanguage(const UserPreferences& preferences)
+{
+    const int source = preferences.voiceTranslateSourceLanguage;
+    return QString::fromUtf8(
+        kIFlyLanguages[source >= 0 && source < kSpeechLanguageRows ? source : 0].language);
 }
 
 QString quoted(const QString& text)
@@ -52,10 +59,7 @@ QString InputPresenter::targetName() const
 
 QString InputPresenter::toTraditional(const QString& text)
 {
-    const int source = mUserPreferences.voiceTranslateSourceLanguage;
-    const QString from = source >= 0 && source < kSpeechLanguageRows
-                             ? QString::fromUtf8(kIFlyLanguages[source].language)
-                             : QString::fromUtf8(kIFlyLanguages[0].language);
+    const QString from = sourceLanguage(mUserPreferences);
     BaiduTranslateMessage message;
     const bool answered = mHttpManager->syncBaiduTranslate(
         mLocalIpId, from, LanguageTables::translateCode(kTraditionalChineseRow), text, &message);
@@ -69,6 +73,62 @@ QString InputPresenter::toTraditional(const QString& text)
         lines << entry.dst;
     }
     return lines.join(QLatin1Char('\n'));
+}
+
+void InputPresenter::requestTraditional(const QString& text, std::function<void(const QString&)> done)
+{
+    const QString from = sourceLanguage(mUserPreferences);
+    // Answered later, in the main loop: a reply of a session that is gone finds no taker.
+    const quint64 session = mSession;
+    const QPointer<InputPresenter> self(this);
+    const auto answer = [self, session, text, done](const QString& converted) {
+        if (!self || self->mSession != session) {
+            return;
+        }
+        if (converted.isEmpty()) {
+            // The simplified words are better than none at all.
+            qCWarning(lcInput) << "traditional conversion failed; keeping the text as recognised";
+        }
+        done(converted.isEmpty() ? text : converted);
+    };
+    mHttpManager->baiduTranslate(
+        mLocalIpId, from, LanguageTables::translateCode(kTraditionalChineseRow), text,
+        [answer](bool ok, BaiduTranslateMessage message) {
+            QStringList lines;
+            for (const BaiduTranslateResult& entry : qAsConst(message.result)) {
+                lines << entry.dst;
+            }
+            answer(ok && !message.error ? lines.join(QLatin1Char('\n')) : QString());
+        },
+        [answer](QString) { answer(QString()); },
+        [answer](QString, QNetworkReply::NetworkError) { answer(QString()); });
+}
+
+void InputPresenter::typeSegment(const QString& text, bool convert)
+{
+    // Segments are typed in the order they were heard, whichever conversion comes back first.
+    const quint64 id = ++mSegmentSerial;
+    mSegments.append(Segment{id, text, !convert});
+    if (convert) {
+        requestTraditional(text, [this, id](const QString& converted) {
+            for (Segment& segment : mSegments) {
+                if (segment.id == id) {
+                    segment.text = converted;
+                    segment.ready = true;
+                }
+            }
+            typeReadySegments(false);
+        });
+    }
+    typeReadySegments(false);
+}
+
+void InputPresenter::typeReadySegments(bool all)
+{
+    while (!mSegments.isEmpty() && (all || mSegments.first().ready)) {
+        sendOutput(mSegments.takeFirst().text);
+        mLastOutput.clear();  // the next segment is typed behind this one
+    }
 }
 
 bool InputPresenter::setTranslateSource(QString source)
@@ -134,11 +194,7 @@ void InputPresenter::onRecResult(QString result)
             if (isDelSign()) {
                 result = stripped(result);
             }
-            if (targetName().contains(QStringLiteral("粤语繁体"))) {
-                result = toTraditional(result);
-            }
-            sendOutput(result);
-            mLastOutput.clear();  // the next segment is typed behind this one
+            typeSegment(result, targetName().contains(QStringLiteral("粤语繁体")));
             break;
         case VoiceTranslate:
             mResults.append(result);
@@ -202,7 +258,7 @@ void InputPresenter::finishVoiceCommand(const QString& content)
     if (content.size() < 2) {
         mInputView->setContent(quoted(content) + QStringLiteral(" : 内容太短啦！"));
         mStatus.isRunning = false;
-        mInputView->toHide();
+        startDelayHide();  // long enough to be read
         trace(2);
         return;
     }
@@ -216,11 +272,11 @@ void InputPresenter::finishVoiceCommand(const QString& content)
     }
     if (mUserPreferences.recognitionLanguage != 0) {
         // No semantic parsing beyond Mandarin: the words as heard, punctuation and all.
-        QString query = content;
         if (targetName().contains(QStringLiteral("繁体"))) {
-            query = toTraditional(query);
+            requestTraditional(content, [this](const QString& query) { searchTheWeb(query); });
+        } else {
+            searchTheWeb(content);
         }
-        searchTheWeb(query);
         mStatus.isRunning = false;
         startDelayHide();
         trace(5);

@@ -48,6 +48,7 @@ private slots:
     void dictationBadgeFollowsTheCaret();
     void translationBoxesGrowWithTheText();
     void autoSendWaitsForTheTranslation();
+    void failedTranslationStillCloses();
     void readingHoldsThePanel();
     void editingTakesEnterAndEatsSpace();
     void fixedPanelPlaceShiftAndDrag();
@@ -196,6 +197,26 @@ void TestFollowWindows::autoSendWaitsForTheTranslation()
     QVERIFY(dialog->sourceBox()->toPlainText().isEmpty());
 }
 
+void TestFollowWindows::failedTranslationStillCloses()
+{
+    mServer.setAnswer(TranslationService::path(), {500, QByteArray()});
+    auto dialog = make<FocusFollowDialog>();
+    // Released while the request is out; the failure then lets the waiting panel go.
+    openResult(dialog.get(), QStringLiteral("你好"));
+    dialog->toHide();
+    dialog->focusPresenter()->onTranslateTimeout();
+    QTRY_VERIFY(dialog->focusPresenter()->isTranslateFinish());
+    dialog->onWaitingHideTimeout();
+    QVERIFY(dialog->isHidden());
+    // Failed before any request to hide: the next one (退出, a click outside, a press) closes it.
+    openResult(dialog.get(), QStringLiteral("再见"));
+    dialog->focusPresenter()->onTranslateTimeout();
+    QTRY_VERIFY(dialog->focusPresenter()->isTranslateFinish());
+    dialog->toHide();
+    QVERIFY(dialog->isHidden());
+    QVERIFY(mDesktop.typedText().isEmpty());
+}
+
 void TestFollowWindows::readingHoldsThePanel()
 {
     auto dialog = make<FocusFollowDialog>();
@@ -246,6 +267,18 @@ void TestFollowWindows::editingTakesEnterAndEatsSpace()
     QTest::keyClick(dialog->sourceBox(), Qt::Key_Return);
     QVERIFY(dialog->sourceBox()->isReadOnly());
     QVERIFY(dialog->isHidden());
+
+    // Sent within the edit's quiet time: the edited text's translation is what is typed.
+    openResult(dialog.get(), QStringLiteral("你好"));
+    dialog->focusPresenter()->onTranslateTimeout();
+    QTRY_COMPARE(dialog->targetBox()->toPlainText(), QStringLiteral("Hello"));
+    edit->click();
+    mService.answer(QStringLiteral("Goodbye"));
+    dialog->sourceBox()->setPlainText(QStringLiteral("再见"));
+    mDesktop.takeLog();
+    dialog->findChild<QPushButton*>(QStringLiteral("sendButton"))->click();
+    QVERIFY(dialog->isHidden());
+    QTRY_COMPARE(mDesktop.typedText(), QStringLiteral("Goodbye"));
 }
 
 void TestFollowWindows::fixedPanelPlaceShiftAndDrag()

@@ -105,6 +105,7 @@ void TestWinUtils::withoutADisplayNothingHappens()
     backend.sendKey(0xff08, true);
     backend.toggleShowingDesktop();
     QVERIFY(backend.activeWindowClass().isEmpty());
+    QCOMPARE(backend.focusedWindow(), 0UL);
     qputenv("DISPLAY", saved);
 }
 

@@ -525,6 +525,7 @@ void TestX11Typing::editingKeysInAQtField()
     QVERIFY(receiver.waitReady());
     WinUtils* win = WinUtils::getInstance();
     QCOMPARE(win->getForegroundWindowName(), QStringLiteral("typing_receiver"));
+    QVERIFY(win->focusedWindow() != 0);
     // One backspace per character, whatever its width.
     win->sendInput(QStringLiteral("abc你好"));
     QCOMPARE(receiver.text(QStringLiteral("abc你好")), QStringLiteral("abc你好"));

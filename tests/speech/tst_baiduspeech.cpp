@@ -52,6 +52,7 @@ private slots:
     void serversThatDoNotAcknowledgeAreLeft();
     void silenceBlockOncePerSentence();
     void stopSkipAndEnds();
+    void repressDropsTheEarlierUtterance();
     void unreachableGatewayIsANotice();
     void endlessLineClosesTheConnection();
 };
@@ -290,6 +291,32 @@ void TestBaiduSpeech::stopSkipAndEnds()
     QCOMPARE(end.size(), 1);
     speech.onEndTimeout();
     QCOMPARE(end.size(), 2);
+}
+
+void TestBaiduSpeech::repressDropsTheEarlierUtterance()
+{
+    FakeSpeechGateway gateway;
+    QVERIFY(gateway.start({5, 2}));
+    BaiduSpeech speech(nullptr, QStringLiteral("127.0.0.1"), gateway.controlPort());
+    QSignalSpy end(&speech, &BaiduSpeech::signalEnd);
+    QSignalSpy result(&speech, &BaiduSpeech::signalResult);
+    speech.start(1537);
+    QTRY_COMPARE(gateway.frames.size(), 1);
+    speech.stop();
+    // Pressed again before the final: the old connection stays up while the new utterance
+    // asks for a server (here in vain, so that nothing replaces it).
+    gateway.closeControl();
+    RecordingNoticeSink sink;
+    Notice::setSink(&sink);
+    speech.start(1537);
+    Notice::setSink(nullptr);
+    QVERIFY(!speech.timerTail()->isActive());
+    gateway.sendEvent(52, 0, FakeSpeechGateway::result(QStringLiteral("旧的")));
+    gateway.sendEvent(53);
+    QTRY_COMPARE(gateway.frames.last().type, kEndAck);
+    QCOMPARE(result.size(), 0);
+    QCOMPARE(end.size(), 0);
+    QVERIFY(speech.isRunning());
 }
 
 void TestBaiduSpeech::unreachableGatewayIsANotice()

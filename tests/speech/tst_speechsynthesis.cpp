@@ -66,6 +66,21 @@ void TestSpeechSynthesis::piecesPlayInOrderThroughOneFile()
     // Nothing playing: a result starts at once.
     tts.onSpeechSynthesisResult("direct");
     QCOMPARE(player.played.last(), QByteArray("direct"));
+    player.finish();
+
+    // A long text read in pieces stops whole: nothing waiting or still fetched plays after.
+    player.played.clear();
+    for (const QString& piece : {QStringLiteral("a"), QStringLiteral("b"), QStringLiteral("c")}) {
+        emit tts.speechSynthesis(piece, 0, 5, 5, 5);
+    }
+    QTRY_COMPARE(player.played.size(), 1);
+    tts.stop();
+    QTest::qWait(300);
+    QCOMPARE(player.played.size(), 1);
+    QVERIFY(!tts.isPlaying());
+    emit tts.speechSynthesis(QStringLiteral("again"), 0, 5, 5, 5);
+    QTRY_COMPARE(player.played.size(), 2);
+    QVERIFY(player.played.last().contains("tex=again&"));
 }
 
 void TestSpeechSynthesis::requestsCarryTokenAndEncodedText()

@@ -13,6 +13,7 @@ public:
 
     QRect screen = QRect(0, 0, 1920, 1080);
     QString windowClass;
+    unsigned long window = 1;
     QPoint caret;
 
     void sendKey(unsigned long keysym, bool down) override;
@@ -20,6 +21,7 @@ public:
     void toggleShowingDesktop() override;
     QRect screenGeometry() override { return screen; }
     QString activeWindowClass() override { return windowClass; }
+    unsigned long focusedWindow() override { return window; }
     QPoint caretPosition() override { return caret; }
 
     // Everything typed, joined, with each backspace taking one character back: what a text

@@ -86,6 +86,15 @@ void TestInputResults::dictationTypesSegmentsOneBehindTheOther()
     QCOMPARE(mRig->desktop.typedText(), QStringLiteral("你们好。再见"));
     QCOMPARE(mRig->desktop.log.count(QStringLiteral("down BackSpace")), 1);
     QCOMPARE(presenter()->results(), QList<QString>{QStringLiteral("你们好。")});
+
+    // The user clicked into another window before the final came: no rewrite lands there,
+    // and the next segment starts afresh where the user now is.
+    mRig->desktop.takeLog();
+    mRig->desktop.window = 2;
+    emit engine()->signalResult(QStringLiteral("在见。"));
+    QVERIFY(mRig->desktop.log.isEmpty());
+    emit engine()->signalFlushResult(QStringLiteral("好"));
+    QCOMPARE(mRig->desktop.takeLog(), QStringList{QStringLiteral("text 好")});
 }
 
 void TestInputResults::strippingTypesNoPunctuationButUploadsIt()
@@ -97,7 +106,17 @@ void TestInputResults::strippingTypesNoPunctuationButUploadsIt()
     emit engine()->signalResult(QStringLiteral("你好，世界。"));
     emit engine()->signalResult(QStringLiteral("Yes!"));
     presenter()->stopStatus();
+    // The end of a session leaves nothing at info level for the user's log.
+    static QStringList infos;
+    const QtMessageHandler previous =
+        qInstallMessageHandler([](QtMsgType type, const QMessageLogContext&, const QString& message) {
+            if (type == QtInfoMsg) {
+                infos << message;
+            }
+        });
     emit engine()->signalEnd();
+    qInstallMessageHandler(previous);
+    QVERIFY2(infos.isEmpty(), qPrintable(infos.join(QLatin1Char('\n'))));
     QCOMPARE(mRig->desktop.typedText(), QStringLiteral("你好世界Yes"));
     QVERIFY(!presenter()->status().isRunning);
     QTRY_COMPARE(requestsTo("/BelmorZorvaneV2Mac/textrecord/upload").size(), 1);
@@ -110,8 +129,9 @@ void TestInputResults::strippingTypesNoPunctuationButUploadsIt()
 
 void TestInputResults::traditionalTargetTypesOnlyFinals()
 {
-    mRig->backend.setAnswer(QStringLiteral("/api/trans/vip/translate"),
-                            {200, translation({QStringLiteral("你們好"), QStringLiteral("世界")})});
+    const QString path = QStringLiteral("/api/trans/vip/translate");
+    mRig->backend.setAnswer(path,
+                            {200, translation({QStringLiteral("你們好"), QStringLiteral("世界")}), 300});
     mRig->setPreferences([](UserPreferences& p) {
         p.recognitionLanguage = 1;
         p.voiceTranslateSourceLanguage = 1;
@@ -121,16 +141,33 @@ void TestInputResults::traditionalTargetTypesOnlyFinals()
     QCOMPARE(presenter()->status().type, int(P::Dictation));
     emit engine()->signalFlushResult(QStringLiteral("你们好"));
     QVERIFY(mRig->desktop.log.isEmpty());
+    // The conversion answers later, never inside the result's handling; the finals keep
+    // their order whichever answer comes first.
     emit engine()->signalResult(QStringLiteral("你们好世界"));
-    QCOMPARE(mRig->desktop.typedText(), QStringLiteral("你們好\n世界"));
-    const QUrlQuery query(QUrl::fromEncoded(requestsTo("/api/trans/vip/translate").first().target));
+    QVERIFY(mRig->desktop.log.isEmpty());
+    QTRY_COMPARE(requestsTo(path.toUtf8()).size(), 1);
+    mRig->backend.setAnswer(path, {200, translation({QStringLiteral("再見")})});
+    emit engine()->signalResult(QStringLiteral("再见"));
+    QTRY_COMPARE(mRig->desktop.typedText(), QStringLiteral("你們好\n世界再見"));
+    const QUrlQuery query(QUrl::fromEncoded(requestsTo(path.toUtf8()).first().target));
     QCOMPARE(query.queryItemValue(QStringLiteral("from")), QStringLiteral("zh_cn"));
     QCOMPARE(query.queryItemValue(QStringLiteral("to")), QStringLiteral("cht"));
 
     // No answer: the words as recognised are typed rather than nothing.
-    mRig->backend.setAnswer(QStringLiteral("/api/trans/vip/translate"), {500, QByteArray()});
-    emit engine()->signalResult(QStringLiteral("再见"));
-    QVERIFY(mRig->desktop.typedText().endsWith(QStringLiteral("再见")));
+    mRig->backend.setAnswer(path, {500, QByteArray()});
+    emit engine()->signalResult(QStringLiteral("好的"));
+    QTRY_VERIFY(mRig->desktop.typedText().endsWith(QStringLiteral("好的")));
+
+    // A new press while a conversion is out: the segment is typed as heard before the new
+    // session begins, and the late answer is typed nowhere.
+    mRig->backend.setAnswer(path, {200, translation({QStringLiteral("謝謝")}), 300});
+    emit engine()->signalResult(QStringLiteral("谢谢"));
+    QTRY_COMPARE(requestsTo(path.toUtf8()).size(), 4);
+    presenter()->onKeyEvent(6, 0);
+    presenter()->onKeyEvent(6, 1);
+    QVERIFY(mRig->desktop.typedText().endsWith(QStringLiteral("好的谢谢")));
+    QTest::qWait(600);
+    QVERIFY(mRig->desktop.typedText().endsWith(QStringLiteral("好的谢谢")));
 }
 
 void TestInputResults::translationSourceText()
@@ -162,13 +199,14 @@ void TestInputResults::translationSourceText()
 
 void TestInputResults::voiceCommandLengthAndStripping()
 {
-    // One character: too short, the strip hides at once.
+    // One character: too short, and said for as long as any other answer.
     presenter()->onKeyEvent(5, 1);
     emit engine()->signalResult(QStringLiteral("好"));
     presenter()->stopStatus();
     emit engine()->signalEnd();
-    QCOMPARE(view().calls.mid(view().calls.size() - 2),
-             QStringList({QStringLiteral("setContent(\"好\" : 内容太短啦！)"), QStringLiteral("toHide()")}));
+    QCOMPARE(view().calls.last(), QStringLiteral("setContent(\"好\" : 内容太短啦！)"));
+    QVERIFY(presenter()->timer(P::TimerDelayHide).isActive());
+    QCOMPARE(presenter()->timer(P::TimerDelayHide).interval(), 2000);
 
     // Two characters, one a mark: long enough, and the command sees one character.
     presenter()->onKeyEvent(5, 1);

@@ -105,16 +105,36 @@ void TestInputSession::mouseGoneMidSessionEndsIt()
     QVERIFY(presenter()->isVoiceKeyPressing());
     view().answers[QStringLiteral("isHiddenNoFocusView")] = false;
     view().calls.clear();
-    // The receiver is pulled while the key is held: no release will ever come.
+    // The receiver is pulled while the key is held: no release will ever come. The session
+    // ends as at a release: the final asked for is still typed, and the end closes the panel.
     emit mRig->device.signalUSBChange(0x3151, 0x4011, false);
     QVERIFY(!presenter()->isVoiceKeyPressing());
     QVERIFY(!mRig->baidu->isRunning());
-    QVERIFY(!presenter()->status().isRunning);
-    QVERIFY(view().calls.contains(QStringLiteral("toHideNoFocusView()")));
+    QVERIFY(!presenter()->status().isListening);
+    emit mRig->baidu->signalResult(QStringLiteral("最后一句"));
+    QCOMPARE(mRig->desktop.typedText(), QStringLiteral("最后一句"));
+    QVERIFY(!view().calls.contains(QStringLiteral("toHideNoFocusView()")));
     // Nothing running: a later loss does nothing.
     view().calls.clear();
     emit mRig->device.signalBLEDeviceConnectState(false, QString());
     QVERIFY(view().calls.isEmpty());
+
+    // A single-key mouse lost in a double-click hold, or while listening ahead of a gesture:
+    // the listening stops, and the next press after the mouse is back is not swallowed.
+    mRig->setPreferences([](UserPreferences& p) { p.keyType = 1; });
+    mRig->connectDevice();
+    presenter()->onKeyEvent(6, 1);
+    presenter()->onKeyEvent(6, 0);
+    presenter()->onDoubleClickListener(6, 1);
+    emit mRig->device.signalUSBChange(0x3151, 0x4011, false);
+    QVERIFY(!mRig->baidu->isRunning());
+    mRig->connectDevice();
+    view().calls.clear();
+    presenter()->onKeyEvent(6, 1);
+    QVERIFY(view().calls.contains(QStringLiteral("setNoFoMicView(false)")));
+    QVERIFY(mRig->baidu->isRunning());
+    emit mRig->device.signalUSBChange(0x3151, 0x4011, false);
+    QVERIFY(!mRig->baidu->isRunning());
 }
 
 void TestInputSession::holdModeVerdictKeepsPanelsUnderThePointer()

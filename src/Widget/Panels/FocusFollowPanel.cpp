@@ -680,11 +680,23 @@ void FocusFollowPanel::onWaitingHideTimeout()
     mPanelPresenter->clearTranslateResult();
 }
 
+void FocusFollowPanel::translateEditNow()
+{
+    // An edit still within its quiet time is what the user sends: its translation goes out now,
+    // and the send waits for it.
+    if (mEditTimer.isActive()) {
+        mEditTimer.stop();
+        if (!mSourceBox->toPlainText().isEmpty()) {
+            mPanelPresenter->translateNow(mSourceBox->toPlainText());
+        }
+    }
+}
+
 void FocusFollowPanel::sendNow()
 {
     stopReading();
     mIsButtonSendPress = true;
-    mEditTimer.stop();
+    translateEditNow();
     toHide();
 }
 
@@ -693,7 +705,7 @@ void FocusFollowPanel::onEditFinish()
     onEditFinishReadOnly();
     stopReading();
     mIsButtonSendPress = true;
-    mEditTimer.stop();
+    translateEditNow();
     mTargetBox->setFocus();
     if (mPanelPresenter->isEnterKeySend()) {
         toHide();

@@ -112,6 +112,7 @@ protected:
     void runHidePlan(const FocusFollowPanelPresenter::HidePlan& plan);
     void clearBoxes();
     void sendNow();
+    void translateEditNow();
     void onEditFinish();
     virtual void onEditFinishReadOnly() = 0;
     virtual bool sendRowWanted() const { return true; }
