@@ -1,6 +1,6 @@
 #include "Widget/Panels/NoFocusFollowDialog.h"
 
-#include "Utils/WinUtils.h"
+#include "Widget/Common/WindowLook.h"
 
 #include <QCursor>
 #include <QLabel>
@@ -24,8 +24,7 @@ NoFocusFollowDialog::NoFocusFollowDialog(QWidget* parent,
     mEditButton->hide();
     mPickerTimer.setInterval(kPickerTickMs);
     connect(mStack, &QStackedWidget::currentChanged, this, &NoFocusFollowDialog::onPageChanged);
-    const QRect screen = WinUtils::getInstance()->getScreen();
-    move(screen.width() - 365, screen.height() - height() - 50);
+    move(WindowLook::bottomRight(QSize(365, height() + 50)));
 }
 
 NoFocusFollowDialog::~NoFocusFollowDialog() = default;
