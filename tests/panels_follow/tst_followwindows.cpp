@@ -53,6 +53,7 @@ private slots:
     void fixedPanelPlaceShiftAndDrag();
     void fixedPanelPickerCountsCursorTime();
     void fixedPanelSingleClickAndForceFinish();
+    void hiddenPanelsRest();
     void screenshots();
 
 private:
@@ -340,6 +341,29 @@ void TestFollowWindows::fixedPanelSingleClickAndForceFinish()
     QVERIFY(dialog->noFocusPresenter()->isTranslateFinish());
     dialog->toHide();
     QVERIFY(dialog->isHidden());
+}
+
+void TestFollowWindows::hiddenPanelsRest()
+{
+    // Hidden by whatever way (here by the session's owner), a panel follows and watches nothing.
+    auto caret = make<FocusFollowDialog>();
+    caret->setInitDictationView();
+    QTRY_VERIFY(caret->isVisible());
+    QVERIFY(caret->focusPresenter()->moveTimer().isActive());
+    QVERIFY(caret->hoverTimer().isActive());
+    caret->hide();
+    QVERIFY(!caret->focusPresenter()->moveTimer().isActive());
+    QVERIFY(!caret->hoverTimer().isActive());
+
+    auto fixed = make<NoFocusFollowDialog>();
+    FakePicker picker;
+    fixed->setLanguagePickers(&picker, nullptr);
+    fixed->changeView(Panel::ResultPage);
+    QTest::mousePress(fixed->findChild<QLabel*>(QStringLiteral("sourceLanguage0")), Qt::LeftButton);
+    QVERIFY(fixed->pickerTimer().isActive());
+    fixed->hide();
+    QVERIFY(!fixed->pickerTimer().isActive());
+    QVERIFY(!fixed->hoverTimer().isActive());
 }
 
 void TestFollowWindows::screenshots()

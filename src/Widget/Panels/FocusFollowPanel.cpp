@@ -941,6 +941,15 @@ void FocusFollowPanel::paintEvent(QPaintEvent* event)
     painter.drawRoundedRect(card, kRadius, kRadius);
 }
 
+void FocusFollowPanel::hideEvent(QHideEvent* event)
+{
+    QDialog::hideEvent(event);
+    // Whichever way it went (its own plan, the waiting hide, the session's owner), a hidden
+    // panel has no pointer to watch and no picker to close.
+    mHoverTimer.stop();
+    mPickerTimer.stop();
+}
+
 void FocusFollowPanel::resizeEvent(QResizeEvent* event)
 {
     QDialog::resizeEvent(event);
@@ -950,7 +959,9 @@ void FocusFollowPanel::resizeEvent(QResizeEvent* event)
 
 void FocusFollowPanel::reshape()
 {
-    WindowLook::shape(this, rect().adjusted(0, cardTop(), 0, 0), kRadius);
+    // Cut also where a compositor blends the window: the see-through band above the card
+    // would otherwise take the clicks meant for the window below.
+    WindowLook::cut(this, rect().adjusted(0, cardTop(), 0, 0), kRadius);
 }
 
 void FocusFollowPanel::layoutMicPage(bool wide, QPoint micAt)

@@ -83,6 +83,8 @@ public:
     FocusFollowPanelPresenter* presenter() const { return mPanelPresenter; }
     QTextEdit* sourceBox() const { return mSourceBox; }
     QTextEdit* targetBox() const { return mTargetBox; }
+    const QTimer& hoverTimer() const { return mHoverTimer; }
+    const QTimer& pickerTimer() const { return mPickerTimer; }
 
 signals:
     // The voice session is to stop listening (the strip's stopVoiceStatus()).
@@ -142,6 +144,7 @@ protected:
     bool eventFilter(QObject* watched, QEvent* event) override;
     void paintEvent(QPaintEvent* event) override;
     void showEvent(QShowEvent* event) override;
+    void hideEvent(QHideEvent* event) override;
     void resizeEvent(QResizeEvent* event) override;
     // The card's top edge in the panel; the caret panel leaves room for its arrow.
     virtual int cardTop() const { return kCardTop; }
