@@ -52,6 +52,7 @@ private slots:
     void editingTakesEnterAndEatsSpace();
     void fixedPanelPlaceShiftAndDrag();
     void fixedPanelPickerCountsCursorTime();
+    void fixedPanelSendsByItsButton();
     void fixedPanelSingleClickAndForceFinish();
     void hiddenPanelsRest();
     void screenshots();
@@ -225,28 +226,50 @@ void TestFollowWindows::readingHoldsThePanel()
 
 void TestFollowWindows::editingTakesEnterAndEatsSpace()
 {
-    setPreferences([](UserPreferences& p) { p.isAutoSendMode = 1; });
+    setPreferences([](UserPreferences& p) {
+        p.isAutoSendMode = 1;
+        p.isEnterSend = 0;
+        p.isSpaceSend = 0;
+    });
     auto dialog = make<FocusFollowDialog>();
-    openResult(dialog.get(), QStringLiteral("你好"));
-    const int before = dialog->height();
-    auto* edit = dialog->findChild<QPushButton*>(QStringLiteral("editButton"));
-    QCOMPARE(edit->toolTip(), QStringLiteral("编辑"));
-    QSignalSpy stops(dialog.get(), &FocusFollowPanel::signalStopVoiceStatus);
-    edit->click();
+    auto* send = dialog->findChild<QPushButton*>(QStringLiteral("sendButton"));
+    const auto editResult = [&] {
+        openResult(dialog.get(), QStringLiteral("你好"));
+        dialog->focusPresenter()->onTranslateTimeout();
+        QTRY_COMPARE(dialog->targetBox()->toPlainText(), QStringLiteral("Hello"));
+        dialog->findChild<QPushButton*>(QStringLiteral("editButton"))->click();
+    };
+    editResult();
     QVERIFY(dialog->isOnEditing());
     QVERIFY(!dialog->sourceBox()->isReadOnly());
-    QCOMPARE(stops.count(), 1);
     QVERIFY(!dialog->focusPresenter()->moveTimer().isActive());
     // The send row comes back for an edit in auto-send mode.
-    QCOMPARE(dialog->height(), before + 42);
-    QVERIFY(dialog->findChild<QPushButton*>(QStringLiteral("sendButton"))->isVisible());
+    QVERIFY(send->isVisible());
 
+    // With both keys off, space is eaten and Enter only ends the edit; the button sends.
     QTest::keyClick(dialog->sourceBox(), Qt::Key_Space);
     QCOMPARE(dialog->sourceBox()->toPlainText(), QStringLiteral("你好"));
-    // Enter ends the edit; with Enter-send on, that sends.
     QTest::keyClick(dialog->sourceBox(), Qt::Key_Return);
     QVERIFY(dialog->sourceBox()->isReadOnly());
+    QTest::keyClick(dialog->targetBox(), Qt::Key_Space);
+    QVERIFY(dialog->isVisible());
+    QVERIFY(mDesktop.typedText().isEmpty());
+    send->click();
     QVERIFY(dialog->isHidden());
+    QCOMPARE(mDesktop.typedText(), QStringLiteral("Hello"));
+
+    // Each key sends once its setting is on: space in the middle of the edit, Enter at its end.
+    for (const Qt::Key key : {Qt::Key_Space, Qt::Key_Return}) {
+        setPreferences([key](UserPreferences& p) {
+            p.isEnterSend = key == Qt::Key_Return;
+            p.isSpaceSend = key == Qt::Key_Space;
+        });
+        mDesktop.takeLog();
+        editResult();
+        QTest::keyClick(dialog->sourceBox(), key);
+        QVERIFY(dialog->isHidden());
+        QCOMPARE(mDesktop.typedText(), QStringLiteral("Hello"));
+    }
 }
 
 void TestFollowWindows::fixedPanelPlaceShiftAndDrag()
@@ -311,6 +334,25 @@ void TestFollowWindows::fixedPanelPickerCountsCursorTime()
     QVERIFY(picker.isHidden());
     QCOMPARE(checks.count(), 1);
     dialog->toHide();
+}
+
+void TestFollowWindows::fixedPanelSendsByItsButton()
+{
+    // Without auto-send the translation waits for the send button: no key could send it.
+    setPreferences([](UserPreferences& p) { p.isAutoSendMode = 0; });
+    auto dialog = make<NoFocusFollowDialog>();
+    dialog->setInitTranslateView(true);
+    QTRY_VERIFY(dialog->isVisible());
+    dialog->setVoiceTranslateSourceText(QStringLiteral("你好"));
+    dialog->noFocusPresenter()->onTranslateTimeout();
+    QTRY_COMPARE(dialog->targetBox()->toPlainText(), QStringLiteral("Hello"));
+    auto* send = dialog->findChild<QPushButton*>(QStringLiteral("sendButton"));
+    QVERIFY(send->isVisible());
+    QVERIFY(dialog->rect().contains(send->geometry()));
+    QVERIFY(mDesktop.typedText().isEmpty());
+    send->click();
+    QVERIFY(dialog->isHidden());
+    QCOMPARE(mDesktop.typedText(), QStringLiteral("Hello"));
 }
 
 void TestFollowWindows::fixedPanelSingleClickAndForceFinish()

@@ -39,8 +39,9 @@ public:
     static constexpr int kBoxStartHeight = 28;
     static constexpr int kCardTop = 16;  // above it the pointer arrow of the caret panel
     static constexpr int kWaitingHideMs = 1000;
-    static constexpr int kSendButtonY = 170;
-    static constexpr int kSendModeY = 177;
+    // The send row, below the top of the text frame.
+    static constexpr int kSendButtonDy = 93;
+    static constexpr int kSendModeDy = 100;
     static constexpr int kEditDelayMs = 500;
 
     ~FocusFollowPanel() override;
@@ -114,9 +115,9 @@ protected:
     void runHidePlan(const FocusFollowPanelPresenter::HidePlan& plan);
     void clearBoxes();
     void sendNow();
-    void onEditFinish();
+    // Ends an edit of the source; `send` hands the translation over at once.
+    void onEditFinish(bool send);
     virtual void onEditFinishReadOnly() = 0;
-    virtual bool sendRowWanted() const { return true; }
     virtual void onLanguageLabelPress(QLabel* label) = 0;
     virtual void onLanguageLabelRelease(QLabel* label);
     virtual void onLanguageLabelEnter(QLabel* label);

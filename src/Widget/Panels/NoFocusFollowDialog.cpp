@@ -149,7 +149,13 @@ void NoFocusFollowDialog::setInitTranslateView(bool direct)
 {
     setMicStatus(true);
     clearBoxes();
-    setInitAutoSendModeTranslateView();
+    // Without auto-send the translation waits for the send button: the panel never has the
+    // keyboard, so no key of the user's could send it.
+    if (mPresenter->isAutoSendMode()) {
+        setInitAutoSendModeTranslateView();
+    } else {
+        setInitNoAutoSendModeTranslateView();
+    }
     mStack->setCurrentIndex(direct ? FocusFollowPanelPresenter::ResultPage
                                    : FocusFollowPanelPresenter::WaitingPage);
     QTimer::singleShot(30, this, [this] {
@@ -165,7 +171,7 @@ void NoFocusFollowDialog::setInitAutoSendModeTranslateView()
 
 void NoFocusFollowDialog::setInitNoAutoSendModeTranslateView()
 {
-    layoutTranslatePage(180, 120, false);
+    layoutTranslatePage(198, 138, true);
 }
 
 void NoFocusFollowDialog::startTranslateAnimation()
