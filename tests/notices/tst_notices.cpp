@@ -70,7 +70,7 @@ private slots:
     void hiddenBatteryPanelRests();
     void reminderMovesOneWayAtATime();
     void stripSlidesInStandsAndGoes();
-    void bleHintStandsThreeSeconds();
+    void bleHintGoesByItself();
     void withoutCompositorCornersAreCut();
 };
 
@@ -94,7 +94,6 @@ void TestNotices::batteryPagesPlaceAndAnimations()
         QCOMPARE(panel->size(), QSize(298, 308));
         QCOMPARE(panel->pos(), corner() - QPoint(298, 308));
         QCOMPARE(panel->noLongerRemindButton()->isVisible(), page < 2);
-        QCOMPARE(panel->noLongerRemindButton()->geometry(), QRect(156, 0, 126, 114));
         QCOMPARE(panel->presenter()->lowbatTimer()->isActive(), page == 0);
         QCOMPARE(panel->presenter()->minLowbatTimer()->isActive(), page == 1);
         QVERIFY(panel->autoHideTimer()->isActive());
@@ -285,15 +284,12 @@ void TestNotices::stripSlidesInStandsAndGoes()
     QCOMPARE(strips().size(), 1);
 }
 
-void TestNotices::bleHintStandsThreeSeconds()
+void TestNotices::bleHintGoesByItself()
 {
     WidgetConsoleNotices notices;
     notices.showBleConnected();
     BLEConnectedDialog* hint = BLEConnectedDialog::getInstance();
     QVERIFY(hint->isVisible());
-    QCOMPARE(hint->size(), QSize(312, 300));
-    QVERIFY(hint->hideTimer()->isSingleShot());
-    QCOMPARE(hint->hideTimer()->interval(), 3000);
     shoot(hint, QStringLiteral("ble-connected"));
     QVERIFY(QMetaObject::invokeMethod(hint->hideTimer(), "timeout"));
     QVERIFY(hint->isHidden());
