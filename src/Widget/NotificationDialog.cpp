@@ -1,21 +1,27 @@
 #include "Widget/NotificationDialog.h"
 
-#include <QGuiApplication>
+#include "Widget/Common/WindowLook.h"
+
 #include <QHBoxLayout>
 #include <QLabel>
-#include <QScreen>
+#include <QPainter>
+
+namespace {
+constexpr int kRadius = 10;
+constexpr int kMargin = 24;
+}  // namespace
 
 NotificationDialog::NotificationDialog(QWidget* parent) : QDialog(parent), mLabel(new QLabel(this))
 {
-    setWindowFlags(Qt::FramelessWindowHint | Qt::Tool | Qt::WindowDoesNotAcceptFocus |
-                   Qt::WindowStaysOnTopHint);
+    // The plug strip's look and flags: a window the manager keeps below the focused one
+    // would be a notice nobody sees.
+    setWindowFlags(WindowLook::kFloatingFlags);
+    setAttribute(Qt::WA_TranslucentBackground, WindowLook::compositing());
     setAttribute(Qt::WA_ShowWithoutActivating);
     setAttribute(Qt::WA_DeleteOnClose);
     setFocusPolicy(Qt::NoFocus);
     setWindowTitle(QStringLiteral("Zorvane"));
-    setStyleSheet(
-        QStringLiteral("QDialog { background: #333333; border-radius: 8px; }"
-                       "QLabel { color: white; font-size: 14px; padding: 12px 20px; }"));
+    mLabel->setStyleSheet(QStringLiteral("color: white; font-size: 16px; padding: 14px 22px;"));
     auto* layout = new QHBoxLayout(this);
     layout->setContentsMargins(0, 0, 0, 0);
     layout->addWidget(mLabel);
@@ -28,10 +34,7 @@ void NotificationDialog::showMessage(const QString& text)
 {
     mLabel->setText(text);
     adjustSize();
-    if (const QScreen* screen = QGuiApplication::primaryScreen()) {
-        const QRect area = screen->availableGeometry();
-        move(area.right() - width() - 24, area.bottom() - height() - 24);
-    }
+    move(WindowLook::bottomRight(size(), kMargin));
     show();
     mTimer.start();
 }
@@ -45,4 +48,20 @@ void NotificationDialog::hideAnimation()
 {
     mTimer.stop();
     close();
+}
+
+void NotificationDialog::paintEvent(QPaintEvent* event)
+{
+    Q_UNUSED(event);
+    QPainter painter(this);
+    painter.setRenderHint(QPainter::Antialiasing);
+    painter.setPen(Qt::NoPen);
+    painter.setBrush(QColor(40, 44, 52, WindowLook::compositing() ? 230 : 255));
+    painter.drawRoundedRect(QRectF(rect()), kRadius, kRadius);
+}
+
+void NotificationDialog::resizeEvent(QResizeEvent* event)
+{
+    QDialog::resizeEvent(event);
+    WindowLook::shape(this, rect(), kRadius);
 }

@@ -5,8 +5,9 @@
 
 class QLabel;
 
-// A strip with one line of text at the bottom right of the screen, on top of everything,
-// taking no focus; it goes by itself after 3 seconds. Every notice is a new dialog.
+// A strip with one line of text at the bottom right of the work area, on top of everything,
+// taking no focus, drawn like the plug strip; it goes by itself after 3 seconds. Every notice
+// is a new dialog.
 class NotificationDialog : public QDialog {
     Q_OBJECT
 
@@ -21,6 +22,10 @@ public:
 
 public slots:
     void hideAnimation();
+
+protected:
+    void paintEvent(QPaintEvent* event) override;
+    void resizeEvent(QResizeEvent* event) override;
 
 private:
     QLabel* mLabel;

@@ -1008,8 +1008,11 @@ void InputPresenter::onUpdateVolume()
         return;
     }
     if (!mStatus.isListening) {
+        // Heard all it will: the bar drops once and the tick rests, also while a command
+        // that was not understood stays on the strip.
         mStatus.volume = 0;
         mStatus.silentCount = 0;
+        mTimerUpdateVolume.stop();
     }
     if (mStatus.type == VoiceCommand) {
         mInputView->changeVolume(mStatus.volume);

@@ -53,7 +53,9 @@ private slots:
     void editingTakesEnterAndEatsSpace();
     void fixedPanelPlaceShiftAndDrag();
     void fixedPanelPickerCountsCursorTime();
+    void fixedPanelSendsByItsButton();
     void fixedPanelSingleClickAndForceFinish();
+    void hiddenPanelsRest();
     void screenshots();
 
 private:
@@ -245,38 +247,60 @@ void TestFollowWindows::readingHoldsThePanel()
 
 void TestFollowWindows::editingTakesEnterAndEatsSpace()
 {
-    setPreferences([](UserPreferences& p) { p.isAutoSendMode = 1; });
+    setPreferences([](UserPreferences& p) {
+        p.isAutoSendMode = 1;
+        p.isEnterSend = 0;
+        p.isSpaceSend = 0;
+    });
     auto dialog = make<FocusFollowDialog>();
-    openResult(dialog.get(), QStringLiteral("你好"));
-    const int before = dialog->height();
-    auto* edit = dialog->findChild<QPushButton*>(QStringLiteral("editButton"));
-    QCOMPARE(edit->toolTip(), QStringLiteral("编辑"));
-    QSignalSpy stops(dialog.get(), &FocusFollowPanel::signalStopVoiceStatus);
-    edit->click();
+    auto* send = dialog->findChild<QPushButton*>(QStringLiteral("sendButton"));
+    const auto editResult = [&] {
+        openResult(dialog.get(), QStringLiteral("你好"));
+        dialog->focusPresenter()->onTranslateTimeout();
+        QTRY_COMPARE(dialog->targetBox()->toPlainText(), QStringLiteral("Hello"));
+        dialog->findChild<QPushButton*>(QStringLiteral("editButton"))->click();
+    };
+    editResult();
     QVERIFY(dialog->isOnEditing());
     QVERIFY(!dialog->sourceBox()->isReadOnly());
-    QCOMPARE(stops.count(), 1);
     QVERIFY(!dialog->focusPresenter()->moveTimer().isActive());
     // The send row comes back for an edit in auto-send mode.
-    QCOMPARE(dialog->height(), before + 42);
-    QVERIFY(dialog->findChild<QPushButton*>(QStringLiteral("sendButton"))->isVisible());
+    QVERIFY(send->isVisible());
 
+    // With both keys off, space is eaten and Enter only ends the edit; the button sends.
     QTest::keyClick(dialog->sourceBox(), Qt::Key_Space);
     QCOMPARE(dialog->sourceBox()->toPlainText(), QStringLiteral("你好"));
-    // Enter ends the edit; with Enter-send on, that sends.
     QTest::keyClick(dialog->sourceBox(), Qt::Key_Return);
     QVERIFY(dialog->sourceBox()->isReadOnly());
+    QTest::keyClick(dialog->targetBox(), Qt::Key_Space);
+    QVERIFY(dialog->isVisible());
+    QVERIFY(mDesktop.typedText().isEmpty());
+    send->click();
     QVERIFY(dialog->isHidden());
+    QCOMPARE(mDesktop.typedText(), QStringLiteral("Hello"));
+
+    // Each key sends once its setting is on: space in the middle of the edit, Enter at its end.
+    for (const Qt::Key key : {Qt::Key_Space, Qt::Key_Return}) {
+        setPreferences([key](UserPreferences& p) {
+            p.isEnterSend = key == Qt::Key_Return;
+            p.isSpaceSend = key == Qt::Key_Space;
+        });
+        mDesktop.takeLog();
+        editResult();
+        QTest::keyClick(dialog->sourceBox(), key);
+        QVERIFY(dialog->isHidden());
+        QCOMPARE(mDesktop.typedText(), QStringLiteral("Hello"));
+    }
 
     // Sent within the edit's quiet time: the edited text's translation is what is typed.
     openResult(dialog.get(), QStringLiteral("你好"));
     dialog->focusPresenter()->onTranslateTimeout();
     QTRY_COMPARE(dialog->targetBox()->toPlainText(), QStringLiteral("Hello"));
-    edit->click();
+    dialog->findChild<QPushButton*>(QStringLiteral("editButton"))->click();
     mService.answer(QStringLiteral("Goodbye"));
     dialog->sourceBox()->setPlainText(QStringLiteral("再见"));
     mDesktop.takeLog();
-    dialog->findChild<QPushButton*>(QStringLiteral("sendButton"))->click();
+    send->click();
     QVERIFY(dialog->isHidden());
     QTRY_COMPARE(mDesktop.typedText(), QStringLiteral("Goodbye"));
 }
@@ -345,6 +369,25 @@ void TestFollowWindows::fixedPanelPickerCountsCursorTime()
     dialog->toHide();
 }
 
+void TestFollowWindows::fixedPanelSendsByItsButton()
+{
+    // Without auto-send the translation waits for the send button: no key could send it.
+    setPreferences([](UserPreferences& p) { p.isAutoSendMode = 0; });
+    auto dialog = make<NoFocusFollowDialog>();
+    dialog->setInitTranslateView(true);
+    QTRY_VERIFY(dialog->isVisible());
+    dialog->setVoiceTranslateSourceText(QStringLiteral("你好"));
+    dialog->noFocusPresenter()->onTranslateTimeout();
+    QTRY_COMPARE(dialog->targetBox()->toPlainText(), QStringLiteral("Hello"));
+    auto* send = dialog->findChild<QPushButton*>(QStringLiteral("sendButton"));
+    QVERIFY(send->isVisible());
+    QVERIFY(dialog->rect().contains(send->geometry()));
+    QVERIFY(mDesktop.typedText().isEmpty());
+    send->click();
+    QVERIFY(dialog->isHidden());
+    QCOMPARE(mDesktop.typedText(), QStringLiteral("Hello"));
+}
+
 void TestFollowWindows::fixedPanelSingleClickAndForceFinish()
 {
     setPreferences([](UserPreferences& p) { p.isClickMode = 1; });
@@ -373,6 +416,29 @@ void TestFollowWindows::fixedPanelSingleClickAndForceFinish()
     QVERIFY(dialog->noFocusPresenter()->isTranslateFinish());
     dialog->toHide();
     QVERIFY(dialog->isHidden());
+}
+
+void TestFollowWindows::hiddenPanelsRest()
+{
+    // Hidden by whatever way (here by the session's owner), a panel follows and watches nothing.
+    auto caret = make<FocusFollowDialog>();
+    caret->setInitDictationView();
+    QTRY_VERIFY(caret->isVisible());
+    QVERIFY(caret->focusPresenter()->moveTimer().isActive());
+    QVERIFY(caret->hoverTimer().isActive());
+    caret->hide();
+    QVERIFY(!caret->focusPresenter()->moveTimer().isActive());
+    QVERIFY(!caret->hoverTimer().isActive());
+
+    auto fixed = make<NoFocusFollowDialog>();
+    FakePicker picker;
+    fixed->setLanguagePickers(&picker, nullptr);
+    fixed->changeView(Panel::ResultPage);
+    QTest::mousePress(fixed->findChild<QLabel*>(QStringLiteral("sourceLanguage0")), Qt::LeftButton);
+    QVERIFY(fixed->pickerTimer().isActive());
+    fixed->hide();
+    QVERIFY(!fixed->pickerTimer().isActive());
+    QVERIFY(!fixed->hoverTimer().isActive());
 }
 
 void TestFollowWindows::screenshots()

@@ -356,6 +356,9 @@ void TestInputSession::volumeTimersRunOnlyWithWork()
     presenter()->stopStatus();
     presenter()->onUpdateVolume();
     QCOMPARE(view().calls.last(), QStringLiteral("changeVolume(0)"));
+    // Not listening any more, the tick rests even while the session waits (a command that
+    // was not understood stays on the strip).
+    QVERIFY(!presenter()->timer(P::TimerUpdateVolume).isActive());
     emit mRig->baidu->signalEnd();  // no result: the session closes
     QVERIFY(!presenter()->status().isRunning);
     presenter()->onUpdateVolume();

@@ -1,5 +1,7 @@
 #include "Widget/Common/WindowLook.h"
 
+#include "Utils/WinUtils.h"
+
 #include <QGuiApplication>
 #include <QPainterPath>
 #include <QRegion>
@@ -19,12 +21,29 @@ bool compositing()
     return platform.startsWith(QLatin1String("wayland"));
 }
 
+QRect workArea()
+{
+    return WinUtils::getInstance()->getScreen();
+}
+
+QPoint bottomRight(QSize size, int margin)
+{
+    const QRect area = workArea();
+    return QPoint(area.x() + area.width() - size.width() - margin,
+                  area.y() + area.height() - size.height() - margin);
+}
+
 void shape(QWidget* widget, const QRect& body, int radius)
 {
     if (compositing()) {
         widget->clearMask();
         return;
     }
+    cut(widget, body, radius);
+}
+
+void cut(QWidget* widget, const QRect& body, int radius)
+{
     const QRect visible = body.intersected(widget->rect());
     if (visible.isEmpty()) {
         // An empty mask would mean "no mask": keep one pixel so nothing black shows.

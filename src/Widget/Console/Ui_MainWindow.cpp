@@ -562,8 +562,13 @@ QWidget* Ui_MainWindow::buildPreferencePage()
     checkClickMode->setToolTip(QStringLiteral("单击语音键开始说话，再次单击结束"));
     radioClickSend = new QRadioButton(QStringLiteral("点击发送"), page);
     radioAutoSend = new QRadioButton(QStringLiteral("自动发送"), page);
-    checkEnterSend = new QCheckBox(QStringLiteral("回车键发送"), page);
-    checkSpaceSend = new QCheckBox(QStringLiteral("空格键发送"), page);
+    // The panels never take the keyboard from the application typed into: the keys act only
+    // while the user edits in the caret panel, and say so.
+    checkEnterSend = new QCheckBox(QStringLiteral("编辑时回车键发送"), page);
+    checkEnterSend->setToolTip(
+        QStringLiteral("编辑译文原文时，回车键结束编辑并发送；关闭时回车键只结束编辑"));
+    checkSpaceSend = new QCheckBox(QStringLiteral("编辑时空格键发送"), page);
+    checkSpaceSend->setToolTip(QStringLiteral("编辑译文原文时及编辑结束后，空格键发送"));
     checkDelAllSign = new QCheckBox(QStringLiteral("去除标点符号"), page);
     buttonPreferenceBack =
         new QPushButton(QIcon(QStringLiteral(":/console/back.svg")), QStringLiteral("返回"), page);
@@ -585,8 +590,9 @@ QWidget* Ui_MainWindow::buildPreferencePage()
     modes->addWidget(radioClickSend);
     modes->addStretch();
     sendLayout->addLayout(modes);
-    sendLayout->addWidget(label(
-        QStringLiteral("自动发送：翻译结果在面板关闭时直接输入；点击发送：确认后再输入"), send, "hintLabel"));
+    sendLayout->addWidget(
+        label(QStringLiteral("自动发送：翻译结果在面板关闭时直接输入；点击发送：点面板上的“发送”后输入"),
+              send, "hintLabel"));
     sendLayout->addWidget(checkEnterSend);
     sendLayout->addWidget(checkSpaceSend);
     sendLayout->addWidget(checkDelAllSign);

@@ -6,12 +6,10 @@
 #include "WidgetPresenter/LowbatPresenter.h"
 
 #include <QCursor>
-#include <QGuiApplication>
 #include <QLabel>
 #include <QMouseEvent>
 #include <QPainter>
 #include <QPropertyAnimation>
-#include <QScreen>
 #include <QStackedWidget>
 #include <QTimer>
 #include <QToolButton>
@@ -164,10 +162,7 @@ void LowbatDialog::toShow()
         frame->setGeometry(QRect(QPoint(0, 0), kFrameSize));
     }
     mButton->setVisible(currentPage() == LowbatPage || currentPage() == MinLowbatPage);
-    if (const QScreen* screen = QGuiApplication::primaryScreen()) {
-        const QRect area = screen->availableGeometry();
-        move(area.width() - width(), area.height() - height());
-    }
+    move(WindowLook::bottomRight(size()));
     showNormal();
     mOutsideCount = 0;
     mTimerAutoHide->start();
@@ -240,9 +235,17 @@ void LowbatDialog::onNoLongerRemind()
         emit signalMinLowbatNoLongerRemind();
     }
     qCInfo(lcConsole) << "battery panel: no longer remind, page" << currentPage();
-    // Closed by hand: the pointer watch has nothing left to hide.
-    mTimerAutoHide->stop();
     close();
+}
+
+void LowbatDialog::hideEvent(QHideEvent* event)
+{
+    QDialog::hideEvent(event);
+    // However it went (shrunk away, closed by hand, hidden by its owner), nobody sees the
+    // pictures any more: they stop loading, and the pointer watch stops with them.
+    mPresenter->stopLowbatAnimation();
+    mPresenter->stopMinLowbatAnimation();
+    mTimerAutoHide->stop();
 }
 
 void LowbatDialog::paintEvent(QPaintEvent* event)

@@ -1,11 +1,9 @@
 #include "NoticePanel.h"
 
-#include "Utils/WinUtils.h"
 #include "Widget/Common/WindowLook.h"
 
 #include <QCursor>
 #include <QFrame>
-#include <QGuiApplication>
 #include <QPainter>
 #include <QPropertyAnimation>
 #include <QPushButton>
@@ -50,42 +48,64 @@ NoticePanel::NoticePanel(int closeButtonSize, QWidget* parent)
 
 void NoticePanel::placeAtBottomRight()
 {
-    const QRect screen = WinUtils::getInstance()->getScreen();
-    move(screen.width() - width() - 2, screen.height() - 2);
-    resize(width(), 0);
+    stopAnimation();
+    const QPoint corner = WindowLook::bottomRight(QSize(width(), 0), 2);
+    setGeometry(corner.x(), corner.y(), width(), 0);
 }
 
 void NoticePanel::animationShow()
 {
     // Already up: a new content keeps it there for another round.
-    if (isVisible() && height() >= mFrame->height()) {
+    if (isVisible() && !mAnimation && height() >= mFrame->height()) {
         mOutsideCount = 0;
         mTimerAutoHide->start();
         return;
     }
     showNormal();
-    animateTop(-mFrame->height(), false);
+    animateTo(mFrame->height(), false);
 }
 
 void NoticePanel::animationHide()
 {
-    animateTop(mFrame->height(), true);
+    if (isHidden()) {
+        return;
+    }
+    mTimerAutoHide->stop();
+    animateTo(0, true);
 }
 
-void NoticePanel::animateTop(int delta, bool hideAtEnd)
+void NoticePanel::stopAnimation()
 {
+    // Stopped, not finished: its end (hide, or the pointer watch) must not run.
+    if (mAnimation) {
+        mAnimation->stop();
+        delete mAnimation;
+    }
+}
+
+void NoticePanel::animateTo(int height, bool hideAtEnd)
+{
+    // One movement at a time, each from where the last one left the panel: a rise and a sink
+    // running together would fight over the geometry, and the sink would hide a panel that
+    // was just asked for again.
+    stopAnimation();
     auto* animation = new QPropertyAnimation(this, "geometry", this);
     animation->setDuration(kAnimationMs);
     const QRect from = geometry();
+    QRect to = from;
+    to.setTop(from.bottom() + 1 - height);
     animation->setStartValue(from);
-    animation->setEndValue(from.adjusted(0, delta, 0, 0));
+    animation->setEndValue(to);
     connect(animation, &QPropertyAnimation::finished, this, [this, hideAtEnd] {
+        mAnimation = nullptr;
         if (hideAtEnd) {
             hide();
         } else {
+            mOutsideCount = 0;
             mTimerAutoHide->start();
         }
     });
+    mAnimation = animation;
     animation->start(QAbstractAnimation::DeleteWhenStopped);
 }
 
@@ -98,8 +118,13 @@ void NoticePanel::onAutoHideTick()
     if (++mOutsideCount >= kOutsideTicks) {
         mOutsideCount = 0;
         animationHide();
-        mTimerAutoHide->stop();
     }
+}
+
+void NoticePanel::hideEvent(QHideEvent* event)
+{
+    QDialog::hideEvent(event);
+    mTimerAutoHide->stop();
 }
 
 void NoticePanel::resizeEvent(QResizeEvent* event)

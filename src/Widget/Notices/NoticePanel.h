@@ -1,8 +1,10 @@
 #pragma once
 
 #include <QDialog>
+#include <QPointer>
 
 class QFrame;
+class QPropertyAnimation;
 class QPushButton;
 class QTimer;
 
@@ -18,6 +20,7 @@ public:
     static constexpr int kOutsideTicks = 50;
 
     QTimer* autoHideTimer() const { return mTimerAutoHide; }
+    bool isMoving() const { return !mAnimation.isNull(); }
 
 public slots:
     void animationShow();
@@ -32,15 +35,19 @@ protected:
     QFrame* frame() const { return mFrame; }
     QPushButton* closeButton() const { return mClose; }
 
+    void hideEvent(QHideEvent* event) override;
     void resizeEvent(QResizeEvent* event) override;
     void paintEvent(QPaintEvent* event) override;
 
 private:
-    void animateTop(int delta, bool hideAtEnd);
+    // Moves the top edge until the panel is `height` tall; the bottom edge stays.
+    void animateTo(int height, bool hideAtEnd);
+    void stopAnimation();
 
     QFrame* mFrame;
     QPushButton* mClose;
     QTimer* mTimerAutoHide;
+    QPointer<QPropertyAnimation> mAnimation;
     int mOutsideCount = 0;
     bool mTranslucent;
 };

@@ -1,6 +1,5 @@
 #include "Widget/Notices/USBChangeMessageDialog.h"
 
-#include "Utils/WinUtils.h"
 #include "Widget/Common/WindowLook.h"
 
 #include <QLabel>
@@ -60,9 +59,9 @@ USBChangeMessageDialog::USBChangeMessageDialog(QWidget* parent)
     connect(mTimer, &QTimer::timeout, this, &USBChangeMessageDialog::hideAnimation);
 
     // Just outside the top right corner, so that the slide brings it in.
-    const QRect screen = WinUtils::getInstance()->getScreen();
+    const QRect area = WindowLook::workArea();
     resize(0, kHeight);
-    move(screen.width(), 0);
+    move(area.x() + area.width(), area.y());
 }
 
 void USBChangeMessageDialog::showMessage(bool insert)

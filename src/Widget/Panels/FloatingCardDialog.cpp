@@ -86,5 +86,7 @@ void FloatingCardDialog::paintEvent(QPaintEvent*)
 void FloatingCardDialog::resizeEvent(QResizeEvent* event)
 {
     QDialog::resizeEvent(event);
-    WindowLook::shape(this, body(), kRadius);
+    // Cut whatever draws it: a part left see-through (below the 更多 picker's card) would
+    // still take the clicks meant for the window under it.
+    WindowLook::cut(this, body(), kRadius);
 }

@@ -33,6 +33,7 @@ FocusFollowDialog::FocusFollowDialog(QWidget* parent,
     mArrow->setPixmap(QPixmap(QStringLiteral(":/panels/follow/arrow_up.svg")));
     mArrow->setGeometry((kDictationWidth - kBadgeArrowWidth) / 2, kArrowY, kBadgeArrowWidth, 10);
     mArrow->raise();
+    reshape();  // the cut made while building had no arrow yet
     connect(mEditButton, &QPushButton::clicked, this, [this] {
         mEditByButton = true;
         onEditView();
@@ -96,10 +97,16 @@ void FocusFollowDialog::moveWindow()
     reshape();
 }
 
+void FocusFollowDialog::hideEvent(QHideEvent* event)
+{
+    FocusFollowPanel::hideEvent(event);
+    mPresenter->stopMoveWindow();
+}
+
 void FocusFollowDialog::reshape()
 {
     FocusFollowPanel::reshape();
-    if (!WindowLook::compositing() && mArrow != nullptr && mArrow->isVisibleTo(this)) {
+    if (mArrow != nullptr && mArrow->isVisibleTo(this)) {
         const QRect arrow = mArrow->geometry();
         const QPolygon triangle({arrow.bottomLeft() + QPoint(0, 1), QPoint(arrow.center().x(), arrow.top()),
                                  arrow.bottomRight() + QPoint(1, 1)});

@@ -66,6 +66,7 @@ protected:
     ProgressBar* barOfPage(int page) override;
     int frameTop() const override { return 77; }
     void reshape() override;
+    void hideEvent(QHideEvent* event) override;
 
 private:
     void markMouse();

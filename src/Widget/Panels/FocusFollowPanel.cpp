@@ -229,14 +229,15 @@ void FocusFollowPanel::buildTranslatePages()
 
     mSendButton = new QPushButton(QStringLiteral("发送"), result);
     mSendButton->setObjectName(QStringLiteral("sendButton"));
-    mSendButton->setGeometry(262, kSendButtonY, 64, 28);
+    mSendButton->setGeometry(262, frameTop() + kSendButtonDy, 64, 28);
     mSendButton->setFocusPolicy(Qt::NoFocus);
     connect(mSendButton, &QPushButton::clicked, this, &FocusFollowPanel::sendNow);
     mSendSeparator = new QFrame(result);
-    mSendSeparator->setGeometry(333, kSendModeY, 1, 14);
+    mSendSeparator->setGeometry(333, frameTop() + kSendModeDy, 1, 14);
     mSendSeparator->setStyleSheet(QStringLiteral("background: #c8ccd4;"));
-    mSendModeButton = iconButton(result, QStringLiteral(":/panels/follow/send_mode.svg"),
-                                 QStringLiteral("选择发送方式"), QRect(338, kSendModeY - 3, 20, 20));
+    mSendModeButton =
+        iconButton(result, QStringLiteral(":/panels/follow/send_mode.svg"), QStringLiteral("选择发送方式"),
+                   QRect(338, frameTop() + kSendModeDy - 3, 20, 20));
 
     QWidget* waiting = mPages[FocusFollowPanelPresenter::WaitingPage];
     mWaitingFrame = new QFrame(waiting);
@@ -700,14 +701,14 @@ void FocusFollowPanel::sendNow()
     toHide();
 }
 
-void FocusFollowPanel::onEditFinish()
+void FocusFollowPanel::onEditFinish(bool send)
 {
     onEditFinishReadOnly();
     stopReading();
     mIsButtonSendPress = true;
     translateEditNow();
     mTargetBox->setFocus();
-    if (mPanelPresenter->isEnterKeySend()) {
+    if (send) {
         toHide();
     }
 }
@@ -777,9 +778,9 @@ void FocusFollowPanel::layoutTranslatePage(int height, int frameHeight, bool sen
     mSourceBox->setGeometry(12, 4, 336, kBoxStartHeight);
     mBoxLine->setGeometry(12, 34, 336, 1);
     mTargetBox->setGeometry(12, 38, 336, kBoxStartHeight);
-    mSendButton->move(262, kSendButtonY);
-    mSendSeparator->move(333, kSendModeY);
-    mSendModeButton->move(338, kSendModeY - 3);
+    mSendButton->move(262, frameTop() + kSendButtonDy);
+    mSendSeparator->move(333, frameTop() + kSendModeDy);
+    mSendModeButton->move(338, frameTop() + kSendModeDy - 3);
     for (QWidget* widget : {static_cast<QWidget*>(mSendButton), static_cast<QWidget*>(mSendSeparator),
                             static_cast<QWidget*>(mSendModeButton)}) {
         widget->setVisible(sendRow);
@@ -916,24 +917,23 @@ bool FocusFollowPanel::eventFilter(QObject* watched, QEvent* event)
         if (event->type() != QEvent::KeyPress) {
             return false;
         }
+        // Keys reach the panel only while the user edits in it (the edit takes the keyboard and
+        // keeps it until the panel hides). Enter and space are commands then: an editable box
+        // never takes a line break or a space. Enter ends the edit, and either key sends when
+        // its setting is on.
         auto* box = static_cast<QTextEdit*>(watched);
         const int key = static_cast<QKeyEvent*>(event)->key();
-        // Enter and space are commands here: an editable box never takes a line break or a space.
-        if (key == Qt::Key_Return || key == Qt::Key_Enter) {
-            if (!box->isReadOnly()) {
-                onEditFinish();
-            } else if (box == mTargetBox && mPanelPresenter->isEnterKeySend()) {
-                sendNow();
-            }
-            return true;
+        const bool enter = key == Qt::Key_Return || key == Qt::Key_Enter;
+        if (!enter && key != Qt::Key_Space) {
+            return false;
         }
-        if (key == Qt::Key_Space) {
-            if (box == mTargetBox && mPanelPresenter->isSpaceKeySend()) {
-                sendNow();
-            }
-            return true;
+        const bool send = enter ? mPanelPresenter->isEnterKeySend() : mPanelPresenter->isSpaceKeySend();
+        if (!box->isReadOnly() && (enter || send)) {
+            onEditFinish(send);
+        } else if (box == mTargetBox && send) {
+            sendNow();
         }
-        return false;
+        return true;
     }
     if (watched == mSourceBox->viewport() && event->type() == QEvent::MouseButtonRelease &&
         static_cast<QMouseEvent*>(event)->button() == Qt::LeftButton) {
@@ -953,6 +953,15 @@ void FocusFollowPanel::paintEvent(QPaintEvent* event)
     painter.drawRoundedRect(card, kRadius, kRadius);
 }
 
+void FocusFollowPanel::hideEvent(QHideEvent* event)
+{
+    QDialog::hideEvent(event);
+    // Whichever way it went (its own plan, the waiting hide, the session's owner), a hidden
+    // panel has no pointer to watch and no picker to close.
+    mHoverTimer.stop();
+    mPickerTimer.stop();
+}
+
 void FocusFollowPanel::resizeEvent(QResizeEvent* event)
 {
     QDialog::resizeEvent(event);
@@ -962,7 +971,9 @@ void FocusFollowPanel::resizeEvent(QResizeEvent* event)
 
 void FocusFollowPanel::reshape()
 {
-    WindowLook::shape(this, rect().adjusted(0, cardTop(), 0, 0), kRadius);
+    // Cut also where a compositor blends the window: the see-through band above the card
+    // would otherwise take the clicks meant for the window below.
+    WindowLook::cut(this, rect().adjusted(0, cardTop(), 0, 0), kRadius);
 }
 
 void FocusFollowPanel::layoutMicPage(bool wide, QPoint micAt)

@@ -39,8 +39,9 @@ public:
     static constexpr int kBoxStartHeight = 28;
     static constexpr int kCardTop = 16;  // above it the pointer arrow of the caret panel
     static constexpr int kWaitingHideMs = 1000;
-    static constexpr int kSendButtonY = 170;
-    static constexpr int kSendModeY = 177;
+    // The send row, below the top of the text frame.
+    static constexpr int kSendButtonDy = 93;
+    static constexpr int kSendModeDy = 100;
     static constexpr int kEditDelayMs = 500;
 
     ~FocusFollowPanel() override;
@@ -83,6 +84,8 @@ public:
     FocusFollowPanelPresenter* presenter() const { return mPanelPresenter; }
     QTextEdit* sourceBox() const { return mSourceBox; }
     QTextEdit* targetBox() const { return mTargetBox; }
+    const QTimer& hoverTimer() const { return mHoverTimer; }
+    const QTimer& pickerTimer() const { return mPickerTimer; }
 
 signals:
     // The voice session is to stop listening (the strip's stopVoiceStatus()).
@@ -113,9 +116,9 @@ protected:
     void clearBoxes();
     void sendNow();
     void translateEditNow();
-    void onEditFinish();
+    // Ends an edit of the source; `send` hands the translation over at once.
+    void onEditFinish(bool send);
     virtual void onEditFinishReadOnly() = 0;
-    virtual bool sendRowWanted() const { return true; }
     virtual void onLanguageLabelPress(QLabel* label) = 0;
     virtual void onLanguageLabelRelease(QLabel* label);
     virtual void onLanguageLabelEnter(QLabel* label);
@@ -143,6 +146,7 @@ protected:
     bool eventFilter(QObject* watched, QEvent* event) override;
     void paintEvent(QPaintEvent* event) override;
     void showEvent(QShowEvent* event) override;
+    void hideEvent(QHideEvent* event) override;
     void resizeEvent(QResizeEvent* event) override;
     // The card's top edge in the panel; the caret panel leaves room for its arrow.
     virtual int cardTop() const { return kCardTop; }

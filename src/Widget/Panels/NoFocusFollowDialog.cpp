@@ -1,6 +1,6 @@
 #include "Widget/Panels/NoFocusFollowDialog.h"
 
-#include "Utils/WinUtils.h"
+#include "Widget/Common/WindowLook.h"
 
 #include <QCursor>
 #include <QLabel>
@@ -24,8 +24,7 @@ NoFocusFollowDialog::NoFocusFollowDialog(QWidget* parent,
     mEditButton->hide();
     mPickerTimer.setInterval(kPickerTickMs);
     connect(mStack, &QStackedWidget::currentChanged, this, &NoFocusFollowDialog::onPageChanged);
-    const QRect screen = WinUtils::getInstance()->getScreen();
-    move(screen.width() - 365, screen.height() - height() - 50);
+    move(WindowLook::bottomRight(QSize(365, height() + 50)));
 }
 
 NoFocusFollowDialog::~NoFocusFollowDialog() = default;
@@ -150,7 +149,13 @@ void NoFocusFollowDialog::setInitTranslateView(bool direct)
 {
     setMicStatus(true);
     clearBoxes();
-    setInitAutoSendModeTranslateView();
+    // Without auto-send the translation waits for the send button: the panel never has the
+    // keyboard, so no key of the user's could send it.
+    if (mPresenter->isAutoSendMode()) {
+        setInitAutoSendModeTranslateView();
+    } else {
+        setInitNoAutoSendModeTranslateView();
+    }
     mStack->setCurrentIndex(direct ? FocusFollowPanelPresenter::ResultPage
                                    : FocusFollowPanelPresenter::WaitingPage);
     QTimer::singleShot(30, this, [this] {
@@ -166,7 +171,7 @@ void NoFocusFollowDialog::setInitAutoSendModeTranslateView()
 
 void NoFocusFollowDialog::setInitNoAutoSendModeTranslateView()
 {
-    layoutTranslatePage(180, 120, false);
+    layoutTranslatePage(198, 138, true);
 }
 
 void NoFocusFollowDialog::startTranslateAnimation()
