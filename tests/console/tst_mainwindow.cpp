@@ -420,6 +420,11 @@ void TestMainWindow::screenshots()
     shoot(Ui_MainWindow::CommandPage, QStringLiteral("command-words"));
     shoot(Ui_MainWindow::AppSettingsPage, QStringLiteral("app-settings"));
     shoot(Ui_MainWindow::MouseSettingsPage, QStringLiteral("mouse-settings"));
+    // The mouse gone, then back with only its module reported: nothing known yet.
+    mWindow->showMouseSettingsUnknown();
+    mWindow->setCheckShakeOnOffEnabled(true);
+    mWindow->setDeviceSettingsEnabled(true);
+    shoot(Ui_MainWindow::MouseSettingsPage, QStringLiteral("mouse-settings-unknown"));
     Ui_MainWindow::CommandForm& add = mWindow->widgets().addForm;
     add.type->setCurrentIndex(3);
     add.command->setText(QStringLiteral("全"));
