@@ -9,6 +9,7 @@ struct DeviceStatus {
         bool known = false;
         bool status = false;
         bool target = false;
+        bool chosen = false;  // the user set the target before the mouse reported
     };
     struct DpiLevel {
         int level000 = 0;  // the level (0 to 2) or resolution (3 or more) the mouse reported
@@ -20,7 +21,9 @@ struct DeviceStatus {
     bool dongleIdKnown = false;
     bool remoteIdKnown = false;
     bool mouseActive = false;
-    bool moduleKnown = false;
+    bool moduleKnown = false;     // identified, or given up on: the ladders ask no more
+    bool moduleAnswered = false;  // a module reply came: the page knows what the mouse has
+    int moduleTries = 0;          // replies whose customer code the backend's list lacks
     bool activeKnown = false;
     bool levelValuesShown = false;
     bool delayStarted = false;

@@ -60,6 +60,9 @@ public:
     static constexpr int kHttpTimeoutMs = 8000;
     static constexpr int kOpenWaitTicks = 200;
     static constexpr int kLevelValueTries = 5;
+    // Module replies with a customer code the backend's list lacks before the console stops
+    // asking and keeps its own branding.
+    static constexpr int kModuleTries = 5;
     // A failing backend step is asked again at once this many times, then every kHttpBackoffMs.
     static constexpr int kHttpQuickRetries = 2;
     static constexpr int kHttpBackoffMs = 5000;
@@ -193,7 +196,10 @@ public:
     // Copies the row's word into the word being edited; false for a row the list lacks.
     bool getCurrentEditCommandId(int row);
     CommandWord currentEditCommand() const { return mEditCommand; }
+    // The chord last captured in the add form and in the edit form; empty when none was since
+    // the form opened or changed type.
     void setShortcutList(QList<int> keys) { mShortcutList = keys; }
+    void setEditShortcutList(QList<int> keys) { mEditShortcutList = keys; }
     // The browse button: a file, a folder, an installed application for the page shown.
     void showDesktopFile();
     void showDesktopFolder();
@@ -323,6 +329,7 @@ private:
     // Applies a language box's rule and saves the record only when a language changed, so that
     // the boxes the save brings up to date settle instead of saving again.
     void changeLanguages(UserPreferences (*rule)(UserPreferences, int), int index);
+    void unknownCustomerCode(const QString& customerCode);
     void checkImage(const QString& reference, std::function<void(QString)> setImage, bool defaultIfEmpty);
     void offerUpdate(const VersionInfo& vi);
     void checkDpiButton(int level);
@@ -335,6 +342,8 @@ private:
     void syncDpi(std::vector<std::function<void()>>* io);
     void firstSettingReply(DeviceStatus::Setting& setting, bool enable,
                            void (MainWindowView::*setOnOff)(bool), void (MainWindowView::*setStatus)(bool));
+    void chooseSetting(DeviceStatus::Setting& setting, bool checked, void (MainWindowView::*setOnOff)(bool),
+                       void (MainWindowView::*setStatus)(bool));
     void selectDpi(int target);
     void batteryBackToNormal();
     int commandSubmit(bool edit);
@@ -400,6 +409,7 @@ private:
     QList<CommandWord> mCommandWords;
     CommandWord mEditCommand;
     QList<int> mShortcutList;
+    QList<int> mEditShortcutList;
 
     std::unique_ptr<CustomTimer> mTimerDeviceController;
     QTimer* mTimers[TimerHeartbeat + 1] = {};

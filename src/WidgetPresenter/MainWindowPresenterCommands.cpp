@@ -69,8 +69,16 @@ int MainWindowPresenter::commandSubmit(bool edit)
         word.type = typeIndex;
         word.pro.clear();
     } else {
+        // Only a chord captured in this form replaces the word's own: a word whose spoken part
+        // alone was edited keeps its keys.
+        const QList<int>& captured = edit ? mEditShortcutList : mShortcutList;
+        if (!captured.isEmpty()) {
+            word.pro = KeyTable::buildShortcut(captured);
+        } else if (word.type != kTypeShortcut || word.pro.isEmpty()) {
+            showCommandWarning(edit, QStringLiteral("* 内容不能为空！！！"));
+            return -1;
+        }
         word.type = kTypeShortcut;
-        word.pro = KeyTable::buildShortcut(mShortcutList);
     }
     if (!mDBManager->open()) {
         showCommandWarning(
@@ -85,6 +93,7 @@ int MainWindowPresenter::commandSubmit(bool edit)
         return -1;
     }
     mDBManager->close();
+    (edit ? mEditShortcutList : mShortcutList).clear();
     return 0;
 }
 
@@ -104,6 +113,7 @@ bool MainWindowPresenter::getCurrentEditCommandId(int row)
         return false;
     }
     mEditCommand = mCommandWords.at(row);
+    mEditShortcutList.clear();
     return true;
 }
 
@@ -134,10 +144,8 @@ void MainWindowPresenter::loadUserCommand()
     }
     // Also an empty list: the voice presenter must forget a last word that was deleted.
     emit signalLoadUserCommandWord(mCommandWords);
-    if (mCommandWords.isEmpty()) {
-        return;
-    }
-    mView->setCustomTableRowCount(qMax(mView->getCustomTableRowCounts(), mCommandWords.size()));
+    // Exactly the words: a deleted word leaves no blank row to select.
+    mView->setCustomTableRowCount(mCommandWords.size());
     for (int row = 0; row < mCommandWords.size(); ++row) {
         mView->setQTableWidgetItemIcon(row, mCommandWords.at(row));
     }

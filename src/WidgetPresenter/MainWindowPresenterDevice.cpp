@@ -78,6 +78,7 @@ bool MainWindowPresenter::deviceControllerStep(std::vector<std::function<void()>
         s = DeviceStatus();
         mDeviceInitialised = false;
         addErrorStatus(1);
+        runOnMain([this] { mView->showMouseSettingsUnknown(); });
         return false;
     }
     if (!s.ready) {
@@ -419,6 +420,7 @@ void MainWindowPresenter::onDeviceModule(int lamplightModule, int shakeModule, i
     DeviceStatus::Setting lamplight;
     DeviceStatus::Setting shake;
     DeviceStatus::Setting soundEffect;
+    bool first = false;
     {
         const Lock lock(mStatusMutex);
         DeviceStatus& s = mDeviceStatus;
@@ -430,21 +432,24 @@ void MainWindowPresenter::onDeviceModule(int lamplightModule, int shakeModule, i
         lamplight = s.lamplight;
         shake = s.shake;
         soundEffect = s.soundEffect;
+        first = !s.moduleAnswered;
+        s.moduleAnswered = true;
     }
     // The file is written with the lock let go (as everywhere): the controller waits for it.
     persistPreferences();
 
-    mView->showLamplightModule(lamplightModule);
-    mView->setCheckLightingEffectOnOffEnabled(lamplight.supported);
-    mView->setCheckLightingEffectStatusChecked(lamplight.supported);
-    mView->setCheckShakeOnOffEnabled(shake.supported);
-    mView->setCheckShakeStatusChecked(shake.supported);
-    mView->setCheckSoundEffectOnOffEnabled(soundEffect.supported);
-    mView->setCheckSoundEffectStatusChecked(soundEffect.supported);
-    mView->setSignalClickModeEnable(keyType == 0);
-
-    mDeviceManager->setLowbatReport(true);
-    mView->setExplain(true);
+    if (first) {
+        // Once per mouse: later replies must not undo what the user set on the page since.
+        // The switches stay in their unknown look until the mouse reports each setting.
+        mView->showLamplightModule(lamplightModule);
+        mView->setCheckLightingEffectOnOffEnabled(lamplight.supported);
+        mView->setCheckShakeOnOffEnabled(shake.supported);
+        mView->setCheckSoundEffectOnOffEnabled(soundEffect.supported);
+        mView->setDeviceSettingsEnabled(true);
+        mView->setSignalClickModeEnable(keyType == 0);
+        mDeviceManager->setLowbatReport(true);
+        mView->setExplain(true);
+    }
 
     DeviceInfo current;
     {
@@ -455,7 +460,7 @@ void MainWindowPresenter::onDeviceModule(int lamplightModule, int shakeModule, i
                 std::find_if(mDeviceInfoList.cbegin(), mDeviceInfoList.cend(),
                              [&](const DeviceInfo& info) { return info.customerCode == customerCode; });
             if (row == mDeviceInfoList.cend()) {
-                qCWarning(lcConsole) << "打开设备后无法匹配客户编码????" << customerCode;
+                unknownCustomerCode(customerCode);
                 return;
             }
             mCurDevInf = *row;
@@ -481,6 +486,27 @@ void MainWindowPresenter::onDeviceModule(int lamplightModule, int shakeModule, i
     checkExplainImage();
     checkNavImage();
     mView->setExplain(true);
+}
+
+// Under the status lock. A mouse the backend does not list is asked again a few times (the
+// list may have been refreshed meanwhile), then taken as it is: the ladders go on to its
+// settings with the console's own branding.
+void MainWindowPresenter::unknownCustomerCode(const QString& customerCode)
+{
+    DeviceStatus& s = mDeviceStatus;
+    // Before the list has come there is nothing to match against yet.
+    if (s.moduleKnown || !mHttpAnswered[StepDeviceList]) {
+        return;
+    }
+    if (++s.moduleTries < kModuleTries) {
+        qCInfo(lcConsole) << "打开设备后无法匹配客户编码????" << customerCode;
+        return;
+    }
+    s.moduleKnown = true;
+    qCWarning(lcConsole).noquote() << "customer code" << customerCode
+                                   << "is not in the backend's device list;"
+                                   << "asked" << kModuleTries << "times, going on without its branding";
+    mView->setDeviceName(tr("未识别的鼠标（客户编码 %1）").arg(customerCode));
 }
 
 void MainWindowPresenter::checkImage(const QString& reference, std::function<void(QString)> setImage,
@@ -637,6 +663,7 @@ bool MainWindowPresenter::deviceInsertStep(bool state)
         mDeviceStatus = DeviceStatus();
         mDeviceInitialised = false;
         mView->setVipFunction(false);
+        mView->showMouseSettingsUnknown();
         mView->setExplain(false);
         // Repeating: openDevice() stays parked until the next insertion.
         startDelayOpen(false);

@@ -30,6 +30,7 @@ void MainWindowPresenter::onDeviceDpi(int level)
     if (!s.dpiKnown) {
         s.dpiKnown = true;
         s.targetDpi = mUserPreferences.dpiValue < 3 ? mUserPreferences.dpiValue : 0;
+        mView->setDeviceSettingsEnabled(true);
         checkDpiButton(level);
     } else if (level == s.targetDpi) {
         checkDpiButton(level);
@@ -45,6 +46,7 @@ void MainWindowPresenter::onDeviceCpi(int value)
     if (!s.dpiKnown) {
         s.dpiKnown = true;
         s.targetDpi = s.bestCpiValue;
+        mView->setDeviceSettingsEnabled(true);
         mView->setDeviceRadioLevel3Checked(true);
     } else if (value == s.targetDpi) {
         mView->setDeviceRadioLevel3Checked(true);
@@ -130,11 +132,29 @@ void MainWindowPresenter::firstSettingReply(DeviceStatus::Setting& setting, bool
 {
     setting.status = enable;
     if (!setting.known) {
-        setting.target = enable;
-        (mView->*setOnOff)(enable);
+        // A switch the user flipped while the mouse had not yet said is what the user wants:
+        // the ladder sends it, rather than the reply undoing the click.
+        if (!setting.chosen) {
+            setting.target = enable;
+        }
+        (mView->*setOnOff)(setting.target);
         (mView->*setStatus)(enable);
         setting.known = true;
     }
+}
+
+void MainWindowPresenter::chooseSetting(DeviceStatus::Setting& setting, bool checked,
+                                        void (MainWindowView::*setOnOff)(bool),
+                                        void (MainWindowView::*setStatus)(bool))
+{
+    {
+        const Lock lock(mStatusMutex);
+        setting.target = checked;
+        setting.chosen = true;
+    }
+    // The switch leaves its unknown look for the user's choice.
+    (mView->*setOnOff)(checked);
+    (mView->*setStatus)(checked);
 }
 
 void MainWindowPresenter::onDeviceLowbatReport(bool enable)
@@ -168,39 +188,27 @@ void MainWindowPresenter::onDeviceSoundEffect(bool enable)
 
 void MainWindowPresenter::onCheckLowbatReport(bool checked)
 {
-    {
-        const Lock lock(mStatusMutex);
-        mDeviceStatus.lowbatReport.target = checked;
-    }
-    mView->setCheckLowbatStatusChecked(checked);
+    chooseSetting(mDeviceStatus.lowbatReport, checked, &MainWindowView::setCheckLowbatOnOffChecked,
+                  &MainWindowView::setCheckLowbatStatusChecked);
     mDeviceManager->setLowbatReport(checked);
 }
 
 void MainWindowPresenter::onCheckShake(bool checked)
 {
-    {
-        const Lock lock(mStatusMutex);
-        mDeviceStatus.shake.target = checked;
-    }
-    mView->setCheckShakeStatusChecked(checked);
+    chooseSetting(mDeviceStatus.shake, checked, &MainWindowView::setCheckShakeOnOffChecked,
+                  &MainWindowView::setCheckShakeStatusChecked);
 }
 
 void MainWindowPresenter::onCheckLamplight(bool checked)
 {
-    {
-        const Lock lock(mStatusMutex);
-        mDeviceStatus.lamplight.target = checked;
-    }
-    mView->setCheckLightingEffectStatusChecked(checked);
+    chooseSetting(mDeviceStatus.lamplight, checked, &MainWindowView::setCheckLightingEffectOnOffChecked,
+                  &MainWindowView::setCheckLightingEffectStatusChecked);
 }
 
 void MainWindowPresenter::onCheckSoundEffect(bool checked)
 {
-    {
-        const Lock lock(mStatusMutex);
-        mDeviceStatus.soundEffect.target = checked;
-    }
-    mView->setCheckSoundEffectStatusChecked(checked);
+    chooseSetting(mDeviceStatus.soundEffect, checked, &MainWindowView::setCheckSoundEffectOnOffChecked,
+                  &MainWindowView::setCheckSoundEffectStatusChecked);
 }
 
 void MainWindowPresenter::onShowTrayPowerValue()

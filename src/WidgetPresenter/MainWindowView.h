@@ -40,6 +40,10 @@ public:
     virtual void setDeviceRadioLevel1Checked(bool checked) = 0;
     virtual void setDeviceRadioLevel2Checked(bool checked) = 0;
     virtual void setDeviceRadioLevel3Checked(bool checked) = 0;
+    // No mouse to ask: speed and switches show no state and take no clicks.
+    virtual void showMouseSettingsUnknown() = 0;
+    // The speed row and the low-battery switch, which every mouse has, take clicks again.
+    virtual void setDeviceSettingsEnabled(bool enabled) = 0;
     virtual void clearCustomTableContents() = 0;
     virtual void setCustomTableRowCount(int count) = 0;
     virtual void scrollCustomTableToBottom() = 0;

@@ -10,6 +10,21 @@
 #include <QPointer>
 
 namespace {
+
+// Rows of the target list: Cantonese in the traditional script, and traditional Mandarin,
+// whose code asks the service for that script.
+constexpr int kCantoneseTraditionalRow = 3;
+constexpr int kTraditionalChineseRow = 1;
+
+QString joined(const BaiduTranslateMessage& message)
+{
+    QStringList lines;
+    for (const BaiduTranslateResult& row : message.result) {
+        lines << row.dst;
+    }
+    return lines.join(QLatin1Char('\n'));
+}
+
 QTimer* singleShotTimer(QObject* parent)
 {
     auto* timer = new QTimer(parent);
@@ -57,35 +72,82 @@ void TextTranslatePresenter::translate(QString text)
 
 void TextTranslatePresenter::onRequestTimeout()
 {
-    // The window may be gone before the answer: only a living presenter touches it.
+    // The window may be gone before the answer: only a living presenter touches it, and only
+    // the answer to its latest request.
     QPointer<TextTranslatePresenter> self(this);
-    auto failed = [self] {
-        if (self) {
+    const int serial = ++mRequestSerial;
+    const QString source = mSourceText;
+    const int row = mPreferences.textTranslateLanguage;
+    auto failed = [self, serial] {
+        if (self && serial == self->mRequestSerial) {
             self->mTranslateFinish = true;
             self->mView->setTranslateStatus(2);
         }
     };
     mHttp->baiduTranslate(
-        mCurrentIpId, QStringLiteral("auto"),
-        LanguageTables::translateCode(mPreferences.textTranslateLanguage), mSourceText,
-        [self](bool ok, BaiduTranslateMessage message) {
-            if (!self) {
+        mCurrentIpId, QStringLiteral("auto"), LanguageTables::translateCode(row), source,
+        [self, serial, source, row](bool ok, BaiduTranslateMessage message) {
+            if (!self || serial != self->mRequestSerial) {
                 return;
             }
-            self->mTranslateFinish = true;
-            QStringList lines;
-            for (const BaiduTranslateResult& row : message.result) {
-                lines << row.dst;
-            }
-            const QString result = lines.join(QLatin1Char('\n'));
+            const QString result = joined(message);
             if (!ok || message.error || result.isEmpty()) {
                 qCWarning(lcInput) << "text translation failed" << message.errorCode << message.errorMsg;
+                self->mTranslateFinish = true;
                 self->mView->setTranslateStatus(2);
                 return;
             }
-            self->mView->setTargetText(result);
+            if (row == kCantoneseTraditionalRow) {
+                self->toTraditional(serial, source, result);
+            } else {
+                self->showTranslation(source, row, result);
+            }
         },
         [failed](QString) { failed(); }, [failed](QString, QNetworkReply::NetworkError) { failed(); });
+}
+
+void TextTranslatePresenter::toTraditional(int serial, const QString& source, const QString& simplified)
+{
+    // The service writes Cantonese in the simplified script: a second request turns it into
+    // the traditional one, and the local conversion stands in when that request fails.
+    QPointer<TextTranslatePresenter> self(this);
+    auto local = [self, serial, source, simplified] {
+        if (self && serial == self->mRequestSerial) {
+            qCWarning(lcInput) << "traditional script from the service failed; converting locally";
+            self->showTranslation(source, kCantoneseTraditionalRow,
+                                  WinUtils::getInstance()->SimplifiedToTraditional(simplified));
+        }
+    };
+    mHttp->baiduTranslate(
+        mCurrentIpId, LanguageTables::translateCode(kCantoneseTraditionalRow),
+        LanguageTables::translateCode(kTraditionalChineseRow), simplified,
+        [self, serial, source, local](bool ok, BaiduTranslateMessage message) {
+            if (!self || serial != self->mRequestSerial) {
+                return;
+            }
+            const QString traditional = joined(message);
+            if (!ok || message.error || traditional.isEmpty()) {
+                local();
+                return;
+            }
+            self->showTranslation(source, kCantoneseTraditionalRow, traditional);
+        },
+        [local](QString) { local(); }, [local](QString, QNetworkReply::NetworkError) { local(); });
+}
+
+void TextTranslatePresenter::showTranslation(const QString& source, int row, const QString& result)
+{
+    mTranslateFinish = true;
+    mView->setTargetText(result);
+    // The backend keeps text translations apart from the voice ones as records of type 2.
+    TextRecord record;
+    record.ip = mCurrentIpId;
+    record.from = QStringLiteral("auto");
+    record.to = LanguageTables::translateCode(row);
+    record.src = source;
+    record.dst = result;
+    record.type = 2;
+    mHttp->uploadRecoed(record, nullptr, nullptr, nullptr);
 }
 
 void TextTranslatePresenter::toTranslate()

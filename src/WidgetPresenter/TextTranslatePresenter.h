@@ -53,6 +53,9 @@ public slots:
 
 private:
     void onRequestTimeout();
+    void toTraditional(int serial, const QString& source, const QString& simplified);
+    // Shows an answer and reports it to the backend.
+    void showTranslation(const QString& source, int row, const QString& result);
     void onRetryTimeout();
     void onHintTimeout();
     QTimer* timerOf(TimerId id) const;
@@ -63,6 +66,7 @@ private:
     bool mTranslateFinish = true;
     QString mSourceText;
     int mCurrentIpId = 0;
+    int mRequestSerial = 0;  // the request whose answer is awaited
     QTimer* mTimerRequest;
     QTimer* mTimerRetry;
     QTimer* mTimerHint;

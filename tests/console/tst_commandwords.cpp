@@ -105,40 +105,60 @@ void TestCommandWords::editAndDelete()
 {
     QTemporaryDir dir;
     DBManager db(dir.path(), dir.path() + QStringLiteral("/old"));
+    CommandWord selectAll = word(QStringLiteral("全选"), QStringLiteral("Ctrl + A"));
+    selectAll.type = 3;
+    selectAll.pro = KeyTable::buildShortcut({Qt::Key_Control, Qt::Key_A});
     db.open();
     db.addCommandWord(word(QStringLiteral("第一"), QStringLiteral("/tmp/a")));
-    db.addCommandWord(word(QStringLiteral("第二"), QStringLiteral("/tmp/b")));
+    db.addCommandWord(selectAll);
     db.addCommandWord(word(QStringLiteral("第三"), QStringLiteral("/tmp/c")));
     db.close();
     FakeHidBackend backend;
     ConsoleRig rig(&backend);
     MainWindowPresenter* p = rig.start(nullptr, &db);
     p->loadUserCommand();
+    QCOMPARE(rig.view.callsOf(QStringLiteral("setCustomTableRowCount")).last(),
+             QStringLiteral("setCustomTableRowCount(3)"));
 
-    // Editing a shortcut word rebuilds its keys from the last capture, even for a new word only.
+    // A chord captured on the add page is no part of an edit, and an edit of the spoken word
+    // alone keeps the word's own chord.
     QVERIFY(!p->getCurrentEditCommandId(3));
-    QVERIFY(p->getCurrentEditCommandId(1));
-    QCOMPARE(p->currentEditCommand().keyword, QStringLiteral("第二"));
     p->setShortcutList({Qt::Key_Control, Qt::Key_C});
+    QVERIFY(p->getCurrentEditCommandId(1));
+    QCOMPARE(p->currentEditCommand().keyword, QStringLiteral("全选"));
     rig.view.answers[QStringLiteral("getEditCommmandCurrentType")] = 3;
-    rig.view.answers[QStringLiteral("getEditCommandCurrentCommand")] = QStringLiteral("复制");
-    rig.view.answers[QStringLiteral("getEditCommandCurrentContent")] = QStringLiteral("Contrl + C");
+    rig.view.answers[QStringLiteral("getEditCommandCurrentCommand")] = QStringLiteral("选中全部");
+    rig.view.answers[QStringLiteral("getEditCommandCurrentContent")] = QStringLiteral("Ctrl + A");
     QCOMPARE(p->onEditCommandButtonSumbit(), 0);
-    QCOMPARE(p->getCommandWords().at(1).keyword, QStringLiteral("复制"));
+    QCOMPARE(p->getCommandWords().at(1).keyword, QStringLiteral("选中全部"));
+    QCOMPARE(p->getCommandWords().at(1).pro, selectAll.pro);
+    // A chord captured in the edit form replaces it; a word made a shortcut needs one.
+    QVERIFY(p->getCurrentEditCommandId(1));
+    p->setEditShortcutList({Qt::Key_Control, Qt::Key_C});
+    rig.view.answers[QStringLiteral("getEditCommandCurrentCommand")] = QStringLiteral("复制");
+    QCOMPARE(p->onEditCommandButtonSumbit(), 0);
     QCOMPARE(p->getCommandWords().at(1).pro, KeyTable::buildShortcut({Qt::Key_Control, Qt::Key_C}));
+    QVERIFY(p->getCurrentEditCommandId(0));
+    QCOMPARE(p->onEditCommandButtonSumbit(), -1);
+    QCOMPARE(rig.view.callsOf(QStringLiteral("setEditCommandWarningText")).last(),
+             QStringLiteral("setEditCommandWarningText(* 内容不能为空！！！)"));
     rig.view.answers[QStringLiteral("getEditCommandCurrentCommand")] = QStringLiteral("复");
     QCOMPARE(p->onEditCommandButtonSumbit(), -1);
-    QCOMPARE(rig.view.callsOf(QStringLiteral("setEditCommandWarningText")).size(), 1);
+    QCOMPARE(rig.view.callsOf(QStringLiteral("setEditCommandWarningText")).size(), 2);
 
-    // Two selected rows give six cells: the walk takes the first cell of each row.
+    // Two selected rows give six cells: the walk takes the first cell of each row, and the
+    // table shrinks to the words left.
     rig.view.answers[QStringLiteral("selectedCustomTableItems")] =
         QVariant::fromValue(QList<int>{0, 0, 0, 2, 2, 2});
+    rig.view.answers[QStringLiteral("getCustomTableRowCounts")] = 3;
     rig.view.answers[QStringLiteral("execDelPopupView")] = 0;
     p->onButtonDeleteCommand();
     QCOMPARE(keywords(db).size(), 3);
     rig.view.answers[QStringLiteral("execDelPopupView")] = 1;
     p->onButtonDeleteCommand();
     QCOMPARE(keywords(db), QStringList{QStringLiteral("复制")});
+    QCOMPARE(rig.view.callsOf(QStringLiteral("setCustomTableRowCount")).last(),
+             QStringLiteral("setCustomTableRowCount(1)"));
 
     // Deleting the last word tells the voice presenter of the empty list.
     QSignalSpy loaded(p, &MainWindowPresenter::signalLoadUserCommandWord);
@@ -146,6 +166,8 @@ void TestCommandWords::editAndDelete()
     p->onButtonDeleteCommand();
     QCOMPARE(loaded.size(), 1);
     QVERIFY(loaded.at(0).at(0).value<QList<CommandWord>>().isEmpty());
+    QCOMPARE(rig.view.callsOf(QStringLiteral("setCustomTableRowCount")).last(),
+             QStringLiteral("setCustomTableRowCount(0)"));
 }
 
 void TestCommandWords::databaseThatCannotOpen()

@@ -73,6 +73,7 @@ private slots:
     void unplugAndReplug();
     void controllerRestsWithoutDevice();
     void onlineLadderOpensFromTheListAndRegisters();
+    void unlistedCustomerCodeIsGivenUp();
     void httpStepsRunInOrderAndRetry();
     void optionalStepsGiveWayToRegistration();
     void openDelayOnlineAndOffline();
@@ -302,9 +303,37 @@ void TestConsoleLadder::onlineLadderOpensFromTheListAndRegisters()
     presenter->onDeviceModule(1, 1, 1, 1, QStringLiteral("0A0B0C"), 0);
     QCOMPARE(presenter->currentDeviceInfo().customerName, QStringLiteral("Zorvane"));
     QVERIFY(!presenter->userPreferences().isIFlySpeech);
-    // A code the list lacks changes nothing and leaves the module to be asked again.
+    // A code the list lacks changes nothing.
     presenter->onDeviceModule(1, 1, 1, 1, QStringLiteral("FFFFFF"), 0);
     QCOMPARE(presenter->currentDeviceInfo().customerName, QStringLiteral("Zorvane"));
+}
+
+void TestConsoleLadder::unlistedCustomerCodeIsGivenUp()
+{
+    // The backend lists no such customer: the console asks a few times, says so once, and
+    // goes on to the mouse's settings without touching the user's switches again.
+    auto sim = simulator({QStringLiteral("set customer 0F0F0F")});
+    QVERIFY(sim);
+    auto http = backend();
+    VirtualHidBackend link(mSocketPath);
+    ConsoleRig rig(&link, kTickMs);
+    rig.prepare([](UserPreferences& p) { saveNumbers(p, kVid, kPid); });
+    ConsoleLog log;
+    MainWindowPresenter* presenter = rig.start(http.get());
+    QTRY_VERIFY_WITH_TIMEOUT(presenter->deviceStatus().moduleKnown, 20000);
+    QTRY_VERIFY_WITH_TIMEOUT(presenter->isDeviceInitialised(), 15000);
+    presenter->onCheckShake(false);
+    QVERIFY(sim->waitForLine(out(DM::setShake(false))));
+    QTRY_VERIFY(!presenter->deviceStatus().shake.status);
+
+    const int asked = sim->countLines(out(DM::getModule()));
+    QVERIFY(waitTicks(presenter, 10));
+    QCOMPARE(sim->countLines(out(DM::getModule())), asked);
+    QCOMPARE(sim->countLines(out(DM::setLowbatReport(true))), 1);
+    QVERIFY(!presenter->deviceStatus().shake.target);
+    QCOMPARE(log.count(QStringLiteral("is not in the backend's device list")), 1);
+    QCOMPARE(rig.view.callsOf(QStringLiteral("setDeviceName")),
+             QStringList{QStringLiteral("setDeviceName(未识别的鼠标（客户编码 0F0F0F）)")});
 }
 
 void TestConsoleLadder::httpStepsRunInOrderAndRetry()

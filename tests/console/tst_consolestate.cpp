@@ -18,6 +18,7 @@ class TestConsoleState : public QObject {
 private slots:
     void initTestCase();
     void speedLevelsAndTargets();
+    void switchesWaitForTheMouse();
     void bestResolutionForTheScreen();
     void cpiLabels_data();
     void cpiLabels();
@@ -77,6 +78,49 @@ void TestConsoleState::speedLevelsAndTargets()
     // Unchecking a button moves nothing.
     p->onRadioSelectDpi1(false);
     QCOMPARE(p->deviceStatus().targetDpi, 2);
+}
+
+void TestConsoleState::switchesWaitForTheMouse()
+{
+    FakeHidBackend backend;
+    auto rig = rigWith(&backend, 0);
+    P* p = rig->presenter.get();
+    // The mouse says what it has: its switches take clicks but show no state yet.
+    p->onDeviceModule(1, 1, 0, 0, QStringLiteral("0A0B0C"), 0);
+    QCOMPARE(rig->view.callsOf(QStringLiteral("setCheckShakeOnOffEnabled")),
+             QStringList{QStringLiteral("setCheckShakeOnOffEnabled(true)")});
+    QVERIFY(rig->view.callsOf(QStringLiteral("setCheckShakeStatusChecked")).isEmpty());
+    QVERIFY(rig->view.calls.contains(QStringLiteral("setDeviceSettingsEnabled(true)")));
+
+    // A click before the mouse reports the setting is the user's target: the first reply
+    // lights the status and leaves the switch as the user put it.
+    p->onCheckShake(false);
+    p->onCheckLowbatReport(false);
+    rig->view.calls.clear();
+    p->onDeviceShake(true);
+    p->onDeviceLowbatReport(true);
+    p->onDeviceLamplight(1);
+    QCOMPARE(rig->view.calls, (QStringList{QStringLiteral("setCheckShakeOnOffChecked(false)"),
+                                           QStringLiteral("setCheckShakeStatusChecked(true)"),
+                                           QStringLiteral("setCheckLowbatOnOffChecked(false)"),
+                                           QStringLiteral("setCheckLowbatStatusChecked(true)"),
+                                           QStringLiteral("setCheckLightingEffectOnOffChecked(true)"),
+                                           QStringLiteral("setCheckLightingEffectStatusChecked(true)")}));
+    QVERIFY(!p->deviceStatus().shake.target && p->deviceStatus().shake.status);
+    QVERIFY(!p->deviceStatus().lowbatReport.target);
+    QVERIFY(p->deviceStatus().lamplight.target);
+    // A second module reply leaves the page alone.
+    rig->view.calls.clear();
+    p->onDeviceModule(1, 1, 0, 0, QStringLiteral("0A0B0C"), 0);
+    QVERIFY(rig->view.callsOf(QStringLiteral("setCheckShakeOnOffEnabled")).isEmpty());
+
+    // Unplugged: the page forgets the mouse, and the next one starts from its first replies.
+    p->deviceInsert(true);
+    p->deviceInsert(false);
+    QCOMPARE(rig->view.callsOf(QStringLiteral("showMouseSettingsUnknown")).size(), 1);
+    QVERIFY(!p->deviceStatus().shake.known && !p->deviceStatus().shake.chosen);
+    p->onDeviceShake(true);
+    QVERIFY(p->deviceStatus().shake.target);
 }
 
 void TestConsoleState::bestResolutionForTheScreen()

@@ -214,6 +214,19 @@ void TestMainWindow::speedButtonsAnswerClicksNotReports()
     QCOMPARE(p->deviceStatus().targetDpi, 1);
     QCOMPARE(preferences().dpiValue, 1);
 
+    // The mouse gone: nothing lit and nothing to click. A switch the mouse has not reported
+    // yet goes from unknown to on, and never back to unknown.
+    mWindow->showMouseSettingsUnknown();
+    QVERIFY(!ui.frameResolution->isEnabled() && !ui.lowbat.onOff->isEnabled());
+    QVERIFY(!ui.radioLevel[2]->isChecked());
+    mWindow->setCheckShakeOnOffEnabled(true);
+    QCOMPARE(ui.shake.onOff->checkState(), Qt::PartiallyChecked);
+    ui.shake.onOff->click();
+    QVERIFY(p->deviceStatus().shake.target);
+    ui.shake.onOff->click();
+    QCOMPARE(ui.shake.onOff->checkState(), Qt::Unchecked);
+    QVERIFY(!p->deviceStatus().shake.target);
+
     mWindow->setCpiValue(1440 / 1.2);
     QCOMPARE(ui.labelCpi->text(), QStringLiteral("1200 DPI"));
     mWindow->setCpiValue(2000);
@@ -289,6 +302,7 @@ void TestMainWindow::commandWordsAddEditDelete()
     ui.buttonDelCommand->click();
     QCOMPARE(p->getCommandWords().size(), 1);
     QCOMPARE(p->getCommandWords().first().keyword, QStringLiteral("打开网站"));
+    QCOMPARE(ui.tableCustom->rowCount(), 1);
 }
 
 void TestMainWindow::commandTypesBringTheirSamples()
@@ -406,6 +420,11 @@ void TestMainWindow::screenshots()
     shoot(Ui_MainWindow::CommandPage, QStringLiteral("command-words"));
     shoot(Ui_MainWindow::AppSettingsPage, QStringLiteral("app-settings"));
     shoot(Ui_MainWindow::MouseSettingsPage, QStringLiteral("mouse-settings"));
+    // The mouse gone, then back with only its module reported: nothing known yet.
+    mWindow->showMouseSettingsUnknown();
+    mWindow->setCheckShakeOnOffEnabled(true);
+    mWindow->setDeviceSettingsEnabled(true);
+    shoot(Ui_MainWindow::MouseSettingsPage, QStringLiteral("mouse-settings-unknown"));
     Ui_MainWindow::CommandForm& add = mWindow->widgets().addForm;
     add.type->setCurrentIndex(3);
     add.command->setText(QStringLiteral("全"));

@@ -18,6 +18,8 @@
 #include "WidgetPresenter/TextTranslatePresenter.h"
 
 #include <QClipboard>
+#include <QJsonDocument>
+#include <QJsonObject>
 #include <QLabel>
 #include <QMenu>
 #include <QPainter>
@@ -73,6 +75,7 @@ private slots:
     void presenterShowsFailures_data();
     void presenterShowsFailures();
     void presenterHintAndRetry();
+    void presenterCantoneseInTraditionalScript();
     void presenterLanguageRules();
     void boxHeightsAndReadingPieces();
 
@@ -225,6 +228,58 @@ void TestPanelsSelection::presenterHintAndRetry()
     QTRY_COMPARE(translateRequests(mServer).size(), requests + 1);
     QVERIFY(QUrl::fromPercentEncoding(translateRequests(mServer).constLast())
                 .contains(QStringLiteral("改过的原文")));
+}
+
+void TestPanelsSelection::presenterCantoneseInTraditionalScript()
+{
+    // Row 3 is Cantonese in the traditional script, which the service writes in the simplified
+    // one: a second request asks for the traditional script, the local conversion stands in
+    // when it fails, and each translation shown is reported to the backend as a text record.
+    savePreferences([](UserPreferences& p) { p.textTranslateLanguage = 3; });
+    RecordingTextTranslateView view;
+    TextTranslatePresenter presenter(&view, mHttp.get());
+    presenter.setCurrentIpId(7);
+    auto records = [this] {
+        QList<QJsonObject> out;
+        for (const LocalHttpServer::Request& request : mServer.requests()) {
+            const QJsonObject record = QJsonDocument::fromJson(request.body).object();
+            if (request.target.endsWith("/textrecord/upload") &&
+                record.value(QStringLiteral("type")).toInt() == 2 &&
+                record.value(QStringLiteral("src")).toString() == QStringLiteral("later development")) {
+                out << record;
+            }
+        }
+        return out;
+    };
+    // Returns the second request, or nothing when the two did not both go out and end.
+    auto translate = [&](const LocalHttpServer::Answer& second) {
+        const int before = translateRequests(mServer).size();
+        // The first answer is held back, so that the second request finds the second answer.
+        mServer.setAnswer(kTranslatePath, {200, translation({QStringLiteral("后来的发展")}), 300});
+        presenter.translate(QStringLiteral("later development"));
+        presenter.expireTimer(TextTranslatePresenter::TimerRequest);
+        if (!QTest::qWaitFor([&] { return translateRequests(mServer).size() == before + 1; })) {
+            return QByteArray();
+        }
+        mServer.setAnswer(kTranslatePath, second);
+        if (!QTest::qWaitFor([&] { return presenter.isTranslateFinish(); }, 3000) ||
+            translateRequests(mServer).size() != before + 2) {
+            return QByteArray();
+        }
+        return translateRequests(mServer).constLast();
+    };
+    const QByteArray second = translate({200, translation({QStringLiteral("後來的發展。")})});
+    QVERIFY2(second.contains("from=yue") && second.contains("to=cht"), second.constData());
+    QCOMPARE(view.callsOf(QStringLiteral("setTargetText")), {QStringLiteral("setTargetText(後來的發展。)")});
+    view.calls.clear();
+    QVERIFY(!translate({500, QByteArray()}).isEmpty());
+    QCOMPARE(view.callsOf(QStringLiteral("setTargetText")), {QStringLiteral("setTargetText(後來的發展)")});
+
+    QTRY_COMPARE(records().size(), 2);
+    const QJsonObject record = records().constLast();
+    QCOMPARE(record.value(QStringLiteral("dst")).toString(), QStringLiteral("後來的發展"));
+    QCOMPARE(record.value(QStringLiteral("to")).toString(), QStringLiteral("yue"));
+    QCOMPARE(record.value(QStringLiteral("ip")).toInt(), 7);
 }
 
 void TestPanelsSelection::presenterLanguageRules()

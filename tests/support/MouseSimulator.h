@@ -36,6 +36,12 @@ public:
         readLines();
         return mLines.contains(line);
     }
+    // Lines seen so far that are the text exactly, taken or not by waitForLine.
+    int countLines(const QString& line)
+    {
+        readLines();
+        return mLines.count(line) + mTaken.count(line);
+    }
     bool waitReady() { return waitForLine(QStringLiteral("ready ") + mSocketPath); }
     void command(const QByteArray& line) { mProcess.write(line + '\n'); }
     // Waits for a line of output that starts with the text, and takes it: waiting again for
@@ -48,7 +54,7 @@ public:
             readLines();
             for (int i = 0; i < mLines.size(); ++i) {
                 if (mLines.at(i).startsWith(start)) {
-                    mLines.removeAt(i);
+                    mTaken << mLines.takeAt(i);
                     return true;
                 }
             }
@@ -69,4 +75,5 @@ private:
     QString mSocketPath;
     QProcess mProcess;
     QStringList mLines;
+    QStringList mTaken;
 };

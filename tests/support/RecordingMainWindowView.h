@@ -37,6 +37,8 @@ public:
     RECORDS_ARG(setDeviceRadioLevel1Checked, bool);
     RECORDS_ARG(setDeviceRadioLevel2Checked, bool);
     RECORDS_ARG(setDeviceRadioLevel3Checked, bool);
+    RECORDS(showMouseSettingsUnknown);
+    RECORDS_ARG(setDeviceSettingsEnabled, bool);
     RECORDS(clearCustomTableContents);
     RECORDS_ARG(setCustomTableRowCount, int);
     RECORDS(scrollCustomTableToBottom);

@@ -295,7 +295,7 @@ void MainWindow::initEditCommandView()
         mUi.stackedWidget->setCurrentIndex(Ui_MainWindow::CommandPage);
     });
     connect(form.content, &LineEdit::signalShortcut, this, [this](QList<int> keys) {
-        mPresenter->setShortcutList(keys);
+        mPresenter->setEditShortcutList(keys);
         mUi.editForm.content->setText(KeyTable::displayName(keys));
     });
     connect(form.browse, &QPushButton::clicked, this, [this] { browse(mUi.editForm.type->currentIndex()); });
@@ -637,6 +637,17 @@ void MainWindow::setSignalClickModeEnable(bool enable)
 
 // ---- MainWindowView: the mouse
 
+namespace {
+
+// A switch whose state is known: it leaves the unknown look for good.
+void showSwitch(QCheckBox* onOff, bool checked)
+{
+    onOff->setTristate(false);
+    onOff->setChecked(checked);
+}
+
+}  // namespace
+
 void MainWindow::setCheckLightingEffectOnOffEnabled(bool enabled)
 {
     mUi.lighting.onOff->setEnabled(enabled);
@@ -644,7 +655,7 @@ void MainWindow::setCheckLightingEffectOnOffEnabled(bool enabled)
 
 void MainWindow::setCheckLightingEffectOnOffChecked(bool checked)
 {
-    mUi.lighting.onOff->setChecked(checked);
+    showSwitch(mUi.lighting.onOff, checked);
 }
 
 void MainWindow::setCheckLightingEffectStatusChecked(bool checked)
@@ -659,7 +670,7 @@ void MainWindow::setCheckShakeOnOffEnabled(bool enabled)
 
 void MainWindow::setCheckShakeOnOffChecked(bool checked)
 {
-    mUi.shake.onOff->setChecked(checked);
+    showSwitch(mUi.shake.onOff, checked);
 }
 
 void MainWindow::setCheckShakeStatusChecked(bool checked)
@@ -674,7 +685,7 @@ void MainWindow::setCheckSoundEffectOnOffEnabled(bool enabled)
 
 void MainWindow::setCheckSoundEffectOnOffChecked(bool checked)
 {
-    mUi.soundEffect.onOff->setChecked(checked);
+    showSwitch(mUi.soundEffect.onOff, checked);
 }
 
 void MainWindow::setCheckSoundEffectStatusChecked(bool checked)
@@ -684,7 +695,7 @@ void MainWindow::setCheckSoundEffectStatusChecked(bool checked)
 
 void MainWindow::setCheckLowbatOnOffChecked(bool checked)
 {
-    mUi.lowbat.onOff->setChecked(checked);
+    showSwitch(mUi.lowbat.onOff, checked);
 }
 
 void MainWindow::setCheckLowbatStatusChecked(bool checked)
@@ -710,6 +721,28 @@ void MainWindow::setDeviceRadioLevel2Checked(bool checked)
 void MainWindow::setDeviceRadioLevel3Checked(bool checked)
 {
     mUi.radioLevel[3]->setChecked(checked);
+}
+
+void MainWindow::showMouseSettingsUnknown()
+{
+    // An exclusive group keeps one button down: let go of it to clear them all.
+    mUi.dpiGroup->setExclusive(false);
+    for (QPushButton* button : mUi.radioLevel) {
+        button->setChecked(false);
+    }
+    mUi.dpiGroup->setExclusive(true);
+    for (const Ui_MainWindow::SwitchRow* row : {&mUi.lighting, &mUi.shake, &mUi.soundEffect, &mUi.lowbat}) {
+        row->onOff->setCheckState(Qt::PartiallyChecked);
+        row->status->setChecked(false);
+        row->onOff->setEnabled(false);
+    }
+    setDeviceSettingsEnabled(false);
+}
+
+void MainWindow::setDeviceSettingsEnabled(bool enabled)
+{
+    mUi.frameResolution->setEnabled(enabled);
+    mUi.lowbat.onOff->setEnabled(enabled);
 }
 
 void MainWindow::placeResolutionButtons(bool four)

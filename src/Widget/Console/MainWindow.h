@@ -67,6 +67,8 @@ public:
     void setDeviceRadioLevel1Checked(bool checked) override;
     void setDeviceRadioLevel2Checked(bool checked) override;
     void setDeviceRadioLevel3Checked(bool checked) override;
+    void showMouseSettingsUnknown() override;
+    void setDeviceSettingsEnabled(bool enabled) override;
     void clearCustomTableContents() override;
     void setCustomTableRowCount(int count) override;
     void scrollCustomTableToBottom() override;

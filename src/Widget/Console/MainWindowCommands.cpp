@@ -26,6 +26,15 @@ QString standardFolder(QStandardPaths::StandardLocation location)
     return folder.isEmpty() ? QDir::homePath() : folder;
 }
 
+void forgetShortcut(MainWindowPresenter* presenter, bool edit)
+{
+    if (edit) {
+        presenter->setEditShortcutList({});
+    } else {
+        presenter->setShortcutList({});
+    }
+}
+
 }  // namespace
 
 // ---- the table
@@ -115,6 +124,8 @@ void MainWindow::changeCommandType(Ui_MainWindow::CommandForm& form, int index)
 {
     form.command->clear();
     form.content->clear();
+    // The chord went with the box's text.
+    forgetShortcut(mPresenter, &form == &mUi.editForm);
     form.command->setFocus();
     form.content->setShortcutMode(index == 3);
     form.browse->setVisible(index == 1 || index == 2 || index == 4);
@@ -162,6 +173,7 @@ void MainWindow::clearCommandForm(Ui_MainWindow::CommandForm& form)
     form.command->clear();
     form.content->clear();
     form.warning->clear();
+    forgetShortcut(mPresenter, &form == &mUi.editForm);
 }
 
 void MainWindow::submitCommand(bool edit)

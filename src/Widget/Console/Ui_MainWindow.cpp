@@ -51,6 +51,7 @@ QString sheet()
         "QPushButton#linkButton { border: none; background: transparent; color: #2f7cf6; padding: 0 4px; }"
         "QPushButton#dpiButton { border: 1px solid #d6d9de; border-radius: 10px; background: #fafbfc;"
         " font-size: 14px; color: #454c59; }"
+        "QPushButton#dpiButton:disabled { color: #b8bec8; }"
         "QPushButton#dpiButton:checked { border: 2px solid #2f7cf6; background: #e3edfe; color: #2f7cf6;"
         " font-weight: bold; }"
         "QToolButton { border: none; border-radius: 6px; background: transparent; }"
@@ -69,6 +70,7 @@ QString sheet()
         "QCheckBox, QRadioButton { font-size: 14px; color: #333333; spacing: 8px; }"
         "QCheckBox#switch::indicator { width: 40px; height: 22px; image: url(:/console/switch_off.svg); }"
         "QCheckBox#switch::indicator:checked { image: url(:/console/switch_on.svg); }"
+        "QCheckBox#switch::indicator:indeterminate { image: url(:/console/switch_unknown.svg); }"
         "QCheckBox#switch::indicator:disabled { image: url(:/console/switch_disabled.svg); }"
         "QCheckBox#status { font-size: 12px; color: #8a919e; }"
         "QCheckBox#status::indicator { width: 12px; height: 12px; image: url(:/console/lamp_off.svg); }"
@@ -486,7 +488,11 @@ QWidget* Ui_MainWindow::buildMouseSettingsPage()
     switchLayout->setSpacing(12);
     for (const SwitchRow* row : {&lighting, &shake, &soundEffect, &lowbat}) {
         switchLayout->addWidget(row->row);
+        // Nothing is known of a mouse before it answers.
+        row->onOff->setCheckState(Qt::PartiallyChecked);
+        row->onOff->setEnabled(false);
     }
+    frameResolution->setEnabled(false);
 
     auto* layout = new QVBoxLayout(page);
     layout->setContentsMargins(30, 6, 30, 30);
