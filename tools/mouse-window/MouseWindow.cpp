@@ -251,11 +251,10 @@ void MouseWindow::placeAside()
         return;
     }
     adjustSize();
-    // Room for the window manager's frame, which is not known before the window is shown.
-    constexpr int kFrameRoom = 48;
+    // The top left corner: Zorvane's questions and dialogs stand in the middle of the screen,
+    // its strip and notices at the bottom right, and this window stays on top of them all.
     const QRect area = screen->availableGeometry();
-    move(std::max(area.left(), area.right() - width() - kFrameRoom),
-         std::max(area.top(), area.bottom() - height() - kFrameRoom));
+    move(area.topLeft());
 }
 
 int MouseWindow::chosenKey() const
