@@ -18,7 +18,7 @@ class MouseWindow : public QWidget {
 public:
     explicit MouseWindow(MouseControl* control, QWidget* parent = nullptr);
 
-    // In the screen's top left corner, clear of Zorvane's dialogs (the middle of the screen)
+    // In the screen's bottom left corner, clear of Zorvane's dialogs (the middle of the screen)
     // and of its strip and notices (the bottom right).
     void placeAside();
 
