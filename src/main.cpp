@@ -61,9 +61,10 @@ int main(int argc, char* argv[])
     MainWindow* window = MainWindow::getInstance(nullptr);
     app.mainWindow = window;
     FirstExposeMark exposed;
-    window->show();
-    if (Trace::enabled() && window->windowHandle() != nullptr) {
+    if (Trace::enabled()) {
+        window->winId();  // the native window now, shown or not, so that its expose is seen
         window->windowHandle()->installEventFilter(&exposed);
     }
+    window->showAtStart();
     return app.exec();
 }

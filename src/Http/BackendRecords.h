@@ -20,6 +20,7 @@ struct VersionInfo {
     QString date;
     QString enable;  // one character whose code is the JSON integer
     QString user;
+    QString sha256;  // hex digest of the download; empty when the backend gives none
 };
 
 struct DeviceInfo {

@@ -3,9 +3,13 @@
 #include "Http/BaiduTranslate.h"
 #include "Utils/AppConfig.h"
 #include "Utils/JsonUtils.h"
+#include "Utils/Logging.h"
+#include "Utils/UrlRules.h"
 
+#include <QHostAddress>
 #include <QJsonDocument>
 #include <QJsonObject>
+#include <QTimer>
 
 namespace {
 
@@ -16,6 +20,18 @@ QString trimSlash(const QUrl& url)
         text.chop(1);
     }
     return text;
+}
+
+// What the system will install must come over https; plain http only from this machine (the
+// stand-in services).
+bool isTrustedDownload(const QUrl& url)
+{
+    if (url.scheme() == QLatin1String("https")) {
+        return true;
+    }
+    const QString host = url.host();
+    return url.scheme() == QLatin1String("http") &&
+           (host == QLatin1String("localhost") || QHostAddress(host).isLoopback());
 }
 
 // Bodies go in the indented form.
@@ -228,8 +244,18 @@ void HttpManager::downloadImage(QString image, QString path, HttpRequest::Downlo
 void HttpManager::downloadApp(QString version, QString path, HttpRequest::DownloadProgressFunc progress,
                               HttpRequest::DownloadResultFunc result, ErrorFunc onError)
 {
-    mRequest->downloadFile(backendUrl(QStringLiteral("/version/appDownload?version=%1").arg(version)), path,
-                           std::move(progress), std::move(result), std::move(onError), kMaxInstallerBytes);
+    const QString url = backendUrl(QStringLiteral("/version/appDownload?version=%1").arg(version));
+    if (!isTrustedDownload(QUrl::fromUserInput(url))) {
+        qCWarning(lcHttp) << "the update is not fetched over plain http:" << UrlRules::forLog(url);
+        QTimer::singleShot(0, mRequest, [url, onError] {
+            if (onError) {
+                onError(UrlRules::forLog(url), QNetworkReply::ProtocolUnknownError);
+            }
+        });
+        return;
+    }
+    mRequest->downloadFile(url, path, std::move(progress), std::move(result), std::move(onError),
+                           kMaxInstallerBytes);
 }
 
 void HttpManager::cancelDownload()

@@ -1,5 +1,7 @@
 #include "Platform/AppAutoRunUtils.h"
 
+#include "Platform/DesktopEntry.h"
+#include "Utils/AppPaths.h"
 #include "Utils/Logging.h"
 
 #include <QCoreApplication>
@@ -7,7 +9,17 @@
 #include <QFile>
 #include <QFileInfo>
 #include <QSaveFile>
+#include <QSettings>
 #include <QStandardPaths>
+
+namespace {
+
+QString declinedPath()
+{
+    return AppPaths::dataFile(QStringLiteral("/autostart.ini"));
+}
+
+}  // namespace
 
 QString AppAutoRunUtils::autostartPath()
 {
@@ -59,6 +71,45 @@ QByteArray AppAutoRunUtils::desktopEntry(const QString& executable)
     return entry.toUtf8();
 }
 
+QString AppAutoRunUtils::installedProgram()
+{
+    const QString entry =
+        QStandardPaths::locate(QStandardPaths::ApplicationsLocation, QStringLiteral("zorvane.desktop"));
+    if (entry.isEmpty()) {
+        return QString();
+    }
+    DesktopEntry packaged;
+    if (!packaged.load(entry) || packaged.command().isEmpty()) {
+        return QString();
+    }
+    const QString program = packaged.command().first();
+    return QFileInfo(program).isAbsolute() ? (QFileInfo(program).isExecutable() ? program : QString())
+                                           : QStandardPaths::findExecutable(program);
+}
+
+QString AppAutoRunUtils::loginProgram()
+{
+    const QString installed = installedProgram();
+    return installed.isEmpty() ? QCoreApplication::applicationFilePath() : installed;
+}
+
+bool AppAutoRunUtils::isQuestionDeclined()
+{
+    return QSettings(declinedPath(), QSettings::IniFormat)
+        .value(QStringLiteral("question/declined"))
+        .toBool();
+}
+
+void AppAutoRunUtils::declineQuestion()
+{
+    QSettings settings(declinedPath(), QSettings::IniFormat);
+    settings.setValue(QStringLiteral("question/declined"), true);
+    settings.sync();
+    if (settings.status() != QSettings::NoError) {
+        qCWarning(lcSystem) << "cannot keep the declined autostart question in" << declinedPath();
+    }
+}
+
 bool AppAutoRunUtils::isAppAutoRun() const
 {
     return QFileInfo::exists(autostartPath());
@@ -72,8 +123,8 @@ bool AppAutoRunUtils::setAppAutoRun(bool enable)
     if (enable) {
         QDir().mkpath(QFileInfo(path).absolutePath());
         QSaveFile file(path);
-        ok = file.open(QIODevice::WriteOnly) &&
-             file.write(desktopEntry(QCoreApplication::applicationFilePath())) >= 0 && file.commit();
+        ok =
+            file.open(QIODevice::WriteOnly) && file.write(desktopEntry(loginProgram())) >= 0 && file.commit();
     } else if (before) {
         ok = QFile::remove(path);
     }

@@ -5,6 +5,7 @@
 #include <QObject>
 
 // Start at login through the XDG autostart entry "zorvane.desktop": on means the entry exists.
+// The entry starts the installed program when there is one, not whichever copy asked.
 class AppAutoRunUtils : public QObject, public Singleton<AppAutoRunUtils> {
     Q_OBJECT
 
@@ -18,6 +19,17 @@ public:
     static QByteArray desktopEntry(const QString& executable);
     // The Exec value that runs exactly this program.
     static QString execArgument(const QString& executable);
+
+    // The program the packaged desktop entry starts, resolved to its path; empty when Zorvane
+    // is not installed.
+    static QString installedProgram();
+    // What the entry starts at login: the installed program, else the running one.
+    static QString loginProgram();
+
+    // The first-start question answered with no: it is not asked again. Kept in a small file
+    // of its own in the data folder.
+    static bool isQuestionDeclined();
+    static void declineQuestion();
 
 signals:
     void signalChangeAutoRun(bool enable);

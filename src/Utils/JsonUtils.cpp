@@ -82,6 +82,7 @@ void fill(const QJsonObject& d, VersionInfo* v)
             QChar(static_cast<ushort>(static_cast<quint8>(d.value(QLatin1String("enable")).toInt(0)))));
     }
     read(d, "user", &v->user);
+    read(d, "sha256", &v->sha256);
 }
 
 void fill(const QJsonObject& d, DeviceInfo* i)

@@ -24,6 +24,11 @@ BleGuidancePresenter::BleGuidancePresenter(BleGuidanceView* view, BleGuidanceDev
 
 void BleGuidancePresenter::showGuidance(const QString& savedDeviceUuid)
 {
+    // Asked again while up (the link's answer and the console's check both ask): the user's
+    // page stays.
+    if (!mView->isHidden()) {
+        return;
+    }
     changePage(savedDeviceUuid.isEmpty() ? PageFirstPairing : PageSavedLost);
     mView->toShow();
 }
@@ -53,6 +58,9 @@ bool BleGuidancePresenter::isOwnMouseAddress(const QString& address)
 
 void BleGuidancePresenter::onClose()
 {
+    // A search still waiting to start must not start after the wizard is gone.
+    mScanDelay->stop();
+    mConnectTimeout->stop();
     mView->toClose();
     mDevice->cancelScan();
 }

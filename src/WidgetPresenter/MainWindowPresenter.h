@@ -218,6 +218,8 @@ public:
 
 signals:
     void signalAppVersion(VersionInfo vi);
+    // A check the user asked for got no answer.
+    void signalAppVersionUnknown();
     void signalLocalIpId(int id);
     void signalGetDeviceInfo(DeviceInfo info);
     void signalLoadUserCommandWord(QList<CommandWord> word);

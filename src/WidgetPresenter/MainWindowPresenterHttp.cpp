@@ -333,10 +333,13 @@ void MainWindowPresenter::recvUpdataSignalNoUpdata()
 void MainWindowPresenter::checkNewestAppVersion()
 {
     if (mHttpManager == nullptr) {
+        emit signalAppVersionUnknown();
         return;
     }
+    // The user asked: a check that gets no answer says so, never that all is up to date.
     mHttpManager->getAppVersion(guard([this](bool ok, VersionInfo vi) {
                                     if (!ok) {
+                                        emit signalAppVersionUnknown();
                                         return;
                                     }
                                     emit signalAppVersion(vi);
@@ -349,5 +352,12 @@ void MainWindowPresenter::checkNewestAppVersion()
                                         mView->setUpdateView(0);
                                     }
                                 }),
-                                logTimeout, logError);
+                                guard([this](QString message) {
+                                    logTimeout(message);
+                                    emit signalAppVersionUnknown();
+                                }),
+                                guard([this](QString message, QNetworkReply::NetworkError code) {
+                                    logError(message, code);
+                                    emit signalAppVersionUnknown();
+                                }));
 }

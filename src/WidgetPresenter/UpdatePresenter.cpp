@@ -6,10 +6,12 @@
 #include "WidgetPresenter/UpdateView.h"
 
 #include <QCoreApplication>
+#include <QCryptographicHash>
 #include <QDir>
 #include <QFile>
 #include <QFileInfo>
 #include <QPointer>
+#include <QProcess>
 #include <QStandardPaths>
 #include <QThread>
 #include <QTimer>
@@ -154,6 +156,16 @@ void UpdatePresenter::onUpdate()
         });
 }
 
+QString UpdatePresenter::sha256Of(const QString& path)
+{
+    QFile file(path);
+    QCryptographicHash hash(QCryptographicHash::Sha256);
+    if (!file.open(QIODevice::ReadOnly) || !hash.addData(&file)) {
+        return QString();
+    }
+    return QString::fromLatin1(hash.result().toHex());
+}
+
 void UpdatePresenter::handOver(const QString& path)
 {
     if (!isDownloadedInstaller(path)) {
@@ -162,6 +174,57 @@ void UpdatePresenter::handOver(const QString& path)
         mView->toShow();
         return;
     }
-    mLauncher->openLocalPath(path);
-    mQuit();
+    const QString expected = mVersionInfo.sha256.trimmed().toLower();
+    if (!expected.isEmpty() && sha256Of(path) != expected) {
+        qCWarning(lcHttp) << "the downloaded package does not match its checksum; removed";
+        QFile::remove(path);
+        mView->showMessage(tr("下载的更新包已损坏，请稍后重试。"));
+        mView->toShow();
+        return;
+    }
+    const PackageInstaller::Command command = mInstaller(path);
+    if (command.arguments.isEmpty()) {
+        installByHand(path);
+        return;
+    }
+    if (!command.waitForIt) {
+        // A graphical installer takes over: once it runs, this program steps aside for it.
+        if (QProcess::startDetached(command.arguments.first(), command.arguments.mid(1))) {
+            qCInfo(lcHttp) << "update handed to" << command.arguments.first();
+            mQuit();
+        } else {
+            installByHand(path);
+        }
+        return;
+    }
+    // apt behind the password prompt: quit once the package is in, else say how to do it.
+    auto* install = new QProcess(this);
+    install->setProcessChannelMode(QProcess::ForwardedChannels);
+    connect(install, qOverload<int, QProcess::ExitStatus>(&QProcess::finished), this,
+            [this, install, path](int code, QProcess::ExitStatus status) {
+                install->deleteLater();
+                if (status == QProcess::NormalExit && code == 0) {
+                    qCInfo(lcHttp) << "update installed";
+                    mQuit();
+                } else {
+                    qCWarning(lcHttp) << "the package installer ended with" << code;
+                    installByHand(path);
+                }
+            });
+    connect(install, &QProcess::errorOccurred, this, [this, install, path](QProcess::ProcessError error) {
+        if (error == QProcess::FailedToStart) {
+            install->deleteLater();
+            installByHand(path);
+        }
+    });
+    qCInfo(lcHttp) << "update handed to" << command.arguments.mid(0, 2);
+    install->start(command.arguments.first(), command.arguments.mid(1));
+}
+
+void UpdatePresenter::installByHand(const QString& path)
+{
+    mLauncher->openLocalPath(QFileInfo(path).absolutePath());
+    mView->showMessage(tr("更新包已下载到 %1。\n请在终端中输入以下命令安装：\n%2")
+                           .arg(path, PackageInstaller::manualCommand(path)));
+    mView->toShow();
 }

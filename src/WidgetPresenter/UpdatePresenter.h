@@ -1,6 +1,7 @@
 #pragma once
 
 #include "Http/BackendRecords.h"
+#include "Platform/PackageInstaller.h"
 #include "Utils/AppVersion.h"
 
 #include <QObject>
@@ -13,15 +14,15 @@ class AppLauncher;
 class HttpManager;
 class UpdateView;
 
-// Offers a version the backend publishes, downloads its installer into the Downloads folder
-// with a progress bar, hands the file to the desktop's handler and quits.
+// Offers a version the backend publishes, downloads its package into the Downloads folder with
+// a progress bar, checks it, hands it to the system's package installer and quits once that has
+// taken it. Without an installer it opens the folder and says how to install by hand.
 class UpdatePresenter : public QObject {
     Q_OBJECT
 
 public:
-    // The backend serves a self-extracting installer on this platform; the desktop's handler
-    // for it takes over.
-    static constexpr char kInstallerName[] = "ZorvaneInstaller.run";
+    // The backend serves the Debian package on this platform.
+    static constexpr char kInstallerName[] = "zorvane-update.deb";
     static constexpr int kHandOverDelayMs = 1000;
     static constexpr int kHandOverSleepMs = 2000;
 
@@ -45,6 +46,13 @@ public:
     // Tests: what ends the process after the hand-over (by default a pause for the handler
     // to start, then quit).
     void setQuit(std::function<void()> quit) { mQuit = std::move(quit); }
+    // Tests: which installer the package goes to (by default the system's).
+    void setInstaller(std::function<PackageInstaller::Command(const QString&)> installer)
+    {
+        mInstaller = std::move(installer);
+    }
+    // The package's SHA-256 as lower-case hex; empty when it cannot be read.
+    static QString sha256Of(const QString& path);
 
 public slots:
     void onVersion(VersionInfo vi);
@@ -55,6 +63,7 @@ public slots:
 
 private:
     void handOver(const QString& path);
+    void installByHand(const QString& path);
 
     UpdateView* mView;
     VersionInfo mVersionInfo;
@@ -62,4 +71,5 @@ private:
     AppLauncher* mLauncher;
     std::unique_ptr<AppLauncher> mOwnedLauncher;
     std::function<void()> mQuit;
+    std::function<PackageInstaller::Command(const QString&)> mInstaller = &PackageInstaller::installCommand;
 };

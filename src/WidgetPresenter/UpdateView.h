@@ -2,7 +2,8 @@
 
 #include <QString>
 
-// The update dialog as its presenter sees it: page 0 up to date, 1 the offer, 2 downloading.
+// The update dialog as its presenter sees it: page 0 up to date, 1 the offer, 2 downloading, 3
+// a message (the check under way or failed, how to install by hand).
 class UpdateView {
 public:
     virtual ~UpdateView() = default;
@@ -18,4 +19,5 @@ public:
     virtual void setNewestVersion(QString text) = 0;
     virtual void setDiscoverNewestVersionInfo(QString text) = 0;
     virtual void closeAppAutoRunView() = 0;
+    virtual void showMessage(QString text) = 0;
 };

@@ -10,7 +10,10 @@
 #include "WidgetPresenter/UpdatePresenter.h"
 #include "WidgetPresenter/UpdateView.h"
 
+#include <QCryptographicHash>
+#include <QDir>
 #include <QFile>
+#include <QFileInfo>
 #include <QStandardPaths>
 #include <QTimer>
 #include <QtTest>
@@ -30,6 +33,7 @@ public:
     void setNewestVersion(QString text) override { record(QStringLiteral("setNewestVersion"), text); }
     void setDiscoverNewestVersionInfo(QString text) override { record(QStringLiteral("info"), text); }
     void closeAppAutoRunView() override { record(QStringLiteral("closeAppAutoRunView")); }
+    void showMessage(QString text) override { record(QStringLiteral("message"), text); }
 };
 
 class RecordingFeedbackView : public FeedbackView, public CallRecorder {
@@ -117,6 +121,12 @@ void TestConsoleDialogs::downloadHandsOverOrReturnsToTheOffer()
     UpdatePresenter presenter(&view, mHttp.get(), &launcher);
     int quits = 0;
     presenter.setQuit([&quits] { ++quits; });
+    QList<PackageInstaller::Command> installers;
+    QStringList handed;
+    presenter.setInstaller([&](const QString& file) {
+        handed << file;
+        return installers.takeFirst();
+    });
     VersionInfo vi;
     vi.version = QStringLiteral("2.9.0.0");
     presenter.onVersion(vi);
@@ -146,17 +156,49 @@ void TestConsoleDialogs::downloadHandsOverOrReturnsToTheOffer()
     presenter.onButtonCancel();
     QTRY_COMPARE(view.callsOf(QStringLiteral("page")).last(), QStringLiteral("page(1)"));
 
-    // Done: the bar follows the total, the dialog goes, the file is handed over, then quit.
-    mServer.setAnswer(kDownloadPath, {200, QByteArray(200000, 'x'), 0, "application/octet-stream"});
+    // Done: the bar follows the total, the dialog goes, the package goes to a graphical
+    // installer, then quit.
+    const QByteArray package(200000, 'x');
+    mServer.setAnswer(kDownloadPath, {200, package, 0, "application/vnd.debian.binary-package"});
     view.calls.clear();
+    installers << PackageInstaller::Command{{QStringLiteral("true")}, false};
     presenter.onUpdate();
     QTRY_VERIFY(view.calls.contains(QStringLiteral("toHide()")));
     QVERIFY(view.calls.contains(QStringLiteral("maximum(200000)")));
     QVERIFY(view.calls.contains(QStringLiteral("value(200000)")));
     QCOMPARE(quits, 0);
     QTRY_COMPARE(quits, 1);
-    QCOMPARE(launcher.log, QStringList{QStringLiteral("path ") + path});
+    QCOMPARE(handed, QStringList{path});
+    QVERIFY(launcher.log.isEmpty());
     QCOMPARE(QFileInfo(path).size(), 200000);
+
+    // A package that is not the one published is neither handed on nor kept.
+    vi.sha256 = QString(64, QLatin1Char('0'));
+    presenter.onVersion(vi);
+    view.calls.clear();
+    QTest::ignoreMessage(QtWarningMsg, QRegularExpression(QStringLiteral("does not match its checksum")));
+    presenter.onUpdate();
+    QTRY_COMPARE(view.callsOf(QStringLiteral("message")).size(), 1);
+    QVERIFY(!QFile::exists(path));
+    QCOMPARE(handed.size(), 1);
+
+    // apt refused (the password prompt cancelled): the program stays, the folder opens and the
+    // command to type is told. apt that installs it: then it quits.
+    vi.sha256 =
+        QString::fromLatin1(QCryptographicHash::hash(package, QCryptographicHash::Sha256).toHex().toUpper());
+    presenter.onVersion(vi);
+    view.calls.clear();
+    installers << PackageInstaller::Command{{QStringLiteral("false")}, true};
+    QTest::ignoreMessage(QtWarningMsg, QRegularExpression(QStringLiteral("package installer ended with 1")));
+    presenter.onUpdate();
+    QTRY_COMPARE(view.callsOf(QStringLiteral("message")).size(), 1);
+    QVERIFY(view.callsOf(QStringLiteral("message")).first().contains(PackageInstaller::manualCommand(path)));
+    QCOMPARE(launcher.log, QStringList{QStringLiteral("path ") + QFileInfo(path).absolutePath()});
+    QCOMPARE(quits, 1);
+    installers << PackageInstaller::Command{{QStringLiteral("true")}, true};
+    presenter.onUpdate();
+    QTRY_COMPARE(quits, 2);
+    QCOMPARE(handed.size(), 3);
 
     // Only the file the download left is handed over: one swapped for a link meanwhile is not,
     // and the offer comes back instead of the quit.
@@ -167,8 +209,8 @@ void TestConsoleDialogs::downloadHandsOverOrReturnsToTheOffer()
     QVERIFY(QFile::link(QStringLiteral("/bin/sh"), path));
     QTest::ignoreMessage(QtWarningMsg, QRegularExpression(QStringLiteral("not the downloaded installer")));
     QTRY_COMPARE(view.callsOf(QStringLiteral("page")).last(), QStringLiteral("page(1)"));
-    QCOMPARE(quits, 1);
-    QCOMPARE(launcher.log.size(), 1);
+    QCOMPARE(quits, 2);
+    QCOMPARE(handed.size(), 3);
     QFile::remove(path);
 }
 

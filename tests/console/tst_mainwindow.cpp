@@ -10,8 +10,11 @@
 #include "Widget/Common/DeletePopupDialog.h"
 #include "Widget/Console/AppAutoRunDialog.h"
 #include "Widget/Console/MainWindow.h"
+#include "Widget/Console/SystemTray.h"
+#include "Widget/Console/UpdateDialog.h"
 #include "Widget/LineEdit.h"
 #include "Widget/Notices/LowbatDialog.h"
+#include "Widget/Panels/InputDialog.h"
 
 #include <QAbstractItemView>
 #include <QApplication>
@@ -78,20 +81,23 @@ void TestMainWindow::initTestCase()
     c.autoRun = autoRun;
     c.screenWidth = [] { return 1440; };
 
-    // Autostart off: the question comes up, modal, before the window is built to the end.
-    QString asked;
-    onNextModal([&asked](QWidget* modal) {
-        asked = QString::fromLatin1(modal->metaObject()->className());
-        auto* dialog = qobject_cast<AppAutoRunDialog*>(modal);
-        QVERIFY(dialog != nullptr && dialog->checkBox()->isChecked());
-        dialog->submitButton()->click();
-    });
     // The voice side hears the same mouse; it needs no engine here.
     InputPresenter::Collaborators voice;
     voice.device = &mDevice;
     voice.hook = HookManager::getInstance();
     mWindow = MainWindow::getInstance(nullptr, &c, &voice);
-    QCOMPARE(asked, QStringLiteral("AppAutoRunDialog"));
+    // Autostart off: the question stands alone first, once the window exists; meanwhile the
+    // program runs on and the tray's 退出 is heard.
+    mWindow->showAtStart();
+    AppAutoRunDialog* question = AppAutoRunDialog::getInstance(nullptr);
+    QVERIFY(question->isVisible());
+    QVERIFY(question->checkBox()->isChecked());
+    QVERIFY(!mWindow->isVisible());
+    QTimer::singleShot(0, mWindow->systemTray()->menu()->actions().constLast(), &QAction::trigger);
+    QCOMPARE(QCoreApplication::exec(), 0);
+    question->submitButton()->click();
+    QVERIFY(question->isHidden());
+    QVERIFY(mWindow->isVisible());
     QVERIFY(autoRun->isAppAutoRun());
     QCOMPARE(mWindow->getCurrentStackedWidgetIndex(), 0);
     QCOMPARE(mWindow->widgets().tableCustom->columnWidth(0), 35);
@@ -110,12 +116,18 @@ void TestMainWindow::closeHidesAndQuitEnds()
     QVERIFY(!mWindow->close());
     QVERIFY(!mWindow->isVisible());
     QVERIFY(mWindow->presenter()->isDeviceControllerRunning());
+    // A voice key press leaves a closed console closed, and puts a shown one aside.
+    mWindow->inputDialog()->hideMainWindows();
+    QVERIFY(!mWindow->isVisible());
 
     // Navigation shows the window again on the page asked for.
     mWindow->onShowMainView(3);
     QVERIFY(mWindow->isShow());
     QCOMPARE(mWindow->getCurrentStackedWidgetIndex(), 3);
     QVERIFY(mWindow->widgets().navButtons[3]->isChecked());
+    mWindow->inputDialog()->hideMainWindows();
+    QVERIFY(mWindow->isMinimized());
+    mWindow->onShowMainView(3);
 
     // Quitting from the add page leaves the form clean and the table showing.
     Ui_MainWindow& ui = mWindow->widgets();
@@ -350,6 +362,17 @@ void TestMainWindow::lowbatViewIsLeftAloneWhileShown()
     mWindow->showLowbatView(3);
     QCOMPARE(dialog->currentPage(), int(LowbatDialog::ChargingPage));
     dialog->hide();
+
+    // A check the user asks for that gets no answer (offline) never says all is up to date.
+    int page = -1;
+    onNextModal([&page](QWidget* modal) {
+        auto* update = qobject_cast<UpdateDialog*>(modal);
+        QVERIFY(update != nullptr);
+        page = update->currentIndex();
+        update->button(QStringLiteral("message-ok"))->click();
+    });
+    mWindow->onManualCheckAppVersion();
+    QCOMPARE(page, 3);
 }
 
 void TestMainWindow::deviceNameAndTypeIcon()

@@ -28,7 +28,7 @@ const QPoint kSpots[] = {
     {852, 22},   // the title bar's close button, which quits
 };
 
-const QSize kQuestionSize(400, 200);
+const QSize kQuestionSize(400, 250);  // with the line on what starts at login
 const QString kConsoleName = QStringLiteral("^Zorvane$");
 const QString kPlugStripName = QStringLiteral("^Zorvane 设备提示$");
 const QString kLowbatName = QStringLiteral("^Zorvane 电量提醒$");
@@ -39,6 +39,36 @@ constexpr int kStartMs = 20000;
 void click(const QString& window, Spot spot)
 {
     E2e::clickAt(window, kSpots[spot]);
+}
+
+// The windows the window manager lists for task bars (minimised ones among them), as ids.
+QStringList clientList()
+{
+    QProcess xprop;
+    xprop.start(QStringLiteral("xprop"), {QStringLiteral("-root"), QStringLiteral("_NET_CLIENT_LIST")});
+    xprop.waitForFinished(5000);
+    QStringList ids;
+    const QString line = QString::fromLatin1(xprop.readAllStandardOutput());
+    for (const QString& hex : line.section(QLatin1Char('#'), 1).split(QLatin1Char(','), Qt::SkipEmptyParts)) {
+        ids << QString::number(hex.trimmed().toULongLong(nullptr, 16));
+    }
+    return ids;
+}
+
+// The device ladder through for the nth time in this suite's log: the voice key is heard.
+bool waitForDeviceReady(int nth)
+{
+    return QTest::qWaitFor([nth] { return programLog().count(QLatin1String("device initialised")) >= nth; },
+                           kStartMs);
+}
+
+// A command run to its end; true when it succeeded.
+bool run(const QString& program, const QStringList& arguments)
+{
+    QProcess process;
+    process.start(program, arguments);
+    return process.waitForFinished(10000) && process.exitStatus() == QProcess::NormalExit &&
+           process.exitCode() == 0;
 }
 
 }  // namespace
@@ -58,6 +88,7 @@ private slots:
     void closedConsoleKeepsTheMouse();
     void secondStartBringsTheConsoleBack();
     void quitEndsAndTheAutostartQuestionComesFirst();
+    void startWithoutNetworkThenItComes();
 
 private:
     QProcessEnvironment programEnvironment() const;
@@ -171,6 +202,7 @@ void TestProgram::unplugShowsTheStrip()
     // Back in, the receiver is opened again.
     mSim->command("plug");
     QVERIFY(mSim->waitForLine(QStringLiteral("open"), kStartMs));
+    QVERIFY(waitForDeviceReady(2));
 }
 
 void TestProgram::closedConsoleKeepsTheMouse()
@@ -181,6 +213,14 @@ void TestProgram::closedConsoleKeepsTheMouse()
     xdotool({QStringLiteral("key"), QStringLiteral("--clearmodifiers"), QStringLiteral("alt+F4")});
     QVERIFY(waitForNoWindow(kConsoleName, kConsoleSize));
     QCOMPARE(mProgram->process().state(), QProcess::Running);
+    // A voice key press leaves it closed: not back in the task bar, minimised.
+    mSim->command("press 6");
+    QVERIFY(QTest::qWaitFor([&] { return !visibleWindows(kConsoleName).isEmpty(); }, kWindowMs));
+    mSim->command("release 6");
+    QVERIFY(!xdotool({QStringLiteral("search"), QStringLiteral("--name"), kConsoleName}).isEmpty());
+    for (const QString& listed : clientList()) {
+        QVERIFY2(windowSize(listed) != kConsoleSize, "the closed console is listed again");
+    }
     // The receiver stays open and read: a low battery report still brings its panel.
     mSim->command("lowbat 1");
     QVERIFY(!waitForWindow(kLowbatName).isEmpty());
@@ -217,6 +257,17 @@ void TestProgram::quitEndsAndTheAutostartQuestionComesFirst()
     QVERIFY(!question.isEmpty());
     screenshot(QStringLiteral("autostart-question"));
     QVERIFY(visibleWindows(kConsoleName, kConsoleSize).isEmpty());
+    // The program answers the mouse while the question stands: a voice key press brings a panel.
+    QVERIFY(waitForDeviceReady(3));
+    mSim->command("press 6");
+    const bool panel = QTest::qWaitFor(
+        [&] {
+            return visibleWindows(kConsoleName).size() > visibleWindows(kConsoleName, kQuestionSize).size();
+        },
+        kWindowMs);
+    mSim->command("release 6");
+    QVERIFY(panel);
+    QVERIFY(visibleWindows(kConsoleName, kConsoleSize).isEmpty());
     // A click on its body quicker than the window manager (as a touchpad tap) starts no move
     // that the pointer would drag along afterwards.
     const QPoint questionAt = windowGeometry(question).topLeft();
@@ -231,6 +282,53 @@ void TestProgram::quitEndsAndTheAutostartQuestionComesFirst()
     QVERIFY(visibleWindows(kConsoleName, kQuestionSize).isEmpty());
     // The box was ticked when asked: the entry is back.
     QVERIFY(QFile::exists(mAutostartPath));
+}
+
+// Started with no network (a laptop in aeroplane mode, a login before the Wi-Fi is up), in a
+// network namespace of its own with the stand-ins; then the network comes up there.
+void TestProgram::startWithoutNetworkThenItComes()
+{
+    mProgram.reset();
+    QVERIFY(mSim->waitForLine(QStringLiteral("closed")));
+    Child holder;
+    holder.start(QStringLiteral("unshare"),
+                 {QStringLiteral("-n"), QStringLiteral("sleep"), QStringLiteral("300")});
+    if (!holder.process().waitForStarted() || holder.process().waitForFinished(300)) {
+        QSKIP("no network namespace here (needs root)");
+    }
+    const QString pid = QString::number(holder.process().processId());
+    const QStringList inside{QStringLiteral("-t"), pid, QStringLiteral("-n")};
+    QVERIFY(run(QStringLiteral("nsenter"),
+                inside + QStringList{QStringLiteral("ip"), QStringLiteral("link"), QStringLiteral("set"),
+                                     QStringLiteral("lo"), QStringLiteral("up")}));
+    // The stand-ins live in there too, on its own loopback.
+    const QString servicesInside = QStandardPaths::writableLocation(QStandardPaths::RuntimeLocation) +
+                                   QStringLiteral("/services-inside");
+    QVERIFY(writeFile(servicesInside,
+                      QStringLiteral("#!/bin/sh\nexec nsenter -t %1 -n '%2' \"$@\"\n")
+                          .arg(pid, QStringLiteral(SERVICES_BINARY))
+                          .toUtf8(),
+                      true));
+    Child services;
+    QString failure;
+    QVERIFY2(startServices(&services, servicesInside, {}, &failure), qPrintable(failure));
+    mProgram = std::make_unique<Child>(programEnvironment());
+    mProgram->start(QStringLiteral("nsenter"), inside + QStringList{QStringLiteral(ZORVANE_BINARY)});
+    QVERIFY(mSim->waitForLine(QStringLiteral("open"), kStartMs));
+    QVERIFY(!waitForWindow(kConsoleName, kConsoleSize, kStartMs).isEmpty());
+    QCOMPARE(mProgram->process().state(), QProcess::Running);
+    QVERIFY(!services.output().contains(QLatin1String("/device/register")));
+
+    // A link comes up with an address: the program goes online and reaches the backend.
+    QVERIFY(run(QStringLiteral("nsenter"),
+                inside + QStringList{QStringLiteral("sh"), QStringLiteral("-c"),
+                                     QStringLiteral("ip link add zv0 type veth peer name zv1 && ip addr add "
+                                                    "10.213.0.1/24 dev zv0 && ip link set zv1 up && ip link "
+                                                    "set zv0 up")}));
+    QVERIFY2(services.waitForOutput(QStringLiteral("POST /BelmorZorvaneV2Mac/device/register"), kStartMs),
+             qPrintable(services.output()));
+    QCOMPARE(mProgram->process().state(), QProcess::Running);
+    mProgram.reset();
 }
 
 QTEST_MAIN(TestProgram)

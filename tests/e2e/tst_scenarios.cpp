@@ -32,8 +32,8 @@ const QPoint kUpdateNow(365, 274);
 // What a user meets besides dictating, in the real program with the virtual mouse and the
 // stand-ins under a window manager: battery and plug notices reach the desktop's notification
 // server, a session survives the receiver going and coming, feedback reaches the backend and an
-// update is offered, fetched and handed over. After each, whatever the scenario did not touch of
-// the user's preferences and command words is exactly as before.
+// update is offered, fetched, checked and handed to the package installer. After each, whatever the scenario
+// did not touch of the user's preferences and command words is exactly as before.
 class TestScenarios : public QObject {
     Q_OBJECT
 
@@ -83,8 +83,15 @@ void TestScenarios::initTestCase()
     QVERIFY(writeFile(
         data + QStringLiteral("/applications/e2e-opener.desktop"),
         QStringLiteral("[Desktop Entry]\nType=Application\nName=Opener\nExec=%1 %f\n").arg(opener).toUtf8()));
+    // The system's package installer, as the desktop associates it with Debian packages.
+    QVERIFY(writeFile(data + QStringLiteral("/applications/e2e-installer.desktop"),
+                      QStringLiteral("[Desktop Entry]\nType=Application\nName=Installer\nExec=%1 %f\n"
+                                     "Categories=System;PackageManager;\n")
+                          .arg(opener)
+                          .toUtf8()));
     QVERIFY(writeFile(config + QStringLiteral("/mimeapps.list"),
-                      "[Default Applications]\ntext/x-shellscript=e2e-opener.desktop\n"
+                      "[Default Applications]\napplication/vnd.debian.binary-package=e2e-installer.desktop\n"
+                      "text/x-shellscript=e2e-opener.desktop\n"
                       "application/x-shellscript=e2e-opener.desktop\n"
                       "application/octet-stream=e2e-opener.desktop\ntext/plain=e2e-opener.desktop\n"));
 
@@ -219,9 +226,10 @@ void TestScenarios::updateIsOfferedFetchedAndHandedOver()
     QVERIFY(!offer.isEmpty());
     clickAt(offer, kUpdateNow);
 
-    // Fetched into the Downloads folder, handed to the desktop's handler, and the program goes.
+    // Fetched into the Downloads folder, checked against the published digest, handed to the
+    // package installer, and the program goes.
     const QString installer = QStandardPaths::writableLocation(QStandardPaths::DownloadLocation) +
-                              QStringLiteral("/ZorvaneInstaller.run");
+                              QStringLiteral("/zorvane-update.deb");
     QProcess& program = mRig.program->process();
     QVERIFY(program.waitForFinished(ProgramRig::kStartMs));
     QCOMPARE(program.exitStatus(), QProcess::NormalExit);

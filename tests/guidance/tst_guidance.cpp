@@ -82,6 +82,10 @@ private slots:
         Wizard saved;
         saved.presenter.showGuidance(QStringLiteral("C8:47:8C:00:00:01"));
         QCOMPARE(saved.view.pages, QList<int>{5});
+        // Asked again while the user is on a later page: the page stays.
+        saved.presenter.onDeviceRegister();
+        saved.presenter.showGuidance(QStringLiteral("C8:47:8C:00:00:01"));
+        QCOMPARE(saved.view.pages, (QList<int>{5, 1}));
     }
 
     // Prompt, model choice, instructions, search, then no mouse within the timeout.
@@ -105,9 +109,14 @@ private slots:
         QVERIFY(w.presenter.connectTimeoutTimer()->isActive());
         QCOMPARE(w.presenter.connectTimeoutTimer()->interval(), 30000);
 
-        // Closing mid-search cancels the scan; the timeout may still come and only flips labels.
+        // Closing mid-search cancels the scan and its timeout; one that came anyway only flips
+        // labels. Closed before the delay ran out, no search starts afterwards.
         w.presenter.onClose();
         QCOMPARE(w.device.cancels, 1);
+        QVERIFY(!w.presenter.connectTimeoutTimer()->isActive());
+        w.presenter.onStartRegister();
+        w.presenter.onClose();
+        QVERIFY(!w.presenter.scanDelayTimer()->isActive());
         w.presenter.onConnectTimeout();
         QVERIFY(w.view.failed);
 
@@ -206,11 +215,18 @@ private slots:
         QVERIFY(!shown(QStringLiteral("设备注册失败, 请尝试重新注册")) &&
                 shown(QStringLiteral("正在注册...")));
 
-        // The cross closes and stops the search.
+        // The cross closes and stops the search; so do Escape and the window manager's close.
         auto* cross = dialog->findChild<QPushButton*>(QStringLiteral("cross"));
         QTest::mouseClick(cross, Qt::LeftButton);
         QVERIFY(dialog->isHidden());
         QCOMPARE(device.cancels, 1);
+        dialog->show();
+        QTest::keyClick(dialog, Qt::Key_Escape);
+        QVERIFY(dialog->isHidden());
+        QCOMPARE(device.cancels, 2);
+        dialog->show();
+        QVERIFY(dialog->close());
+        QCOMPARE(device.cancels, 3);
         BLEConnentionGuidanceDialog::resetInstanceForTest();
     }
 

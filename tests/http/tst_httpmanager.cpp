@@ -80,6 +80,16 @@ void TestHttpManager::downloadsEndAtTheirLimits()
             QStringLiteral("9.9"), dir.filePath(QStringLiteral("i")), nullptr,
             [&](bool, QString path) { saved = path; }, nullptr);
     QTRY_COMPARE_WITH_TIMEOUT(QFileInfo(saved).size(), qint64(6 * 1024 * 1024), 20000);
+    // What the system will install never comes over plain http from another machine.
+    QTest::ignoreMessage(QtWarningMsg, QRegularExpression(QStringLiteral("not fetched over plain http")));
+    QString refused;
+    HttpManager(HttpRequest::getInstance(), QUrl(QStringLiteral("http://updates.example.invalid/")), QUrl())
+        .downloadApp(
+            QStringLiteral("9.9"), dir.filePath(QStringLiteral("j")), nullptr,
+            [&](bool, QString) { saved.clear(); },
+            [&](QString url, QNetworkReply::NetworkError) { refused = url; });
+    QTRY_VERIFY(refused.startsWith(QLatin1String("http://updates.example.invalid/")));
+    QVERIFY(!saved.isEmpty());
 
     QTest::ignoreMessage(QtWarningMsg, QRegularExpression(QStringLiteral("over the limit of 8388608 bytes")));
     QNetworkReply::NetworkError error = QNetworkReply::NoError;

@@ -11,6 +11,7 @@
 #include <QComboBox>
 #include <QLabel>
 #include <QMouseEvent>
+#include <QScreen>
 #include <QSlider>
 #include <QStandardPaths>
 #include <QtEndian>
@@ -151,6 +152,11 @@ void TestMouseWindow::openReceiver()
 
 void TestMouseWindow::talkButtonsHoldTheirKey()
 {
+    // Always on top, it stays clear of Zorvane's strip and notices (bottom right) and of its
+    // dialogs, 460 pixels wide at most in the middle of a 1440 pixel screen.
+    mWindow->placeAside();
+    QCOMPARE(mWindow->x(), mWindow->screen()->availableGeometry().left());
+    QVERIFY2(mWindow->width() <= (1440 - 460) / 2, qPrintable(QString::number(mWindow->width())));
     openReceiver();
     for (const auto& [name, key] :
          {std::pair{QStringLiteral("dictate"), 6}, {QStringLiteral("command"), 5}}) {

@@ -2,9 +2,12 @@
 #include "Platform/InternetUtils.h"
 #include "Utils/TextUtils.h"
 
+#include <QDir>
 #include <QFile>
 #include <QFileInfo>
 #include <QSignalSpy>
+#include <QStandardPaths>
+#include <QTemporaryDir>
 #include <QtTest>
 
 class TestSystem : public QObject {
@@ -61,6 +64,25 @@ void TestSystem::autostartRoundTrip()
     QVERIFY(!autorun->isAppAutoRun());
     QCOMPARE(changes.size(), 2);
     QCOMPARE(changes.at(1).at(0).toBool(), false);
+
+    // Installed, the entry starts the packaged program, not the copy that asks (a build tree).
+    QTemporaryDir share;
+    QDir(share.path()).mkpath(QStringLiteral("applications"));
+    QFile packaged(share.path() + QStringLiteral("/applications/zorvane.desktop"));
+    QVERIFY(packaged.open(QIODevice::WriteOnly));
+    packaged.write("[Desktop Entry]\nType=Application\nName=Zorvane\nExec=sh %U\n");
+    packaged.close();
+    qputenv("XDG_DATA_DIRS", share.path().toLocal8Bit());
+    const QString installed = QStandardPaths::findExecutable(QStringLiteral("sh"));
+    QCOMPARE(AppAutoRunUtils::installedProgram(), installed);
+    QVERIFY(autorun->setAppAutoRun(true));
+    file.close();
+    QVERIFY(file.open(QIODevice::ReadOnly));
+    QVERIFY(QString::fromUtf8(file.readAll())
+                .contains(QStringLiteral("\nExec=") + installed + QLatin1Char('\n')));
+    file.close();
+    QVERIFY(autorun->setAppAutoRun(false));
+    qunsetenv("XDG_DATA_DIRS");
 }
 
 void TestSystem::autostartExecIsQuotedWhenNeeded()

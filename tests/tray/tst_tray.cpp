@@ -8,6 +8,7 @@
 #include "Hid/HookManager.h"
 #include "Platform/AppAutoRunUtils.h"
 #include "Platform/DesktopNotifications.h"
+#include "Platform/InternetUtils.h"
 #include "PrivateBus.h"
 #include "Utils/PreferencesUtils.h"
 #include "Widget/Console/MainWindow.h"
@@ -409,12 +410,16 @@ void TestTray::windowDrivesTrayAndRoutesBatteryNotices()
     c.db = DBManager::getInstance();
     c.autoRun = AppAutoRunUtils::getInstance();
     c.screenWidth = [] { return 1440; };
+    // Started without a network: the presenter tells the tray while the window is being built.
+    InternetUtils offline([] { return QList<InternetUtils::Interface>{}; });
+    c.internet = &offline;
     InputPresenter::Collaborators voice;
     voice.device = &device;
     voice.hook = HookManager::getInstance();
     MainWindow* window = MainWindow::getInstance(nullptr, &c, &voice);
     SystemTray* tray = window->systemTray();
     QVERIFY(tray != nullptr);
+    QCOMPARE(tray->state().status, 3);
 
     window->updateSystemTray(1);
     QCOMPARE(tray->state().link, SystemTray::LinkNone);

@@ -54,7 +54,6 @@ MouseWindow::MouseWindow(MouseControl* control, QWidget* parent)
     // Shown and clicked without becoming the active window, so the editor keeps the keyboard.
     setAttribute(Qt::WA_ShowWithoutActivating);
     setFocusPolicy(Qt::NoFocus);
-    setMinimumWidth(560);
 
     mDictate = new TalkButton(QStringLiteral("Hold to dictate (key %1)").arg(kDictationKey));
     mCommand = new TalkButton(QStringLiteral("Hold for a voice command (key %1)").arg(kCommandKey));
@@ -72,7 +71,8 @@ MouseWindow::MouseWindow(MouseControl* control, QWidget* parent)
             mControl->setTalking(key, held);
         });
     }
-    auto* talkRow = new QHBoxLayout;
+    // One above the other: narrow enough to stand beside Zorvane's dialogs, not over them.
+    auto* talkRow = new QVBoxLayout;
     talkRow->addWidget(mDictate);
     talkRow->addWidget(mCommand);
 
@@ -251,11 +251,12 @@ void MouseWindow::placeAside()
         return;
     }
     adjustSize();
-    // Room for the window manager's frame, which is not known before the window is shown.
-    constexpr int kFrameRoom = 48;
+    // The bottom left corner: Zorvane's questions and dialogs stand in the middle of the screen
+    // (440 pixels wide at most), its strip and notices at the bottom right, and this window
+    // stays on top of them all. Room for the window manager's frame, not known before it shows.
+    constexpr int kFrameRoom = 32;
     const QRect area = screen->availableGeometry();
-    move(std::max(area.left(), area.right() - width() - kFrameRoom),
-         std::max(area.top(), area.bottom() - height() - kFrameRoom));
+    move(area.left(), std::max(area.top(), area.bottom() - height() - kFrameRoom));
 }
 
 int MouseWindow::chosenKey() const

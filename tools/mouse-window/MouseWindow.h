@@ -18,7 +18,8 @@ class MouseWindow : public QWidget {
 public:
     explicit MouseWindow(MouseControl* control, QWidget* parent = nullptr);
 
-    // In the screen's bottom right corner, out of the way of the window being dictated into.
+    // In the screen's bottom left corner, clear of Zorvane's dialogs (the middle of the screen)
+    // and of its strip and notices (the bottom right).
     void placeAside();
 
     // A control by its object name (dictate, command, key, click, double-click, long-press, plug,

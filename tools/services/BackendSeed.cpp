@@ -111,7 +111,7 @@ QJsonObject BackendSeed::version() const
     return QJsonObject{{QStringLiteral("id"), 1},
                        {QStringLiteral("version"), mAppVersion},
                        {QStringLiteral("description"), QStringLiteral("1. 提升识别速度#2. 修复已知问题")},
-                       {QStringLiteral("file"), QStringLiteral("zorvane-%1.run").arg(mAppVersion)},
+                       {QStringLiteral("file"), QStringLiteral("zorvane_%1_amd64.deb").arg(mAppVersion)},
                        {QStringLiteral("date"), QStringLiteral("2026-11-01")},
                        {QStringLiteral("enable"), 1},
                        {QStringLiteral("user"), QStringLiteral("stand-in")}};

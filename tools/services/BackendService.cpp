@@ -6,7 +6,9 @@
 
 #include <httplib.h>
 
+#include <QCryptographicHash>
 #include <QJsonDocument>
+#include <QJsonObject>
 
 #include <algorithm>
 #include <climits>
@@ -123,8 +125,15 @@ void BackendService::json(httplib::Response& res, const QJsonValue& data) const
 void BackendService::addRoutes(httplib::Server& server)
 {
     const std::string p = kPrefix;
-    server.Get(p + "/version/appVersion",
-               [this](const httplib::Request&, httplib::Response& res) { json(res, mSeed->version()); });
+    server.Get(p + "/version/appVersion", [this](const httplib::Request&, httplib::Response& res) {
+        // The record's members are read only when present: a digest of the package rides along.
+        QJsonObject record = mSeed->version();
+        const QByteArray package = BackendSeed::installer(mSeed->appVersion(), mInstallerKib);
+        record.insert(
+            QStringLiteral("sha256"),
+            QString::fromLatin1(QCryptographicHash::hash(package, QCryptographicHash::Sha256).toHex()));
+        json(res, record);
+    });
     server.Get(p + "/deviceInfo/query",
                [this](const httplib::Request&, httplib::Response& res) { json(res, mSeed->deviceInfo()); });
     server.Get(p + "/directui/queryAll",
@@ -204,7 +213,7 @@ void BackendService::addRoutes(httplib::Server& server)
             answer(res, envelope(0, QStringLiteral("no such version")), "application/json");
             return;
         }
-        answer(res, BackendSeed::installer(version, mInstallerKib), "application/octet-stream");
+        answer(res, BackendSeed::installer(version, mInstallerKib), "application/vnd.debian.binary-package");
     });
     server.Get("/__uploads", [this](const httplib::Request&, httplib::Response& res) {
         res.set_content(QJsonDocument(mUploads->entries()).toJson().toStdString(), "application/json");

@@ -28,6 +28,15 @@ AppAutoRunDialog::AppAutoRunDialog(QWidget* parent, AppAutoRunUtils* autoRun)
     layout->addSpacing(6);
     layout->addWidget(text);
     layout->addWidget(mCheck);
+    QString note = mPresenter->loginNote();
+    if (!note.isEmpty()) {
+        // A path has no spaces: a zero-width one after each slash lets it wrap.
+        mNote = new QLabel(note.replace(QLatin1Char('/'), QStringLiteral("/\u200b")), this);
+        mNote->setWordWrap(true);
+        mNote->setObjectName(QStringLiteral("mutedLabel"));
+        layout->addWidget(mNote);
+        setFixedSize(400, 250);
+    }
     layout->addStretch();
     layout->addLayout(buttons);
     connect(mSubmit, &QPushButton::clicked, mPresenter, &AppAutoRunPresenter::submit);
@@ -42,6 +51,10 @@ void AppAutoRunDialog::forceFinishView()
 {
     if (mCheck->isChecked()) {
         mCheck->setChecked(false);
+    }
+    // Not the user's answer: nothing is turned on, and no no is remembered.
+    if (isVisible()) {
+        done(0);
     }
 }
 

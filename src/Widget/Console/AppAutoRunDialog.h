@@ -5,6 +5,7 @@
 #include "WidgetPresenter/AppAutoRunPresenter.h"
 
 class QCheckBox;
+class QLabel;
 class QPushButton;
 
 // The question at the first start when autostart is off: checked and confirmed, Zorvane
@@ -17,7 +18,8 @@ public:
     explicit AppAutoRunDialog(QWidget* parent = nullptr, AppAutoRunUtils* autoRun = nullptr);
 
     void setCheckAppAutoRun(bool checked);
-    // Another window ends the question: the box goes unchecked so that nothing is changed.
+    // Another window ends the question: the box goes unchecked so that nothing is changed, and
+    // the question comes again at the next start.
     void forceFinishView();
     void submit();
 
@@ -26,9 +28,12 @@ public:
 
     QCheckBox* checkBox() const { return mCheck; }
     QPushButton* submitButton() const { return mSubmit; }
+    // What will start at login, when that needs saying; may be null.
+    QLabel* loginNote() const { return mNote; }
 
 private:
     AppAutoRunPresenter* mPresenter;
     QCheckBox* mCheck;
     QPushButton* mSubmit;
+    QLabel* mNote = nullptr;
 };

@@ -1,5 +1,6 @@
 #include "Widget/Console/MainWindow.h"
 
+#include "Platform/AppAutoRunUtils.h"
 #include "Platform/DesktopNotifications.h"
 #include "SpeechRec/SpeechSynthesisUtils.h"
 #include "Utils/AppConfig.h"
@@ -41,6 +42,8 @@
 #include <QStackedWidget>
 #include <QTableWidget>
 #include <QToolButton>
+
+#include <memory>
 
 namespace {
 
@@ -86,6 +89,8 @@ MainWindow::MainWindow(QWidget* parent, const MainWindowPresenter::Collaborators
     if (c.picker == nullptr) {
         c.picker = &mPathPicker;
     }
+    // The presenter tells the tray its first status while it is built (no network at start).
+    mTray = new SystemTray(this, this);
     mPresenter = new MainWindowPresenter(this, c, this);
 
     initDatas(voice);
@@ -117,6 +122,8 @@ void MainWindow::initDatas(const InputPresenter::Collaborators* voice)
     connect(this, &MainWindow::signalsMouseEnter, mInputDialog, &InputDialog::onMouseEnterMainwindow);
     connect(this, &MainWindow::signalsMouseLeave, mInputDialog, &InputDialog::onMouseLeaveMainwindow);
     connect(mPresenter, &MainWindowPresenter::signalAppVersion, mUpdateDialog, &UpdateDialog::onVersion);
+    connect(mPresenter, &MainWindowPresenter::signalAppVersionUnknown, mUpdateDialog,
+            [this] { mUpdateDialog->showMessage(tr("无法连接更新服务器，请检查网络后重试。")); });
     connect(mLowbatDialog, &LowbatDialog::signalLowbatNoLongerRemind, mPresenter,
             &MainWindowPresenter::recvLowbatSignalNoLongerRemind);
     connect(mLowbatDialog, &LowbatDialog::signalMinLowbatNoLongerRemind, mPresenter,
@@ -131,7 +138,6 @@ void MainWindow::initDatas(const InputPresenter::Collaborators* voice)
     // The presenter learns the matched mouse's name but gives it to no view operation.
     connect(mPresenter, &MainWindowPresenter::signalGetDeviceInfo, this,
             [this](const DeviceInfo& info) { setDeviceName(info.customerName); });
-    mTray = new SystemTray(this, this);
     // How battery and device notices reach the user: the box shows the preference and
     // stores the user's choice in it.
     DesktopNotifications* notifications = DesktopNotifications::getInstance();
@@ -154,25 +160,39 @@ void MainWindow::initViews()
     setDefaultHomeImage();
     showPicture(mUi.labelNav, QStringLiteral(":/console/nav_default.svg"));
     mPresenter->loadUserCommand();
-    hintAppAutoRun();
+    setCheckAutoRunOnOffChecked(mPresenter->isAppAutoRun());
     createMenu();
     // Rows that only some mice have.
     showLamplightModule(0);
     mUi.calendarPhrases.status->hide();
 }
 
-void MainWindow::hintAppAutoRun()
+void MainWindow::showAtStart()
 {
-    if (mPresenter->isAppAutoRun()) {
-        setCheckAutoRunOnOffChecked(true);
+    if (mPresenter->isAppAutoRun() || AppAutoRunUtils::isQuestionDeclined()) {
+        show();
         return;
     }
-    setCheckAutoRunOnOffChecked(false);
+    hintAppAutoRun();
+}
+
+void MainWindow::hintAppAutoRun()
+{
+    // Shown, not run in a loop of its own: the program goes on answering the mouse and the tray
+    // meanwhile. Modal to the console only, which comes once the question is answered.
     AppAutoRunDialog* dialog = AppAutoRunDialog::getInstance(this);
     dialog->setCheckAppAutoRun(true);
+    dialog->setWindowModality(Qt::WindowModal);
     // The console is not up yet: the question stands in the middle of the screen.
     dialog->centreOver(nullptr);
-    dialog->exec();
+    auto answered = std::make_shared<QMetaObject::Connection>();
+    *answered = connect(dialog, &QDialog::finished, this, [this, answered] {
+        disconnect(*answered);
+        show();
+    });
+    dialog->show();
+    dialog->raise();
+    dialog->activateWindow();
 }
 
 void MainWindow::createMenu()
@@ -382,6 +402,7 @@ void MainWindow::onIntoAboutUsView()
 void MainWindow::onManualCheckAppVersion()
 {
     mUpdateDialog->centreOver(this);
+    mUpdateDialog->showMessage(tr("正在检查更新…"));
     mPresenter->checkNewestAppVersion();
     mUpdateDialog->toExec();
 }

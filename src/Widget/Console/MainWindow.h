@@ -37,6 +37,9 @@ public:
     UpdateDialog* updateDialog() const { return mUpdateDialog; }
     InputDialog* inputDialog() const { return mInputDialog; }
     SystemTray* systemTray() const { return mTray; }
+    // The console at start; first the autostart question when it is due. Called once the
+    // window exists: the question must not run inside the instance's creation.
+    void showAtStart();
 
     // MainWindowView
     bool isShow() override;

@@ -14,7 +14,7 @@
 
 namespace {
 
-enum Page { UpToDate = 0, Offer = 1, Downloading = 2 };
+enum Page { UpToDate = 0, Offer = 1, Downloading = 2, Message = 3 };
 
 QLabel* picture(QWidget* parent, const QString& path, int side)
 {
@@ -47,6 +47,7 @@ UpdateDialog::UpdateDialog(QWidget* parent, HttpManager* http, AppLauncher* laun
     mPages->addWidget(makeUpToDatePage());
     mPages->addWidget(makeOfferPage());
     mPages->addWidget(makeDownloadPage());
+    mPages->addWidget(makeMessagePage());
     auto* layout = new QVBoxLayout(this);
     layout->setContentsMargins(24, 16, 16, 20);
     layout->addLayout(titleBar(QStringLiteral("检查更新")));
@@ -127,6 +128,28 @@ QWidget* UpdateDialog::makeDownloadPage()
     return page;
 }
 
+QWidget* UpdateDialog::makeMessagePage()
+{
+    auto* page = new QWidget(this);
+    mMessage = new QLabel(page);
+    mMessage->setWordWrap(true);
+    mMessage->setTextInteractionFlags(Qt::TextSelectableByMouse);  // the command can be copied
+    QPushButton* ok = namedButton(page, tr("确定"), QStringLiteral("message-ok"), true);
+    connect(ok, &QPushButton::clicked, mPresenter, &UpdatePresenter::onButtonOk);
+    auto* layout = new QVBoxLayout(page);
+    layout->addStretch();
+    layout->addWidget(mMessage);
+    layout->addStretch();
+    layout->addWidget(ok, 0, Qt::AlignRight);
+    return page;
+}
+
+void UpdateDialog::showMessage(QString text)
+{
+    mMessage->setText(text);
+    mPages->setCurrentIndex(Message);
+}
+
 void UpdateDialog::setStackedWidgetCurrentIndex(int index)
 {
     mPages->setCurrentIndex(index);
@@ -165,8 +188,6 @@ void UpdateDialog::closeAppAutoRunView()
     AppAutoRunDialog* autoRun = AppAutoRunDialog::getInstance(parentWidget());
     if (autoRun->isVisible()) {
         autoRun->forceFinishView();
-        autoRun->submit();
-        autoRun->hide();
     }
 }
 

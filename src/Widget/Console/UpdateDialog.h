@@ -14,7 +14,8 @@ class QStackedWidget;
 class QTextBrowser;
 class UpdatePresenter;
 
-// The update dialog: up to date, the offer with its notes, or the download's progress.
+// The update dialog: up to date, the offer with its notes, the download's progress, or a
+// message (the check under way or failed, how to install by hand).
 // Closing it during the download cancels the download, and the offer waits for a retry.
 class UpdateDialog : public FramelessDialog, public UpdateView, public Singleton<UpdateDialog> {
     Q_OBJECT
@@ -39,6 +40,7 @@ public:
     void setNewestVersion(QString text) override;
     void setDiscoverNewestVersionInfo(QString text) override;
     void closeAppAutoRunView() override;
+    void showMessage(QString text) override;
 
     int currentIndex() const;
     QPushButton* button(const QString& name) const;
@@ -54,10 +56,12 @@ private:
     QWidget* makeUpToDatePage();
     QWidget* makeOfferPage();
     QWidget* makeDownloadPage();
+    QWidget* makeMessagePage();
 
     UpdatePresenter* mPresenter;
     QStackedWidget* mPages;
     QLabel* mVersionLabel = nullptr;
     QTextBrowser* mNotes = nullptr;
     QProgressBar* mProgress = nullptr;
+    QLabel* mMessage = nullptr;
 };

@@ -329,6 +329,12 @@ void BLEConnentionGuidanceDialog::placeAtBottomCentre()
          available.bottom() + 1 - kBottomGap - height());
 }
 
+void BLEConnentionGuidanceDialog::reject()
+{
+    QDialog::reject();
+    mPresenter->onClose();
+}
+
 void BLEConnentionGuidanceDialog::mousePressEvent(QMouseEvent* event)
 {
     mDragging = true;

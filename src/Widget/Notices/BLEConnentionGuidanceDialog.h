@@ -39,7 +39,8 @@ public:
     int currentPage() override;
     bool isHidden() override { return QDialog::isHidden(); }
     void toShow() override { show(); }
-    void toClose() override { close(); }
+    // Ends it without passing through reject(), which is how the user closes it.
+    void toClose() override { done(QDialog::Rejected); }
     void setRegisterFailed(bool failed) override;
     void setModelBackground(QString picture) override;
     void showSettingsMissing() override;
@@ -54,6 +55,8 @@ public slots:
     void onConnectTimeout() { mPresenter->onConnectTimeout(); }
 
 protected:
+    // Escape and the window manager's close end the wizard as its cross does.
+    void reject() override;
     void mousePressEvent(QMouseEvent* event) override;
     void mouseMoveEvent(QMouseEvent* event) override;
     void mouseReleaseEvent(QMouseEvent* event) override;

@@ -583,5 +583,9 @@ void InputDialog::showExplain()
 
 void InputDialog::hideMainWindows()
 {
-    MainWindow::getInstance(nullptr)->showMinimized();
+    // Only a console on screen steps aside: a closed one stays closed.
+    MainWindow* console = MainWindow::getInstance(nullptr);
+    if (console->isShow()) {
+        console->showMinimized();
+    }
 }
