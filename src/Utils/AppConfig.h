@@ -39,13 +39,16 @@ public:
         const char* name;     // "group/key" in the configuration file
         const char* envName;  // environment variable that overrides it
         const char* buildDefault;
-        bool credential;  // an empty value is reported as a missing credential
+        bool credential;                // an empty value is reported as a missing credential
+        const char* standIn = nullptr;  // credential: the value only the stand-in services accept
+        Key sentTo = KeyCount;          // credential: the service address it goes to
     };
 
     static const KeyInfo& info(Key key);
 
     // Builds a configuration from the build defaults, then the file, then the environment.
     // An empty filePath skips the file; a missing or unreadable file is logged and skipped.
+    // The file's values are taken as written: `,` and `;` are part of them.
     static AppConfig fromSources(const QString& filePath, const QHash<QString, QString>& environment);
 
     // The file that getInstance() reads: $ZORVANE_CONFIG, else
@@ -67,7 +70,8 @@ public:
     QUrl contactPageUrl() const { return QUrl(value(ContactPageUrl)); }
     QString deviceVirtualSocket() const { return value(DeviceVirtualSocket); }
 
-    // A credential, or an empty text after one log line naming the key that is missing.
+    // A credential, or an empty text after one log line: when it is missing, or when it is the
+    // stand-in value and its service lies outside this machine (never sent there).
     QString credential(Key key) const;
 
     // Where each value came from ("build", "file" or "environment"), for the troubleshooting log.

@@ -92,11 +92,47 @@ inline QString commandWordsPath()
     return dataFolder() + QLatin1Char('/') + QString::fromLatin1(QByteArray("zorvane_db").toBase64());
 }
 
+inline QString programLogPath()
+{
+    return dataFolder() + QStringLiteral("/ZorvaneLog.txt");
+}
 inline QString programLog()
 {
-    QFile log(dataFolder() + QStringLiteral("/ZorvaneLog.txt"));
+    QFile log(programLogPath());
     return log.open(QIODevice::ReadOnly) ? QString::fromUtf8(log.readAll()) : QString();
 }
+
+// The program's log from the moment this is made: a start or a new link is waited for by what
+// the program logs after it, never by a fixed pause that a loaded machine overruns.
+class LogMark {
+public:
+    LogMark() : mFrom(QFileInfo(programLogPath()).size()) {}
+    bool waitFor(const QString& text, int timeoutMs)
+    {
+        return QTest::qWaitFor(
+            [&] {
+                QFile log(programLogPath());
+                if (!log.open(QIODevice::ReadOnly)) {
+                    return false;
+                }
+                if (log.size() < mFrom) {
+                    mFrom = 0;  // started afresh when it was full
+                }
+                log.seek(mFrom);
+                return QString::fromUtf8(log.readAll()).contains(text);
+            },
+            timeoutMs);
+    }
+    // The device ladder through after a start or a new link: a press before it may find the
+    // mouse not yet awake and start nothing.
+    bool waitDeviceReady(int timeoutMs = 25000)
+    {
+        return waitFor(QStringLiteral("device initialised"), timeoutMs);
+    }
+
+private:
+    qint64 mFrom;
+};
 
 // Changes one preference in the file, as the program reads it at start.
 inline void setPreference(const QString& key, const QVariant& value)
@@ -347,6 +383,11 @@ public:
         return xdotool({QStringLiteral("getwindowfocus")}) == mWindow ||
                xdotool({QStringLiteral("getactivewindow")}) == mWindow;
     }
+    // The window manager hands the keyboard over in its own time.
+    bool waitForKeyboard() const
+    {
+        return QTest::qWaitFor([this] { return hasKeyboard(); }, kWindowMs);
+    }
     // Selects the line's first characters with the pointer, as a user would, up to toX.
     void selectWithPointer(int toX)
     {
@@ -378,7 +419,8 @@ inline bool startServices(Child* services, const QString& program, const QString
                           QString* failure)
 {
     services->start(program, QStringList{QStringLiteral("--free-ports")} + options);
-    if (!services->waitForOutput(QStringLiteral("\nready\n"), 10000)) {
+    // The recogniser loads its model first: seconds under the sanitizers on a loaded machine.
+    if (!services->waitForOutput(QStringLiteral("\nready\n"), 25000)) {
         *failure = services->output();
         return false;
     }

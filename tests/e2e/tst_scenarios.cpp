@@ -174,11 +174,12 @@ void TestScenarios::receiverPulledMidSessionAndBack()
     QVERIFY(client->text().startsWith(before));
 
     // Back in: the next session types its sentence whole, after whatever the cut one left.
+    LogMark mark;
     mRig.sim->command("plug");
     QVERIFY(mRig.sim->waitForLine(QStringLiteral("open"), ProgramRig::kStartMs));
     QVERIFY(
         QTest::qWaitFor([&] { return !callsStartingWith(QStringLiteral("设备插入")).isEmpty(); }, kWindowMs));
-    QTest::qWait(1500);  // the ladder's first rounds on the new link
+    QVERIFY(mark.waitDeviceReady());
     client->activateAtEnd();
     const QString cut = client->text();
     QVERIFY(mRig.speak(6));

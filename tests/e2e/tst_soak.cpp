@@ -105,13 +105,14 @@ void TestSoak::initTestCase()
     // The mouse on Bluetooth, paired before, with the receiver in the drawer.
     mRig.sim->command("unplug");
     mRig.sim->command("ble-on");
+    LogMark mark;
     mRig.startProgram();
     QVERIFY(mRig.sim->waitForLine(QStringLiteral("ble attached"), ProgramRig::kStartMs));
     const QString console = waitForWindow(ProgramRig::ourWindows(), kConsoleSize, ProgramRig::kStartMs);
     QVERIFY(!console.isEmpty());
     xdotool({QStringLiteral("windowminimize"), QStringLiteral("--sync"), console});
     QVERIFY(mRig.startClient());
-    QTest::qWait(1500);  // the ladder's first rounds over the radio link
+    QVERIFY(mark.waitDeviceReady());
 }
 
 void TestSoak::cleanupTestCase()
@@ -188,9 +189,10 @@ void TestSoak::sessionsLeaveNothingBehind()
             // The mouse leaves the radio link and its receiver goes in.
             mRig.sim->command("ble-off");
             QVERIFY(mRig.sim->waitForLine(QStringLiteral("ble detached"), kWindowMs));
+            LogMark mark;
             mRig.sim->command("plug");
             QVERIFY(mRig.sim->waitForLine(QStringLiteral("open"), ProgramRig::kStartMs));
-            QTest::qWait(1500);
+            QVERIFY(mark.waitDeviceReady());
         } else if (i == half + kWarmUp) {
             QTest::qWait(1000);
             receiverStart = Footprint::of(pid());

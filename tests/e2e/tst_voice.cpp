@@ -138,7 +138,7 @@ void TestVoice::initTestCase()
     // The application the user types in, with the keyboard.
     mClient = std::make_unique<LineEditClient>();
     QVERIFY(mClient->start(QStringLiteral(LINE_EDIT_CLIENT)));
-    QVERIFY(mClient->hasKeyboard());
+    QVERIFY(mClient->waitForKeyboard());
 }
 
 void TestVoice::init()
@@ -286,7 +286,6 @@ void TestVoice::dictationOverBluetooth()
     mSim->command("unplug");
     mSim->command("ble-on");
     restartWith(QStringLiteral("saveDeviceUuid"), kMouseBleAddress);
-    QTest::qWait(1500);  // the ladder's first rounds over the radio link
     speak(6);
     QVERIFY(mClient->waitForText(kFirstDictation + kSecondDictation));
     QVERIFY(mClient->hasKeyboard());
@@ -299,7 +298,6 @@ void TestVoice::voiceTranslationIsSentIntoTheClient()
     mProgram.reset();
     QVERIFY(mSim->waitForLine(QStringLiteral("ble detached"), kStartMs));
     restartWith(QStringLiteral("voiceTranslateTargetLanguage"), 4);
-    QTest::qWait(1500);
     speak(6);
     QVERIFY(mServices->waitForOutput(QStringLiteral("translate: GET"), kTextMs));
     QVERIFY(mClient->waitForText(kFirstDictation + kSecondDictation + QStringLiteral("[en] 你好。")));
@@ -354,13 +352,19 @@ void TestVoice::realRecognitionIsTypedAsHeard()
     }
     restartWith(QStringLiteral("voiceTranslateTargetLanguage"), 0);
     const QString before = mClient->text();
-    QTest::qWait(1500);
     speak(6);
-    QVERIFY2(mServices->waitForOutput(QStringLiteral("gateway: final "), kTextMs),
-             qPrintable(mServices->output().right(2000)));
-    QTest::qWait(300);
-    const QString heard =
-        mServices->output().section(QStringLiteral("gateway: final "), -1).section(QLatin1Char('\n'), 0, 0);
+    // The whole line of the final result.
+    QString heard;
+    QVERIFY2(QTest::qWaitFor(
+                 [&] {
+                     const QString output = mServices->output();
+                     const int at = output.lastIndexOf(QLatin1String("gateway: final "));
+                     const int end = at < 0 ? -1 : output.indexOf(QLatin1Char('\n'), at);
+                     heard = output.mid(at + 15, end - at - 15);
+                     return end > at;
+                 },
+                 kTextMs),
+             qPrintable(mServices->output().right(2000) + programLog().right(1500)));
     qInfo().noquote() << "pocketsphinx heard:" << heard;
     QVERIFY(!heard.trimmed().isEmpty());
     QVERIFY(mClient->waitForText(before + heard));
@@ -385,14 +389,16 @@ void TestVoice::mouseLeavingMidDictationEndsTheSession()
     QVERIFY(mClient->hasKeyboard());
 }
 
-// With the program gone: changes one preference and starts it again on the
-// mouse as it is now, then gives the keyboard back to the client.
+// With the program gone: changes one preference and starts it again on the mouse as it is now,
+// waits for the device ladder to be through, then gives the keyboard back to the client.
 void TestVoice::restartWith(const QString& key, const QVariant& value)
 {
     setPreference(key, value);
     mTouched << key;
+    LogMark mark;
     startProgram();
     QVERIFY(mSim->waitForLine(QStringLiteral("ble attached"), kStartMs));
+    QVERIFY(mark.waitDeviceReady(kStartMs));
     const QString console = waitForWindow(kZorvane, kConsoleSize, kStartMs);
     QVERIFY(!console.isEmpty());
     xdotool({QStringLiteral("windowminimize"), QStringLiteral("--sync"), console});

@@ -13,6 +13,8 @@ private slots:
     void fileThenEnvironmentOverride();
     void unreadableOrCorruptFileGivesDefaults();
     void missingCredentialIsLoggedNotFatal();
+    void valuesAreReadAsWritten();
+    void standInCredentialsStayOnThisMachine();
     void badPortFallsBackToTheFixedOne();
     void everyKeyIsDocumented();
     void credentialsOthersCanReadAreWarnedOf();
@@ -84,6 +86,42 @@ void TestAppConfig::missingCredentialIsLoggedNotFatal()
     QCOMPARE(config.credential(AppConfig::TranslateKey), QString());
     // A present credential is returned without a word.
     QVERIFY(!config.credential(AppConfig::TranslateAppId).isEmpty());
+}
+
+void TestAppConfig::valuesAreReadAsWritten()
+{
+    const QString path = writeFile(
+        "; a comment\r\n# another\r\n[ifly]\r\napiSecret = a,b;c=d \r\n"
+        "apiKey=\"quoted;value, with spaces\"\r\n[gateway]\r\nhost=speech.example.net\r\n");
+    const AppConfig config = AppConfig::fromSources(path, {});
+    QCOMPARE(config.value(AppConfig::IFlyApiSecret), QStringLiteral("a,b;c=d"));
+    QCOMPARE(config.value(AppConfig::IFlyApiKey), QStringLiteral("quoted;value, with spaces"));
+    QCOMPARE(config.gatewayHost(), QStringLiteral("speech.example.net"));
+}
+
+void TestAppConfig::standInCredentialsStayOnThisMachine()
+{
+    const QString standIn = AppConfig::fromSources(QString(), {}).value(AppConfig::TranslateKey);
+    auto keyFor = [&](const QString& url, const QString& key = QString()) {
+        QHash<QString, QString> env{{QStringLiteral("ZORVANE_TRANSLATE_URL"), url}};
+        if (!key.isEmpty()) {
+            env.insert(QStringLiteral("ZORVANE_TRANSLATE_KEY"), key);
+        }
+        return AppConfig::fromSources(QString(), env).credential(AppConfig::TranslateKey);
+    };
+    for (const char* local :
+         {"http://127.0.0.1:9724", "http://localhost:1", "http://[::1]:9724", "http://127.8.0.1"}) {
+        QCOMPARE(keyFor(QString::fromLatin1(local)), standIn);
+    }
+    // Only the address set: the service there gets no stand-in, the request fails.
+    for (const char* remote : {"https://fanyi.example.net", "http://10.0.0.5:9724", "not a url"}) {
+        QTest::ignoreMessage(QtWarningMsg, QRegularExpression(QStringLiteral(
+                                               "not sending the stand-in credential translate/key.*"
+                                               "ZORVANE_TRANSLATE_KEY")));
+        QCOMPARE(keyFor(QString::fromLatin1(remote)), QString());
+    }
+    QCOMPARE(keyFor(QStringLiteral("https://fanyi.example.net"), QStringLiteral("own,key;1")),
+             QStringLiteral("own,key;1"));
 }
 
 void TestAppConfig::badPortFallsBackToTheFixedOne()

@@ -19,6 +19,12 @@ bool EngineFactory::setEngine(const QString& name, QString* error)
 {
     if (name == QLatin1String("scripted") || (name == QLatin1String("sphinx") && sphinxAvailable())) {
         mEngine = name;
+#ifdef ZORVANE_HAVE_POCKETSPHINX
+        // A model that cannot be loaded shows on stderr; sessions then hear with the script.
+        if (name == QLatin1String("sphinx")) {
+            SphinxEngine::preload();
+        }
+#endif
         return true;
     }
     *error = name == QLatin1String("sphinx") ? QStringLiteral("this build has no pocketsphinx")

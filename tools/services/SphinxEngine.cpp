@@ -36,6 +36,18 @@ ps_decoder_t* loadDecoder()
 
 }  // namespace
 
+bool SphinxEngine::preload()
+{
+    if (idleDecoders().isEmpty()) {
+        ps_decoder_t* decoder = loadDecoder();
+        if (decoder == nullptr) {
+            return false;
+        }
+        idleDecoders().append(decoder);
+    }
+    return true;
+}
+
 SphinxEngine::SphinxEngine()
 {
     if (!idleDecoders().isEmpty()) {

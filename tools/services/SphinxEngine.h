@@ -16,6 +16,10 @@ public:
 
     // False (with the reason on stderr) when the model cannot be loaded.
     bool isReady() const { return mDecoder != nullptr; }
+    // Loads a decoder for the first session ahead of it: loading takes seconds on a machine
+    // that has not read the model yet, far over the half second a client waits for its session
+    // to be acknowledged. False when the model cannot be loaded.
+    static bool preload();
 
     QList<Result> feed(const QByteArray& pcm) override;
     QList<Result> finish() override;
