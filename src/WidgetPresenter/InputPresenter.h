@@ -149,11 +149,7 @@ public slots:
     void onClipboardDataChange();
     void onToShowTextTranslate();
     void onToStartTextReading(int pronPerson);
-    void onToTextTranslate(QString text);
     void onToShowReviseSignView(int x, int y);
-    void onTextBaiduTranslateFinish(QNetworkReply* reply);
-    void onUploadTextRecordResult(QNetworkReply* reply);
-    void onTextTranslateViewChangeLanguage();
     void onDelayHide();
     void onRecVolume(int volume);
     void onUpdateVolume();
@@ -209,7 +205,6 @@ private:
     // Results.
     QString stripped(QString text) const;
     QString targetName() const;
-    QString toTraditional(const QString& text);
     // The traditional script of text, handed to done when the service answers (the text as it
     // is if it fails); nothing when a new session has started meanwhile.
     void requestTraditional(const QString& text, std::function<void(const QString&)> done);
@@ -236,8 +231,6 @@ private:
     // Selection, translation and reading.
     bool isClipboardUsable();
     void showPaddleWords();
-    void baiduTextTranslate(QString url);
-    void uploadTextRecord(TextRecord record);
 
     InputView* mInputView;
     DeviceManager* mDeviceManager = nullptr;

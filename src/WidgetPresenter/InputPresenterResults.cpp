@@ -57,24 +57,6 @@ QString InputPresenter::targetName() const
                                                      : QString();
 }
 
-QString InputPresenter::toTraditional(const QString& text)
-{
-    const QString from = sourceLanguage(mUserPreferences);
-    BaiduTranslateMessage message;
-    const bool answered = mHttpManager->syncBaiduTranslate(
-        mLocalIpId, from, LanguageTables::translateCode(kTraditionalChineseRow), text, &message);
-    if (!answered || message.error || message.result.isEmpty()) {
-        // The simplified words are better than none at all.
-        qCWarning(lcInput) << "traditional conversion failed; keeping the text as recognised";
-        return text;
-    }
-    QStringList lines;
-    for (const BaiduTranslateResult& entry : qAsConst(message.result)) {
-        lines << entry.dst;
-    }
-    return lines.join(QLatin1Char('\n'));
-}
-
 void InputPresenter::requestTraditional(const QString& text, std::function<void(const QString&)> done)
 {
     const QString from = sourceLanguage(mUserPreferences);

@@ -8,15 +8,11 @@
 #include "InputView.h"
 #include "SpeechRec/SpeechSynthesisUtils.h"
 #include "Utils/AppPaths.h"
-#include "Utils/JsonUtils.h"
-#include "Utils/LanguageTables.h"
 #include "Utils/Logging.h"
 
 #include <QClipboard>
 #include <QFile>
 #include <QMimeData>
-#include <QNetworkAccessManager>
-#include <QNetworkReply>
 #include <QThread>
 
 namespace {
@@ -100,86 +96,6 @@ void InputPresenter::onToShowTextTranslate()
 {
     QThread::msleep(kSettleMs);
     mInputView->setTextTranslateSourceText(mPaddleText);
-}
-
-void InputPresenter::onToTextTranslate(QString text)
-{
-    const QString code = LanguageTables::translateCode(mUserPreferences.textTranslateLanguage);
-    mTextRecord = TextRecord();
-    mTextRecord.ip = mLocalIpId;
-    mTextRecord.from = QStringLiteral("auto");
-    mTextRecord.to = code;
-    mTextRecord.src = text;
-    mTextRecord.type = 2;
-    baiduTextTranslate(mTranslator->buildUrl(QStringLiteral("auto"), code, text));
-}
-
-void InputPresenter::onTextTranslateViewChangeLanguage()
-{
-    // A new language for the text on show.
-    if (!mInputView->isHiddenTextTranslateView()) {
-        const QString text = mInputView->getTextTranslateSourceText();
-        if (!text.isEmpty()) {
-            onToTextTranslate(text);
-        }
-    }
-}
-
-void InputPresenter::baiduTextTranslate(QString url)
-{
-    auto* manager = new QNetworkAccessManager(this);
-    connect(manager, &QNetworkAccessManager::finished, this, &InputPresenter::onTextBaiduTranslateFinish);
-    manager->get(QNetworkRequest(QUrl(url)));
-}
-
-void InputPresenter::onTextBaiduTranslateFinish(QNetworkReply* reply)
-{
-    reply->deleteLater();
-    reply->manager()->deleteLater();
-    BaiduTranslateMessage message;
-    JsonUtils::getBaiduTranslateResult(reply->readAll(), &message);
-    if (reply->error() != QNetworkReply::NoError && !message.error) {
-        message.error = true;
-        message.errorCode = QString::number(reply->error());
-        message.errorMsg = reply->errorString();
-    }
-    if (message.error) {
-        qCWarning(lcInput).noquote()
-            << "翻译错误:"
-            << QStringLiteral("error_code:%1, error_msg:%2").arg(message.errorCode, message.errorMsg);
-        return;
-    }
-    QString target;
-    for (const BaiduTranslateResult& entry : qAsConst(message.result)) {
-        target += entry.dst + QLatin1Char('\n');
-    }
-    mInputView->setTextTranslateSourceText(mPaddleText);
-    if (mUserPreferences.textTranslateLanguage == 3) {
-        target = toTraditional(target);
-    }
-    mInputView->setTextTranslateTargetText(target);
-    mTextRecord.dst = target;
-    uploadTextRecord(mTextRecord);
-}
-
-void InputPresenter::uploadTextRecord(TextRecord record)
-{
-    auto* manager = new QNetworkAccessManager(this);
-    connect(manager, &QNetworkAccessManager::finished, this, &InputPresenter::onUploadTextRecordResult);
-    QNetworkRequest request(QUrl(mHttpManager->backendUrl(QStringLiteral("/textrecord/upload"))));
-    request.setHeader(QNetworkRequest::ContentTypeHeader, QStringLiteral("application/json"));
-    manager->post(request, JsonUtils::textRecordBody(record));
-}
-
-void InputPresenter::onUploadTextRecordResult(QNetworkReply* reply)
-{
-    reply->deleteLater();
-    reply->manager()->deleteLater();
-    if (JsonUtils::parseBaseMsg(reply->readAll()).code == 1) {
-        qCInfo(lcInput).noquote() << "上传成功";
-    } else {
-        qCWarning(lcInput).noquote() << "上传失败";
-    }
 }
 
 void InputPresenter::onToStartTextReading(int pronPerson)

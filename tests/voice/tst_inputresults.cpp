@@ -44,7 +44,6 @@ private slots:
     void voiceCommandLengthAndStripping();
     void nonMandarinSearchKeepsPunctuation();
     void semanticReplies();
-    void textTranslation();
 
 private:
     P* presenter() { return mRig->presenter.get(); }
@@ -289,33 +288,6 @@ void TestInputResults::semanticReplies()
     ask(QStringLiteral("打开微信"));
     QTRY_VERIFY(view().calls.contains(QStringLiteral("showFace(1)")));
     QVERIFY(view().calls.contains(QStringLiteral("setContent()")));
-}
-
-void TestInputResults::textTranslation()
-{
-    mRig->backend.setAnswer(QStringLiteral("/api/trans/vip/translate"),
-                            {200, translation({QStringLiteral("Hello"), QStringLiteral("World")})});
-    mRig->backend.setAnswer(QStringLiteral("/BelmorZorvaneV2Mac/textrecord/upload"), {200, "{\"code\":1}"});
-    mRig->setPreferences([](UserPreferences& p) { p.textTranslateLanguage = 4; });
-    presenter()->onToTextTranslate(QStringLiteral("你好 世界"));
-    QTRY_COMPARE(view().callsOf(QStringLiteral("setTextTranslateTargetText")),
-                 QStringList{QStringLiteral("setTextTranslateTargetText(Hello\nWorld\n)")});
-    QTRY_COMPARE(requestsTo("/BelmorZorvaneV2Mac/textrecord/upload").size(), 1);
-    const QJsonObject record =
-        QJsonDocument::fromJson(requestsTo("/BelmorZorvaneV2Mac/textrecord/upload").first().body).object();
-    QCOMPARE(record.value(QStringLiteral("from")).toString(), QStringLiteral("auto"));
-    QCOMPARE(record.value(QStringLiteral("to")).toString(), QStringLiteral("en"));
-    QCOMPARE(record.value(QStringLiteral("dst")).toString(), QStringLiteral("Hello\nWorld\n"));
-    QCOMPARE(record.value(QStringLiteral("type")).toInt(), 2);
-
-    // An error reply leaves the panel as it was and uploads nothing.
-    mRig->backend.setAnswer(QStringLiteral("/api/trans/vip/translate"),
-                            {200, "{\"error_code\":\"54001\",\"error_msg\":\"Invalid Sign\"}"});
-    view().takeCalls();
-    presenter()->onToTextTranslate(QStringLiteral("再见"));
-    QTest::qWait(200);
-    QVERIFY(view().callsOf(QStringLiteral("setTextTranslateTargetText")).isEmpty());
-    QCOMPARE(requestsTo("/BelmorZorvaneV2Mac/textrecord/upload").size(), 1);
 }
 
 QTEST_MAIN(TestInputResults)

@@ -44,8 +44,6 @@ void InputDialog::connectPanels()
             &InputPresenter::onToShowTextTranslate);
     connect(mPaddleWords, &PaddleWordsDialog::signalReadingButtonPress, mPresenter,
             &InputPresenter::onToStartTextReading);
-    connect(mTextTranslate, &TextTranslateDialog::signalToTextTranslate, mPresenter,
-            &InputPresenter::onToTextTranslate);
     connect(mTranLanguage, &ChangeTranLanguageDialog::signalChangeLanguage, this,
             &InputDialog::onChangeTranLanguage);
     connect(mTranMoreLanguage, &ChangeTranMoreLanguageDialog::signalsChangeTranslateMoreLanguage, this,

@@ -66,9 +66,6 @@ public:
     QParallelAnimationGroup* animation() const { return mAnimation; }
     const QTimer& hintTimer() const { return mTimerHint; }
 
-signals:
-    void signalToTextTranslate(QString text);
-
 public slots:
     void onSelectAll();
     void onCopy();
