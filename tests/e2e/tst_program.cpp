@@ -161,6 +161,7 @@ void TestProgram::screenshot(const QString& name)
     const QString folder = qEnvironmentVariable("ZORVANE_SCREENSHOTS");
     if (!folder.isEmpty()) {
         QDir().mkpath(folder);
+        QTest::qWait(1500);  // notices slide in: the picture shows them where they come to rest
         QGuiApplication::primaryScreen()->grabWindow(0).save(folder + QStringLiteral("/program-") + name +
                                                              QStringLiteral(".png"));
     }
