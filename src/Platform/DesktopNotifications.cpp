@@ -9,6 +9,8 @@
 #include <QFile>
 #include <QVariantMap>
 
+#include <utility>
+
 namespace {
 
 const QString kService = QStringLiteral("org.freedesktop.Notifications");
@@ -69,6 +71,17 @@ void DesktopNotifications::notify(Kind kind, const QString& summary, const QStri
         failed(QStringLiteral("no session bus"));
         return;
     }
+    if (mInFlight[kind]) {
+        // Only the newest matters: it would replace the ones before it at once.
+        mWaiting[kind] = Waiting{true, summary, body, urgency};
+        return;
+    }
+    send(kind, summary, body, urgency);
+}
+
+void DesktopNotifications::send(Kind kind, const QString& summary, const QString& body, Urgency urgency)
+{
+    mInFlight[kind] = true;
     QDBusMessage call = QDBusMessage::createMethodCall(kService, kPath, kService, QStringLiteral("Notify"));
     QVariantMap hints;
     hints.insert(QStringLiteral("urgency"), QVariant::fromValue(uchar(urgency)));
@@ -78,13 +91,18 @@ void DesktopNotifications::notify(Kind kind, const QString& summary, const QStri
     auto* watcher = new QDBusPendingCallWatcher(mBus.asyncCall(call), this);
     connect(watcher, &QDBusPendingCallWatcher::finished, this, [this, kind](QDBusPendingCallWatcher* w) {
         w->deleteLater();
+        mInFlight[kind] = false;
         const QDBusPendingReply<uint> reply = *w;
         if (reply.isError()) {
             failed(reply.error().message());
-            return;
+        } else {
+            mLastId[kind] = reply.value();
+            emit signalSent(kind, mLastId[kind]);
         }
-        mLastId[kind] = reply.value();
-        emit signalSent(kind, mLastId[kind]);
+        if (mWaiting[kind].valid) {
+            const Waiting next = std::exchange(mWaiting[kind], Waiting());
+            send(kind, next.summary, next.body, next.urgency);
+        }
     });
 }
 

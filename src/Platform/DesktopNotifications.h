@@ -55,10 +55,22 @@ private:
     DesktopNotifications();
 
     void onPreferencesChange(const UserPreferences& preferences);
+    void send(Kind kind, const QString& summary, const QString& body, Urgency urgency);
     void failed(const QString& reason);
+
+    // A notice of a kind whose last Notify is still unanswered waits for that answer: sent
+    // at once it would carry no id to replace and stack a second notification.
+    struct Waiting {
+        bool valid = false;
+        QString summary;
+        QString body;
+        Urgency urgency = UrgencyNormal;
+    };
 
     QDBusConnection mBus;
     int mStyle = StyleBoth;
     uint mLastId[KindCount] = {};
+    bool mInFlight[KindCount] = {};
+    Waiting mWaiting[KindCount];
     bool mFailureLogged = false;
 };

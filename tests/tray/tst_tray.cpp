@@ -143,6 +143,17 @@ void TestTray::notifyCarriesTheAppAndReplacesItsKind()
     QCOMPARE(mServer.calls[2].summary, QStringLiteral("设备拔出"));
     QCOMPARE(mServer.calls[3].replaces, n.lastId(DesktopNotifications::KindDevice));
     QVERIFY(n.lastId(DesktopNotifications::KindDevice) != batteryId);
+
+    // A burst before the server answers still ends as one notification, showing the newest.
+    DesktopNotifications fresh(mClientBus);
+    mServer.calls.clear();
+    fresh.notifyBattery(0);
+    fresh.notifyBattery(1);
+    fresh.notifyBattery(3);
+    QVERIFY(waitSent(&fresh, 2));
+    QCOMPARE(mServer.calls.size(), 2);
+    QCOMPARE(mServer.calls[1].replaces, mServer.lastGiven);
+    QCOMPARE(mServer.calls[1].summary, QStringLiteral("鼠标正在充电"));
 }
 
 namespace {
