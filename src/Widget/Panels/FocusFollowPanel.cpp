@@ -3,6 +3,7 @@
 #include "SpeechRec/SpeechSynthesisUtils.h"
 #include "Utils/WinUtils.h"
 #include "Widget/Common/WindowLook.h"
+#include "Widget/Panels/LevelAnimation.h"
 
 #include <QAbstractTextDocumentLayout>
 #include <QAction>
@@ -480,8 +481,7 @@ void FocusFollowPanel::changeVolume(ProgressBar* bar, int level, int page)
     if (delta == 0) {
         return;
     }
-    // Each step waits so long that a whole move takes 40 ms, however far it goes.
-    const double pause = 40.0 / std::abs(delta) - 1;
+    const double pause = LevelAnimation::stepPauseMs(delta);
     while (bar->value != level) {
         QCoreApplication::processEvents();
         // A level update run from inside processEvents may already have got there.

@@ -5,6 +5,7 @@
 #include "Widget/Common/WindowLook.h"
 #include "Widget/Common/label.h"
 #include "Widget/Panels/ChangeSearchLanguageDialog.h"
+#include "Widget/Panels/LevelAnimation.h"
 
 #include <QAction>
 #include <QCoreApplication>
@@ -367,8 +368,7 @@ void InputDialog::changeVolume(ProgressBar* bar, int level)
     if (delta == 0) {
         return;
     }
-    // A whole move takes about 40 ms, however far it goes.
-    const double pauseMs = double(kLevelAnimationMs) / std::abs(delta) - 1;
+    const double pauseMs = LevelAnimation::stepPauseMs(delta);
     while (bar->value != level) {
         QCoreApplication::processEvents();
         bar->value += bar->value < level ? 1 : -1;

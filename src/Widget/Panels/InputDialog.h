@@ -40,7 +40,6 @@ public:
     static constexpr int kBoxMaxWidth = 736;
     static constexpr int kWidthTickMs = 100;
     static constexpr int kPickerHideMs = 2000;
-    static constexpr int kLevelAnimationMs = 40;
     static constexpr int kShowDelayMs = 30;
 
     // The level shown by a bar label, moved a step at a time.
