@@ -178,6 +178,11 @@ void InputPresenter::initDatas(const Collaborators& collaborators)
 
     mClipboard = QGuiApplication::clipboard();
 
+    connect(mHookManager, &HookManager::signalMouseEvent, this, [this](int, int status) {
+        if (status != 0) {
+            mPressedSinceOutput = true;
+        }
+    });
     connect(
         mHookManager, &HookManager::signalPaddleWords, this,
         [this](int status) {

@@ -270,6 +270,9 @@ private:
     QList<Segment> mSegments;  // final segments of the session waiting for their turn
     quint64 mSegmentSerial = 0;
     unsigned long mOutputWindow = 0;  // where mLastOutput was typed
+    // A button went down since mLastOutput was typed: the caret may be in another field of
+    // the same window, which the focused window alone does not tell.
+    bool mPressedSinceOutput = false;
     QList<DirectUI> mDirectUIs;
     bool mVoiceKeyPressing = false;
     // Written by the device's read thread, read on the main thread.

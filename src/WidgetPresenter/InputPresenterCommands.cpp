@@ -293,8 +293,8 @@ void InputPresenter::sendOutput(QString word)
 {
     WinUtils* win = WinUtils::getInstance();
     const unsigned long window = win->focusedWindow();
-    if (!mLastOutput.isEmpty() && window != mOutputWindow) {
-        // The user went elsewhere (a click, another field) since the segment was typed: its
+    if (!mLastOutput.isEmpty() && (window != mOutputWindow || mPressedSinceOutput)) {
+        // The user went elsewhere (a click, another window) since the segment was typed: its
         // rewrite there would take back their own text instead of ours.
         qCInfo(lcInput) << "the focus moved since the last text: its rewrite is dropped";
         return;
@@ -303,6 +303,7 @@ void InputPresenter::sendOutput(QString word)
     win->sendInput(word.mid(same, word.size() - same));
     mLastOutput = word;
     mOutputWindow = window;
+    mPressedSinceOutput = false;
 }
 
 QString InputPresenter::restoreContent(QString content)

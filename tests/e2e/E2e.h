@@ -399,6 +399,12 @@ public:
                  QString::number(mField.left() + toX), QString::number(y), QStringLiteral("mouseup"),
                  QStringLiteral("1")});
     }
+    // A click into the line at x from its left edge, which moves the cursor there.
+    void clickIntoLine(int x)
+    {
+        xdotool({QStringLiteral("mousemove"), QString::number(mField.left() + x),
+                 QString::number(mField.center().y()), QStringLiteral("click"), QStringLiteral("1")});
+    }
     // Gives it the keyboard back with the cursor at the end, where typing goes on.
     void activateAtEnd()
     {

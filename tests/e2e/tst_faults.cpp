@@ -38,6 +38,7 @@ private slots:
     void gatewayKilledMidSessionThenBack();
     void silentGatewayEndsTheSession();
     void dictationSocketDroppedMidSentence();
+    void clickBeforeTheFinalKeepsTheUsersText();
     void killedWhileSavingKeepsAWholeFile();
     void fullThenReadOnlyDataFolderKeepsTheFile();
     void corruptFilesDoNotStopTheProgram();
@@ -280,6 +281,25 @@ void TestFaults::dictationSocketDroppedMidSentence()
     QVERIFY(mRig.speak(6));
     QVERIFY(mRig.client->waitForText(cut + kSentence));
     switchMouse("0A0B0C");
+}
+
+// The user clicks into the line before the sentence's final correction comes (here the full
+// stop, which comes with the release): it must not land where the click put the cursor.
+void TestFaults::clickBeforeTheFinalKeepsTheUsersText()
+{
+    mRig.client->activateAtEnd();
+    const QString before = mRig.client->text();
+    const QString lastPartial = kSentence.chopped(1);
+    QVERIFY(mRig.speak(6, false));
+    QVERIFY(mRig.sim->waitForLine(QStringLiteral("audio done"), 10000));
+    QVERIFY(mRig.client->waitForText(before + lastPartial));
+    mRig.client->clickIntoLine(2);
+    mRig.sim->command("release 6");
+    QVERIFY(panelsGone());
+    QVERIFY(QTest::qWaitFor([] { return programLog().contains(QLatin1String("its rewrite is dropped")); },
+                            kWindowMs));
+    QCOMPARE(mRig.client->text(), before + lastPartial);
+    dictateTheSentence();
 }
 
 // Killed at once after a setting was changed, again and again: the preferences are always a

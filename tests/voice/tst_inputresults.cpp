@@ -1,3 +1,4 @@
+#include "Hid/HookManager.h"
 #include "InputPresenterRig.h"
 
 #include <QJsonDocument>
@@ -94,6 +95,14 @@ void TestInputResults::dictationTypesSegmentsOneBehindTheOther()
     QVERIFY(mRig->desktop.log.isEmpty());
     emit engine()->signalFlushResult(QStringLiteral("好"));
     QCOMPARE(mRig->desktop.takeLog(), QStringList{QStringLiteral("text 好")});
+
+    // A click into another field of the same window: no rewrite there either.
+    emit HookManager::getInstance()->signalMouseEvent(1, 1);
+    emit HookManager::getInstance()->signalMouseEvent(1, 0);
+    emit engine()->signalResult(QStringLiteral("号。"));
+    QVERIFY(mRig->desktop.log.isEmpty());
+    emit engine()->signalFlushResult(QStringLiteral("再"));
+    QCOMPARE(mRig->desktop.takeLog(), QStringList{QStringLiteral("text 再")});
 }
 
 void TestInputResults::strippingTypesNoPunctuationButUploadsIt()
