@@ -2,11 +2,8 @@
 #include "Http/HttpManager.h"
 #include "LocalHttpServer.h"
 #include "RecordingAppLauncher.h"
-#include "WidgetPresenter/FeedbackPresenter.h"
-#include "WidgetPresenter/FeedbackView.h"
 #include "WidgetPresenter/LowBatView.h"
 #include "WidgetPresenter/LowbatPresenter.h"
-#include "WidgetPresenter/MessageBoxView.h"
 #include "WidgetPresenter/UpdatePresenter.h"
 #include "WidgetPresenter/UpdateView.h"
 
@@ -36,27 +33,6 @@ public:
     void showMessage(QString text) override { record(QStringLiteral("message"), text); }
 };
 
-class RecordingFeedbackView : public FeedbackView, public CallRecorder {
-public:
-    ANSWERS(QString, getFeedbackEditTitleText, QString(), toString);
-    ANSWERS(QString, getFeedbackEditContentPlainText, QString(), toString);
-    RECORDS_ARG(setFeedbackEditTitlePlaceholderText, QString);
-    RECORDS_ARG(setFeedbackEditContentPlaceholderText, QString);
-    RECORDS(toClose);
-    RECORDS(toShow);
-    ANSWERS(bool, isHidden, true, toBool);
-    RECORDS(clearText);
-};
-
-class RecordingMessageBox : public MessageBoxView, public CallRecorder {
-public:
-    void setTitle(QString title) override { record(QStringLiteral("setTitle"), title); }
-    void setSubmitHidden(bool hidden) override { record(QStringLiteral("setSubmitHidden"), hidden); }
-    void setCancelHidden(bool hidden) override { record(QStringLiteral("setCancelHidden"), hidden); }
-    void show() override { record(QStringLiteral("show")); }
-    void close() override { record(QStringLiteral("close")); }
-};
-
 class RecordingLowBatView : public LowBatView {
 public:
     QList<int> lowFrames;
@@ -71,15 +47,13 @@ const QString kDownloadPath = QStringLiteral("/BelmorZorvaneV2Mac/version/appDow
 
 }  // namespace
 
-// The update offer and download, the feedback farewell and the battery panel's frames.
+// The update download and its hand-over, and the battery panel's frames.
 class TestConsoleDialogs : public QObject {
     Q_OBJECT
 
 private slots:
     void initTestCase();
-    void versionText();
     void downloadHandsOverOrReturnsToTheOffer();
-    void feedbackChecksAndFarewell();
     void batteryFrames();
 
 private:
@@ -92,26 +66,6 @@ void TestConsoleDialogs::initTestCase()
     QStandardPaths::setTestModeEnabled(true);
     QVERIFY(mServer.start());
     mHttp = std::make_unique<HttpManager>(HttpRequest::getInstance(), mServer.url(), mServer.url());
-}
-
-void TestConsoleDialogs::versionText()
-{
-    RecordingUpdateView view;
-    RecordingAppLauncher launcher;
-    UpdatePresenter presenter(&view, mHttp.get(), &launcher);
-    VersionInfo vi;
-    vi.version = QStringLiteral("2.8.1.0");
-    presenter.onVersion(vi);
-    QCOMPARE(view.takeCalls(),
-             (QStringList{QStringLiteral("setNewestVersion(版本号：2.8.1.0)"), QStringLiteral("page(0)")}));
-    // Any other text is new, older ones too; "#" separates the lines of the notes.
-    vi.version = QStringLiteral("2.7.9.9");
-    vi.description = QStringLiteral("一#二#三");
-    presenter.onVersion(vi);
-    QCOMPARE(view.takeCalls(), (QStringList{QStringLiteral("page(1)"),
-                                            QStringLiteral("info(发现新版本:2.7.9.9\r\n一\r\n二\r\n三)")}));
-    vi.description = QStringLiteral("只有一行");
-    QCOMPARE(UpdatePresenter::releaseText(vi), QStringLiteral("发现新版本:2.7.9.9\r\n只有一行"));
 }
 
 void TestConsoleDialogs::downloadHandsOverOrReturnsToTheOffer()
@@ -212,58 +166,6 @@ void TestConsoleDialogs::downloadHandsOverOrReturnsToTheOffer()
     QCOMPARE(quits, 2);
     QCOMPARE(handed.size(), 3);
     QFile::remove(path);
-}
-
-void TestConsoleDialogs::feedbackChecksAndFarewell()
-{
-    mServer.setAnswer(QStringLiteral("/BelmorZorvaneV2Mac/feedback/upload"),
-                      {200, "{\"code\":1,\"msg\":\"反馈成功\"}", 2000, "application/json"});
-    RecordingFeedbackView view;
-    RecordingMessageBox box;
-    FeedbackPresenter presenter(&view, &box, mHttp.get());
-    QCOMPARE(box.takeCalls(),
-             (QStringList{QStringLiteral("setSubmitHidden(true)"), QStringLiteral("setCancelHidden(true)")}));
-    auto sent = [this] {
-        int count = 0;
-        for (const LocalHttpServer::Request& r : mServer.requests()) {
-            count += r.target.startsWith("/BelmorZorvaneV2Mac/feedback/upload") ? 1 : 0;
-        }
-        return count;
-    };
-
-    // Both empty: only the title warns, nothing is sent.
-    presenter.submit();
-    const QString titleHint = QStringLiteral("setFeedbackEditTitlePlaceholderText");
-    const QString contentHint = QStringLiteral("setFeedbackEditContentPlaceholderText");
-    QCOMPARE(view.callsOf(titleHint), QStringList{titleHint + QStringLiteral("(不能为空!)")});
-    QVERIFY(view.callsOf(contentHint).isEmpty());
-    view.answers[QStringLiteral("getFeedbackEditTitleText")] = QStringLiteral(" ");
-    presenter.submit();
-    QCOMPARE(view.callsOf(contentHint), QStringList{contentHint + QStringLiteral("(不能为空!)")});
-
-    // A blank title counts as text. The thanks come before any answer.
-    view.answers[QStringLiteral("getFeedbackEditContentPlainText")] = QStringLiteral("很好用");
-    presenter.submit();
-    QCOMPARE(box.takeCalls(),
-             (QStringList{QStringLiteral("setTitle(感谢您的建议, 我们将尽快处理, 此界面3秒后退出)"),
-                          QStringLiteral("show()")}));
-    presenter.onFeekbackResult();
-    // A second submit sends again and counts from 3.
-    presenter.submit();
-    QCOMPARE(box.callsOf(QStringLiteral("setTitle")).last(),
-             QStringLiteral("setTitle(感谢您的建议, 我们将尽快处理, 此界面3秒后退出)"));
-    QTRY_COMPARE(sent(), 2);
-    box.calls.clear();
-    presenter.onFeekbackResult();
-    presenter.onFeekbackResult();
-    QVERIFY(!view.calls.contains(QStringLiteral("toClose()")));
-    presenter.onFeekbackResult();
-    QCOMPARE(box.calls.last(), QStringLiteral("close()"));
-    QCOMPARE(box.callsOf(QStringLiteral("setTitle")).last(),
-             QStringLiteral("setTitle(感谢您的建议, 我们将尽快处理, 此界面0秒后退出)"));
-    QCOMPARE(view.calls.mid(view.calls.size() - 2),
-             (QStringList{QStringLiteral("clearText()"), QStringLiteral("toClose()")}));
-    QVERIFY(!presenter.countdownTimer()->isActive());
 }
 
 void TestConsoleDialogs::batteryFrames()

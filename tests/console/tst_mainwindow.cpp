@@ -49,7 +49,7 @@ private slots:
     void commandWordsAddEditDelete();
     void commandTypesBringTheirSamples();
     void lowbatViewIsLeftAloneWhileShown();
-    void deviceNameAndTypeIcon();
+    void brokenHomePictureKeepsTheShownOne();
     void screenshots();
 
 private:
@@ -100,13 +100,6 @@ void TestMainWindow::initTestCase()
     QVERIFY(mWindow->isVisible());
     QVERIFY(autoRun->isAppAutoRun());
     QCOMPARE(mWindow->getCurrentStackedWidgetIndex(), 0);
-    QCOMPARE(mWindow->widgets().tableCustom->columnWidth(0), 35);
-    QStringList entries;
-    for (const QAction* action : mWindow->menu()->actions()) {
-        entries << action->text();
-    }
-    QCOMPARE(entries, (QStringList{QStringLiteral("检查更新"), QStringLiteral("软件网站"),
-                                   QStringLiteral("关于我们")}));
 }
 
 void TestMainWindow::closeHidesAndQuitEnds()
@@ -209,11 +202,8 @@ void TestMainWindow::speedButtonsAnswerClicksNotReports()
     MainWindowPresenter* p = mWindow->presenter();
     mWindow->setVipFunction(false);
     QVERIFY(ui.radioLevel[3]->isHidden());
-    QCOMPARE(ui.radioLevel[0]->pos(), QPoint(63, 50));
-    QCOMPARE(ui.radioLevel[2]->pos(), QPoint(357, 50));
     mWindow->setVipFunction(true);
     QVERIFY(!ui.radioLevel[3]->isHidden());
-    QCOMPARE(ui.radioLevel[3]->pos(), QPoint(381, 50));
 
     // A report lights a button and chooses nothing.
     p->onDeviceDpi(2);
@@ -321,33 +311,19 @@ void TestMainWindow::commandTypesBringTheirSamples()
 {
     Ui_MainWindow::CommandForm& form = mWindow->widgets().addForm;
     mWindow->recvMenuSiganl(Ui_MainWindow::AddCommandPage);
-    struct Expected {
+    // Files and programs are browsed for, a shortcut is captured, a web address typed.
+    const struct {
         int type;
-        QString command;
         bool browse;
         bool capture;
-        QString hint;
-    };
-    const Expected rows[] = {
-        {1, QStringLiteral("待办事项"), true, false, QString()},
-        {2, QStringLiteral("下载"), true, false, QString()},
-        {3, QStringLiteral("全选"), false, true,
-         QStringLiteral("Tips:若快捷键不能设置，请先退出相关程序，再进行设置！")},
-        {0, QStringLiteral("我想搜索"), false, false, QStringLiteral("Tips:请添加(http://)或(https://)")},
-    };
-    for (const Expected& row : rows) {
+    } rows[] = {{1, true, false}, {2, true, false}, {3, false, true}, {0, false, false}, {4, true, false}};
+    for (const auto& row : rows) {
         form.command->setText(QStringLiteral("旧的"));
         form.type->setCurrentIndex(row.type);
         QVERIFY(form.command->text().isEmpty());
-        QCOMPARE(form.command->placeholderText(), row.command);
         QCOMPARE(!form.browse->isHidden(), row.browse);
         QCOMPARE(form.content->isShortcutMode(), row.capture);
-        QCOMPARE(form.hint->text(), row.hint);
     }
-    QVERIFY(form.content->placeholderText().startsWith(QLatin1String("http")));
-    form.type->setCurrentIndex(4);
-    QVERIFY(!form.browse->isHidden());
-    QVERIFY(!form.content->isShortcutMode());
 }
 
 void TestMainWindow::lowbatViewIsLeftAloneWhileShown()
@@ -375,16 +351,9 @@ void TestMainWindow::lowbatViewIsLeftAloneWhileShown()
     QCOMPARE(page, 3);
 }
 
-void TestMainWindow::deviceNameAndTypeIcon()
+void TestMainWindow::brokenHomePictureKeepsTheShownOne()
 {
     Ui_MainWindow& ui = mWindow->widgets();
-    DeviceInfo info;
-    info.customerName = QStringLiteral("语音鼠标");
-    emit mWindow->presenter()->signalGetDeviceInfo(info);
-    QCOMPARE(ui.labelDeviceName->text(), QStringLiteral("语音鼠标"));
-    mWindow->setDeviceTypeIcon(1);
-    QVERIFY(ui.labelTypeUsb->isHidden());
-    QVERIFY(!ui.labelTypeBle->isHidden());
     // A picture that does not load leaves the one shown.
     const QPixmap before = ui.labelHomeImage->pixmap(Qt::ReturnByValue);
     mWindow->setHomeImage(QStringLiteral("/nonexistent/home.png"));

@@ -92,8 +92,10 @@ void TestDialogs::updateClosedOrDestroyedMidDownload()
         handed << path;
         return PackageInstaller::Command{{QStringLiteral("true")}, false};
     });
-    dialog.onVersion(version(QStringLiteral("2.9.0.0"), QStringLiteral("更快#更稳")));
+    // Any other version is new, an older one too; "#" separates the lines of the notes.
+    dialog.onVersion(version(QStringLiteral("0.1")));
     QCOMPARE(dialog.currentIndex(), 1);
+    dialog.onVersion(version(QStringLiteral("2.9.0.0"), QStringLiteral("更快#更稳")));
     QCOMPARE(dialog.findChild<QTextBrowser*>()->toPlainText(),
              QStringLiteral("发现新版本:2.9.0.0\n更快\n更稳"));
 
@@ -204,6 +206,18 @@ void TestDialogs::feedbackWarningsAndFarewell()
     QVERIFY(dialog.farewell()->cancelButton()->isHidden());
     QCOMPARE(dialog.farewell()->title(), QStringLiteral("感谢您的建议, 我们将尽快处理, 此界面3秒后退出"));
     QVERIFY(dialog.isVisible());
+    // A second submit meanwhile sends again and counts from the start.
+    dialog.presenter()->onFeekbackResult();
+    QTest::mouseClick(dialog.submitButton(), Qt::LeftButton);
+    QCOMPARE(dialog.farewell()->title(), QStringLiteral("感谢您的建议, 我们将尽快处理, 此界面3秒后退出"));
+    const auto sent = [this] {
+        int count = 0;
+        for (const LocalHttpServer::Request& r : mServer.requests()) {
+            count += r.target.startsWith(kFeedbackPath.toUtf8()) ? 1 : 0;
+        }
+        return count;
+    };
+    QTRY_COMPARE(sent(), 2);
 
     for (int i = 0; i < FeedbackPresenter::kCountdown; ++i) {
         dialog.presenter()->onFeekbackResult();

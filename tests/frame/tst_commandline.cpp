@@ -1,8 +1,8 @@
+#include "ProcessLines.h"
 #include "Utils/AppConfig.h"
 #include "Utils/CommandLine.h"
 #include "Widget/SingleApplication.h"
 
-#include <QElapsedTimer>
 #include <QFile>
 #include <QProcess>
 #include <QTemporaryDir>
@@ -34,21 +34,8 @@ private:
 TestCommandLine::Run TestCommandLine::run(const QStringList& arguments)
 {
     QProcess program;
-    program.start(QStringLiteral(ZORVANE_BINARY), arguments);
-    // Keep serving events: a program that wrongly pokes us must find us answering.
-    QElapsedTimer clock;
-    clock.start();
-    while (program.state() != QProcess::NotRunning && clock.elapsed() < 20000) {
-        QCoreApplication::processEvents(QEventLoop::AllEvents, 20);
-        program.waitForFinished(10);
-    }
     Run result;
-    if (program.state() != QProcess::NotRunning) {
-        program.kill();
-        program.waitForFinished();
-        return result;
-    }
-    result.code = program.exitStatus() == QProcess::NormalExit ? program.exitCode() : -2;
+    result.code = runServingEvents(program, QStringLiteral(ZORVANE_BINARY), arguments);
     result.out = QString::fromLocal8Bit(program.readAllStandardOutput());
     result.err = QString::fromLocal8Bit(program.readAllStandardError());
     return result;
@@ -149,18 +136,9 @@ void TestCommandLine::aRealStartLogsTheStartLine()
     program.setProcessEnvironment(env);
     program.start(QStringLiteral(ZORVANE_BINARY), QStringList());
     QVERIFY(program.waitForStarted());
-    QFile log(data.filePath(QStringLiteral("ZorvaneV2/ZorvaneLog.txt")));
-    QString text;
-    QElapsedTimer clock;
-    clock.start();
-    while (!text.contains(QLatin1String("starting;")) && clock.elapsed() < 20000 &&
-           program.state() == QProcess::Running) {
-        program.waitForFinished(50);
-        if (log.open(QIODevice::ReadOnly)) {
-            text = QString::fromUtf8(log.readAll());
-            log.close();
-        }
-    }
+    const QString text = waitForLog(
+        program, data.filePath(QStringLiteral("ZorvaneV2/ZorvaneLog.txt")),
+        [](const QString& log) { return log.contains(QLatin1String("starting;")); }, 20000);
     program.kill();
     program.waitForFinished();
     const QString line = text.section(QLatin1String("starting;"), 1, 1).section(QLatin1Char('\n'), 0, 0);

@@ -1,6 +1,6 @@
+#include "ProcessLines.h"
 #include "Widget/SingleApplication.h"
 
-#include <QElapsedTimer>
 #include <QFileInfo>
 #include <QLocalSocket>
 #include <QProcess>
@@ -37,20 +37,7 @@ int TestSingleApplication::startSecondInstance()
 {
     QProcess second;
     second.setProcessChannelMode(QProcess::ForwardedChannels);
-    QElapsedTimer clock;
-    clock.start();
-    second.start(QStringLiteral(ZORVANE_BINARY), QStringList());
-    // The second instance has to talk to us while we keep serving events.
-    while (second.state() != QProcess::NotRunning && clock.elapsed() < 20000) {
-        QCoreApplication::processEvents(QEventLoop::AllEvents, 20);
-        second.waitForFinished(10);
-    }
-    if (second.state() != QProcess::NotRunning) {
-        second.kill();
-        second.waitForFinished();
-        return -1;
-    }
-    return second.exitStatus() == QProcess::NormalExit ? second.exitCode() : -2;
+    return runServingEvents(second, QStringLiteral(ZORVANE_BINARY), QStringList());
 }
 
 void TestSingleApplication::staleSocketWasReplacedAndIsPrivate()

@@ -408,13 +408,10 @@ void TestFollowPresenters::preferencesReachTheView()
     QVERIFY(calls.contains(QStringLiteral("setInitTranslateDstLanguage(韩)")));
     QVERIFY(!presenter->isSupportFollowSpeak());
 
-    // Each menu switch is written to the store and comes back as marks.
+    // A menu switch is written to the store and comes back as marks.
     presenter->setEnterMode(0);
     QCOMPARE(PreferencesUtils::getInstance()->getUserPreferences().isEnterSend, 0);
     QVERIFY(view.calls.contains(QStringLiteral("changeMenuEnterStatus(0)")));
-    presenter->setDelSign(1);
-    QVERIFY(presenter->isDelSign());
-    QCOMPARE(PreferencesUtils::getInstance()->getUserPreferences().isDelAllSign, 1);
 
     presenter->onRecVolume(30);
     QCOMPARE(presenter->getVolume(), 12);
@@ -427,14 +424,11 @@ void TestFollowPresenters::boxGrowthAndReadingPieces()
     int s = 0;
     int t = 0;
     QVERIFY(Panel::boxHeights(60, 90, 28, 28, &s, &t));
-    QCOMPARE(s, 60);
-    QCOMPARE(t, 90);
+    QCOMPARE(QPair(s, t), QPair(60, 90));
     QVERIFY(Panel::boxHeights(400, 90, 28, 28, &s, &t));
-    QCOMPARE(s, 134);
-    QCOMPARE(t, 90);
+    QCOMPARE(QPair(s, t), QPair(134, 90));
     QVERIFY(Panel::boxHeights(60, 1000, 60, 28, &s, &t));
-    QCOMPARE(s, 60);
-    QCOMPARE(t, 134);
+    QCOMPARE(QPair(s, t), QPair(60, 134));
     // Exactly at the limit nothing changes, nor when the boxes already fit.
     QVERIFY(!Panel::boxHeights(140, 60, 28, 28, &s, &t));
     QVERIFY(!Panel::boxHeights(60, 140, 28, 28, &s, &t));

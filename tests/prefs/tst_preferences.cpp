@@ -20,7 +20,6 @@ class TestPreferences : public QObject {
 private slots:
     void initTestCase();
     void init();
-    void defaultsOfAnEmptyFile();
     void writesOnlyWhatDiffersFromTheFile();
     void memoryOnlyFieldsTravelInTheSignal();
     void badFilesGiveDefaults();
@@ -51,25 +50,12 @@ QByteArray TestPreferences::fileText(const QString& path)
     return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray();
 }
 
-void TestPreferences::defaultsOfAnEmptyFile()
-{
-    const UserPreferences p = prefs()->getUserPreferences();
-    QCOMPARE(p.checkUpdate, 1);
-    QCOMPARE(p.isAutoSendMode, 1);
-    QCOMPARE(p.isEnterSend, 1);
-    QCOMPARE(p.isSpaceSend, 1);
-    QCOMPARE(p.dpiValue, 3);
-    QCOMPARE(p.workTime, 7200000);
-    QCOMPARE(p.lastVoiceTranslateTargetLanguage, 7);
-    QCOMPARE(p.textTranslateLanguage, 2);
-    // Reading writes nothing.
-    QVERIFY(!QFile::exists(PreferencesUtils::preferencesPath()));
-}
-
 void TestPreferences::writesOnlyWhatDiffersFromTheFile()
 {
-    // No file: 0 equals an absent key, so checkUpdate 0 is not written and reads back 1.
+    // Reading writes nothing. No file: 0 equals an absent key, so checkUpdate 0 is not written
+    // and reads back 1.
     UserPreferences p = prefs()->getUserPreferences();
+    QVERIFY(!QFile::exists(PreferencesUtils::preferencesPath()));
     p.checkUpdate = 0;
     p.dpiValue = 2;
     p.saveCustomerCode = QStringLiteral("0A0B0C");

@@ -1,8 +1,8 @@
 #include "Hid/VirtualDeviceConnection.h"
+#include "ProcessLines.h"
 #include "Utils/PeerCredentials.h"
 
 #include <QDir>
-#include <QElapsedTimer>
 #include <QFile>
 #include <QProcess>
 #include <QRegularExpression>
@@ -88,21 +88,10 @@ void TestSocketPaths::singleInstanceGuardSaysWhyItIsOff()
     QVERIFY(app.waitForStarted());
 
     // The program keeps running without the guard; its log tells why.
-    QFile log(data + QStringLiteral("/ZorvaneV2/ZorvaneLog.txt"));
     const QRegularExpression expected = namesPathAndLimit(mLongDir + QStringLiteral("/Zorvane"));
-    QString text;
-    QElapsedTimer clock;
-    clock.start();
-    while (clock.elapsed() < 30000 && app.state() == QProcess::Running) {
-        if (log.open(QIODevice::ReadOnly)) {
-            text = QString::fromUtf8(log.readAll());
-            log.close();
-            if (expected.match(text).hasMatch()) {
-                break;
-            }
-        }
-        app.waitForFinished(100);
-    }
+    const QString text = waitForLog(
+        app, data + QStringLiteral("/ZorvaneV2/ZorvaneLog.txt"),
+        [&expected](const QString& log) { return expected.match(log).hasMatch(); }, 30000);
     const bool stillRunning = app.state() == QProcess::Running;
     app.kill();
     app.waitForFinished();
