@@ -37,6 +37,9 @@ void TestSystem::textUtils()
 
 void TestSystem::autostartRoundTrip()
 {
+    // Not installed, whatever this machine has installed: the entry starts the asking copy.
+    QTemporaryDir share;
+    qputenv("XDG_DATA_DIRS", share.path().toLocal8Bit());
     AppAutoRunUtils* autorun = AppAutoRunUtils::getInstance();
     QSignalSpy changes(autorun, &AppAutoRunUtils::signalChangeAutoRun);
     QVERIFY(AppAutoRunUtils::autostartPath().startsWith(QString::fromLocal8Bit(qgetenv("XDG_CONFIG_HOME"))));
@@ -66,13 +69,11 @@ void TestSystem::autostartRoundTrip()
     QCOMPARE(changes.at(1).at(0).toBool(), false);
 
     // Installed, the entry starts the packaged program, not the copy that asks (a build tree).
-    QTemporaryDir share;
     QDir(share.path()).mkpath(QStringLiteral("applications"));
     QFile packaged(share.path() + QStringLiteral("/applications/zorvane.desktop"));
     QVERIFY(packaged.open(QIODevice::WriteOnly));
     packaged.write("[Desktop Entry]\nType=Application\nName=Zorvane\nExec=sh %U\n");
     packaged.close();
-    qputenv("XDG_DATA_DIRS", share.path().toLocal8Bit());
     const QString installed = QStandardPaths::findExecutable(QStringLiteral("sh"));
     QCOMPARE(AppAutoRunUtils::installedProgram(), installed);
     QVERIFY(autorun->setAppAutoRun(true));
