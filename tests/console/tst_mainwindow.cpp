@@ -50,6 +50,7 @@ private slots:
     void commandTypesBringTheirSamples();
     void lowbatViewIsLeftAloneWhileShown();
     void brokenHomePictureKeepsTheShownOne();
+    void offlineIsSaidOnTheHomePage();
     void screenshots();
 
 private:
@@ -358,6 +359,20 @@ void TestMainWindow::brokenHomePictureKeepsTheShownOne()
     const QPixmap before = ui.labelHomeImage->pixmap(Qt::ReturnByValue);
     mWindow->setHomeImage(QStringLiteral("/nonexistent/home.png"));
     QCOMPARE(ui.labelHomeImage->pixmap(Qt::ReturnByValue).cacheKey(), before.cacheKey());
+}
+
+// Without a tray (GNOME, openbox) the home page is the only place that says why the voice key
+// does nothing.
+void TestMainWindow::offlineIsSaidOnTheHomePage()
+{
+    QLabel* warning = mWindow->widgets().labelHomeWarning;
+    mWindow->onShowMainView(0);
+    QVERIFY(warning->isHidden());
+    mWindow->presenter()->onInternetStateChange(false);
+    QTRY_VERIFY(warning->isVisible());
+    QVERIFY(warning->text().contains(QStringLiteral("网络未连接")));
+    mWindow->presenter()->onInternetStateChange(true);
+    QTRY_VERIFY(warning->isHidden());
 }
 
 void TestMainWindow::screenshots()

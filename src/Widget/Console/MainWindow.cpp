@@ -552,6 +552,14 @@ void MainWindow::setSystemTrayStatus(QString text)
 void MainWindow::updateSystemTray(int status)
 {
     mTray->setStatus(status);
+    QString warning;
+    if (status == 2) {
+        warning = tr("麦克风无法打开");
+    } else if (status == 3) {
+        warning = tr("网络未连接：联网后才能使用语音输入");
+    }
+    mUi.labelHomeWarning->setText(warning);
+    mUi.labelHomeWarning->setVisible(!warning.isEmpty());
 }
 
 // ---- MainWindowView: application settings

@@ -297,6 +297,12 @@ QWidget* Ui_MainWindow::buildHomePage()
     layout->addLayout(languageRow);
     layout->addSpacing(10);
     layout->addWidget(tip);
+    // What keeps the voice key from working, for desktops without a tray to tell it.
+    labelHomeWarning = label(QString(), page, "warningLabel");
+    labelHomeWarning->setAlignment(Qt::AlignCenter);
+    labelHomeWarning->hide();
+    layout->addSpacing(6);
+    layout->addWidget(labelHomeWarning);
     layout->addStretch();
     return page;
 }

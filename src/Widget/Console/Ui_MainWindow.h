@@ -72,6 +72,7 @@ public:
     QLabel* labelDeviceName = nullptr;
     QLabel* labelTypeUsb = nullptr;
     QLabel* labelTypeBle = nullptr;
+    QLabel* labelHomeWarning = nullptr;
     QComboBox* comboDictationLanguageHome = nullptr;
     QPushButton* buttonExplain = nullptr;
 
