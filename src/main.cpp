@@ -1,3 +1,4 @@
+#include "App/Services.h"
 #include "Platform/DesktopLauncher.h"
 #include "Utils/AppPaths.h"
 #include "Utils/CommandLine.h"
@@ -51,6 +52,9 @@ int main(int argc, char* argv[])
     if (app.isRunning()) {
         return 0;
     }
+    // From here a logout's SIGTERM or a Ctrl+C ends the program as 退出 does.
+    Services services;
+    services.quitOnSignals();
     CommandLine::logStart();
     // The console only hides on close; the process lives on for the mouse.
     app.setQuitOnLastWindowClosed(false);
@@ -66,5 +70,7 @@ int main(int argc, char* argv[])
         window->windowHandle()->installEventFilter(&exposed);
     }
     window->showAtStart();
+    services.addProgram(window);
+    QObject::connect(&app, &QCoreApplication::aboutToQuit, &services, &Services::shutDown);
     return app.exec();
 }

@@ -60,6 +60,11 @@ HidManager::HidManager(HidBackend* backend, QObject* parent) : QThread(parent), 
 
 HidManager::~HidManager()
 {
+    shutDown();
+}
+
+void HidManager::shutDown()
+{
     mPollTimer->stop();
     delete mDeviceFolderWatch;
     mDeviceFolderWatch = nullptr;

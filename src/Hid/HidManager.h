@@ -52,6 +52,9 @@ public:
     bool isOpen();
     void close();
     bool write(void* msg);
+    // At quit: the link closed, the read loop and the plug detector's thread joined. Safe to
+    // call twice; the destructor calls it.
+    void shutDown();
 
     // Tests: the plug detector, to call its check directly.
     UsbChangeWorker* changeWorker() const { return mWorker; }

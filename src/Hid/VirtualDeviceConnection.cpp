@@ -6,6 +6,7 @@
 
 #include <QFile>
 
+#include <pthread.h>
 #include <sys/socket.h>
 #include <sys/un.h>
 #include <unistd.h>
@@ -170,6 +171,8 @@ bool VirtualDeviceConnection::send(int channel, const QByteArray& payload)
 
 void VirtualDeviceConnection::readLoop(int fd)
 {
+    // Else it bears the name of the thread that connected first (the plug detector's).
+    pthread_setname_np(pthread_self(), "VirtualDevice");
     QByteArray payload;
     for (;;) {
         unsigned char header[3];

@@ -1,5 +1,7 @@
 #include "Platform/CaretTracker.h"
 
+#include <pthread.h>
+
 CaretTracker::CaretTracker(Lookup lookup, std::chrono::milliseconds wait, std::chrono::milliseconds maxAge)
     : mLookup(std::move(lookup)), mWait(wait), mMaxAge(maxAge), mWorker([this] { run(); })
 {
@@ -31,6 +33,8 @@ QPoint CaretTracker::caretPosition()
 
 void CaretTracker::run()
 {
+    // Named, so that one left running at quit is told apart from the main thread.
+    pthread_setname_np(pthread_self(), "CaretTracker");
     std::unique_lock<std::mutex> lock(mMutex);
     for (;;) {
         mChanged.wait(lock, [this] { return mStopping || mRequested > mAnswered; });

@@ -25,4 +25,7 @@ public:
     virtual unsigned long focusedWindow() = 0;
     // The caret in global coordinates, or (0, 0) when unknown.
     virtual QPoint caretPosition() = 0;
+    // At quit: gives back what typing changed on the desktop and stops its threads. Nothing is
+    // typed afterwards. Safe to call twice.
+    virtual void shutDown() {}
 };

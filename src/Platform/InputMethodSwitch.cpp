@@ -12,6 +12,9 @@
 #include <QFile>
 #include <QRegularExpression>
 #include <QStandardPaths>
+#include <QThread>
+
+#include <algorithm>
 
 namespace {
 
@@ -230,6 +233,15 @@ void InputMethodSwitch::scheduleRestore()
     if (isSuspended()) {
         mRestoreTimer.start();
     }
+}
+
+void InputMethodSwitch::finish()
+{
+    // The last keys may still be on their way to the input method: it must not compose them.
+    if (mRestoreTimer.isActive()) {
+        QThread::msleep(static_cast<unsigned long>(std::max(0, mRestoreTimer.remainingTime())));
+    }
+    restore();
 }
 
 void InputMethodSwitch::restore()

@@ -29,6 +29,8 @@ public:
     void suspend();
     // After typing: switches it back on once no typing followed for a while.
     void scheduleRestore();
+    // At quit: switches it back on now, after what is left of the delay.
+    void finish();
     bool isSuspended() const { return mFcitxSuspended || !mIbusEngine.isEmpty(); }
 
 public slots:

@@ -66,10 +66,23 @@ X11InputBackend::X11InputBackend()
 
 X11InputBackend::~X11InputBackend()
 {
+    shutDown();
+}
+
+void X11InputBackend::shutDown()
+{
+    mShutDown = true;
+    mOpenTried = true;  // no display is opened again: typing stays off
     if (mDisplay != nullptr) {
         mEvents.reset();
-        restoreSpares();
+        restoreSpares();  // once the keys sent are read
+    }
+    mInputMethod.finish();
+    mCaret.reset();
+    if (mDisplay != nullptr) {
         XCloseDisplay(dpy(mDisplay));
+        mDisplay = nullptr;
+        mUnavailable = QStringLiteral("shut down");
     }
 }
 
@@ -707,6 +720,9 @@ unsigned long X11InputBackend::focusedWindow()
 
 QPoint X11InputBackend::caretPosition()
 {
+    if (mShutDown) {
+        return QPoint(0, 0);
+    }
     if (!mCaret) {
         mCaret = std::make_unique<CaretTracker>(&AtspiCaret::lookUp);
     }

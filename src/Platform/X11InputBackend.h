@@ -78,6 +78,9 @@ public:
     QString activeWindowClass() override;
     unsigned long focusedWindow() override;
     QPoint caretPosition() override;
+    // The spare keycodes emptied, the input method given back, the caret search joined and the
+    // display closed; typing stays off after it.
+    void shutDown() override;
 
     // The keysym that types a code point.
     static unsigned long keysymFor(uint codePoint);
@@ -138,6 +141,7 @@ private:
     // root window is listened to no longer than needed.
     std::unique_ptr<QSocketNotifier> mEvents;
     bool mOpenTried = false;
+    bool mShutDown = false;
     QString mUnavailable;
     int mMinKeycode = 0;
     int mMaxKeycode = 0;

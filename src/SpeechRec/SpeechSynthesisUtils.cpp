@@ -38,9 +38,17 @@ SpeechSynthesisUtils::SpeechSynthesisUtils(const SpeechSynthesisWorker::Service&
 
 SpeechSynthesisUtils::~SpeechSynthesisUtils()
 {
+    shutDown();
+    delete mWorker;
+}
+
+void SpeechSynthesisUtils::shutDown()
+{
+    if (mThread.isRunning()) {
+        stop();
+    }
     mThread.quit();
     mThread.wait();
-    delete mWorker;
 }
 
 QString SpeechSynthesisUtils::audioFile()

@@ -26,6 +26,8 @@ public:
     bool isPlaying() const;
     // Ends the reading: the piece playing, the ones waiting and the ones still being fetched.
     void stop();
+    // At quit: the reading stopped and the worker's thread joined. Safe to call twice.
+    void shutDown();
     static QString audioFile();
 
 signals:

@@ -27,6 +27,9 @@ public:
         return current;
     }
 
+    // The instance if one was made, without making one: what is taken down at quit.
+    static T* existingInstance() { return sInstance.load(std::memory_order_acquire); }
+
     // Tests only: drop the instance so that the next getInstance() starts afresh.
     static void resetInstanceForTest() { delete sInstance.exchange(nullptr, std::memory_order_acq_rel); }
 

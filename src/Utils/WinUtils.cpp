@@ -15,6 +15,11 @@ WinUtils::WinUtils()
 
 WinUtils::~WinUtils() = default;
 
+void WinUtils::shutDown()
+{
+    mDesktop->shutDown();
+}
+
 void WinUtils::setBackend(InputBackend* backend)
 {
     mBackend = backend != nullptr ? backend : mDesktop.get();

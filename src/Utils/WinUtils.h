@@ -22,6 +22,9 @@ public:
     // Tests put a recording backend in; not owned. Null goes back to the desktop's.
     void setBackend(InputBackend* backend);
     InputBackend* backend() const;
+    // At quit: the desktop's backend gives back the keymap and the input method; typing is off
+    // afterwards.
+    void shutDown();
 
     QRect getScreen();
     QPoint getPosition1();

@@ -643,6 +643,25 @@ void InputPresenter::onDeviceLost()
     }
 }
 
+void InputPresenter::endForQuit()
+{
+    for (QTimer* timer : {&mTimerMinListen, &mTimerCheckIsLongClick, &mTimerUpdateVolume,
+                          &mTimerRecogningAnimation, &mTimerCloseTranslateView, &mTimerSyncDeviceVolume,
+                          &mTimerDelayHide, &mTimerClipboardPoll, &mTimerSingleKeyStop}) {
+        timer->stop();
+    }
+    if (mStatus.isRunning || isEngineRunning()) {
+        qCInfo(lcInput) << "quitting: the session ends where it stands";
+        stopEngine();
+    }
+    // What is typed stays as it was typed; no rewrite starts now and segments still waiting
+    // for their conversion are dropped: keys sent while the program goes could land anywhere.
+    mSegments.clear();
+    mStatus = InputStatus();
+    ++mSession;
+    mVoiceKeyPressing = false;
+}
+
 void InputPresenter::stopStatus()
 {
     mInputView->setMuteVolume();

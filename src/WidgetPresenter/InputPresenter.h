@@ -86,6 +86,9 @@ public:
     // Tests put a recording launcher in; not owned. Null goes back to the desktop's.
     void setLauncher(AppLauncher* launcher);
 
+    // At quit: the session ends where it stands, nothing more is typed or said.
+    void endForQuit();
+
     // Called by the panels.
     void stopStatus();
     int getCurVolume() const { return mDeviceVolume.load(); }

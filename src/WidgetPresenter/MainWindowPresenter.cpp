@@ -58,9 +58,27 @@ MainWindowPresenter::MainWindowPresenter(MainWindowView* view, const Collaborato
 MainWindowPresenter::~MainWindowPresenter()
 {
     // The controller's thread must be gone before the state it reads.
+    joinDeviceController();
+}
+
+void MainWindowPresenter::joinDeviceController()
+{
     if (mTimerDeviceController) {
         mTimerDeviceController->stop();
         mTimerDeviceController->wait();
+    }
+}
+
+void MainWindowPresenter::shutDown()
+{
+    joinDeviceController();
+    for (QTimer* timer : mTimers) {
+        if (timer != nullptr) {
+            timer->stop();
+        }
+    }
+    if (mHookManager != nullptr) {
+        mHookManager->stopHook();
     }
 }
 
@@ -119,6 +137,7 @@ void MainWindowPresenter::initDatas(const Collaborators& collaborators)
     // 7. The ladders and the version check.
     mTimerDeviceController = std::make_unique<CustomTimer>(collaborators.deviceControllerMs,
                                                            [this] { onTimerDeviceController(); });
+    mTimerDeviceController->setObjectName(QStringLiteral("DeviceControl"));
     connect(makeTimer(TimerDeviceMessage, collaborators.deviceMessageMs, false), &QTimer::timeout, this,
             &MainWindowPresenter::onTimerDeviceMessage);
     connect(makeTimer(TimerHttpController, kHttpControllerMs, false), &QTimer::timeout, this,

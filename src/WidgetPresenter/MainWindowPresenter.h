@@ -129,6 +129,10 @@ public:
     MainWindowPresenter(MainWindowView* view, const Collaborators& collaborators, QObject* parent = nullptr);
     ~MainWindowPresenter() override;
 
+    // At quit: the device controller's thread joined, every timer stopped, the input hook off.
+    // Safe to call twice.
+    void shutDown();
+
     // Tests: the state and the timers.
     DeviceStatus deviceStatus() const;
     DeviceInfo currentDeviceInfo() const;
@@ -302,6 +306,7 @@ public slots:
     void onTimerWorkTime();
 
 private:
+    void joinDeviceController();
     using Lock = std::lock_guard<std::recursive_mutex>;
 
     // A reply handler that does nothing once the presenter is gone: replies outlive it.
