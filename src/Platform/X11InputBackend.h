@@ -45,8 +45,8 @@ class QSocketNotifier;
 class X11InputBackend : public InputBackend {
 public:
     // The time a client that does not answer pings is given to read its keys before a keycode
-    // they were sent on changes.
-    static constexpr int kRemapSettleMs = 80;
+    // they were sent on changes; a busy desktop can keep a client from its queue for over 100 ms.
+    static constexpr int kRemapSettleMs = 250;
     // How long a ping may go unanswered before the client counts as not answering.
     static constexpr int kPingTimeoutMs = 2000;
     // Most spare keycodes used at once (X keycodes end at 255).
