@@ -8,6 +8,8 @@
 #include <QPushButton>
 #include <QVBoxLayout>
 
+#include <algorithm>
+
 AppAutoRunDialog::AppAutoRunDialog(QWidget* parent, AppAutoRunUtils* autoRun)
     : FramelessDialog(parent),
       mPresenter(new AppAutoRunPresenter(this, autoRun, this)),
@@ -17,7 +19,6 @@ AppAutoRunDialog::AppAutoRunDialog(QWidget* parent, AppAutoRunUtils* autoRun)
     setDraggable(true);
     setModal(true);
     setStyleSheet(DialogStyle::sheet());
-    setFixedSize(400, 200);
     auto* text = new QLabel(QStringLiteral("Zorvane需要在后台运行才能随时响应鼠标的语音键。"), this);
     text->setWordWrap(true);
     mSubmit->setObjectName(QStringLiteral("primaryButton"));
@@ -35,10 +36,13 @@ AppAutoRunDialog::AppAutoRunDialog(QWidget* parent, AppAutoRunUtils* autoRun)
         mNote->setWordWrap(true);
         mNote->setObjectName(QStringLiteral("mutedLabel"));
         layout->addWidget(mNote);
-        setFixedSize(400, 250);
     }
     layout->addStretch();
     layout->addLayout(buttons);
+    // As tall as the texts need at this width, as their style sets them: a longer path makes
+    // the note wrap to more lines.
+    ensurePolished();
+    setFixedSize(kWidth, std::max(kMinHeight, layout->heightForWidth(kWidth)));
     connect(mSubmit, &QPushButton::clicked, mPresenter, &AppAutoRunPresenter::submit);
 }
 

@@ -14,6 +14,9 @@ class AppAutoRunDialog : public FramelessDialog, public AppAutoRunView, public S
     Q_OBJECT
 
 public:
+    static constexpr int kWidth = 400;
+    static constexpr int kMinHeight = 200;
+
     // autoRun may be null for the process-wide one.
     explicit AppAutoRunDialog(QWidget* parent = nullptr, AppAutoRunUtils* autoRun = nullptr);
 
