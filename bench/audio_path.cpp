@@ -221,7 +221,7 @@ int main(int argc, char* argv[])
 
     // Ours: packets in, framed audio out on the SDK socket.
     Gateway gateway;
-    BaiduSpeech speech(nullptr, QStringLiteral("127.0.0.1"), gateway.controlPort());
+    BaiduSpeech speech(QStringLiteral("127.0.0.1"), gateway.controlPort());
     BleAudioHandler handler;
     QByteArray decoded;
     // Room for all of it, so that the check's appends allocate nothing in the counted path.

@@ -3,9 +3,10 @@
 // With --after-notices (on any Qt platform, offscreen will do) the battery panel and the caret
 // panel are shown and hidden again between two counts: a hidden window must cost nothing.
 // Run: build/release/bench/idle_wakeups [seconds] [--after-notices]
+#include "App/Services.h"
 #include "BenchUtil.h"
-#include "Hid/DeviceManager.h"
 #include "Hid/HookManager.h"
+#include "Utils/AppConfig.h"
 #include "Widget/Notices/LowbatDialog.h"
 #include "Widget/Panels/FocusFollowDialog.h"
 
@@ -39,7 +40,8 @@ int main(int argc, char* argv[])
     std::unique_ptr<QCoreApplication> app(notices ? new QApplication(argc, argv)
                                                   : new QCoreApplication(argc, argv));
     const int seconds = argc > 1 && argv[1][0] != '-' ? QString::fromLocal8Bit(argv[1]).toInt() : 10;
-    DeviceManager::getInstance();
+    Services services;
+    services.build(*AppConfig::getInstance());
     HookManager::getInstance()->startHook();
     count(seconds, [seconds, notices](double idle) {
         std::printf("%.0f wake-ups in %d s: %.1f per second\n", idle * seconds, seconds, idle);

@@ -1,7 +1,8 @@
+#include "App/CommandLine.h"
 #include "App/Services.h"
 #include "Platform/DesktopLauncher.h"
+#include "Utils/AppConfig.h"
 #include "Utils/AppPaths.h"
-#include "Utils/CommandLine.h"
 #include "Utils/MessageHandler.h"
 #include "Utils/Trace.h"
 #include "Widget/Console/MainWindow.h"
@@ -55,6 +56,7 @@ int main(int argc, char* argv[])
     // From here a logout's SIGTERM or a Ctrl+C ends the program as 退出 does.
     Services services;
     services.quitOnSignals();
+    services.build(*AppConfig::getInstance());
     CommandLine::logStart();
     // The console only hides on close; the process lives on for the mouse.
     app.setQuitOnLastWindowClosed(false);

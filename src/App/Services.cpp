@@ -1,10 +1,23 @@
 #include "App/Services.h"
 
+#include "BaiduSpeech/BaiduSpeech.h"
+#include "Hid/BLEManager.h"
 #include "Hid/DeviceManager.h"
+#include "Hid/HidApiBackend.h"
 #include "Hid/HidManager.h"
+#include "Hid/QtBleTransport.h"
+#include "Hid/VirtualBleTransport.h"
+#include "Hid/VirtualHidBackend.h"
+#include "IFlySpeech/IFlyWebSpeech.h"
+#include "Platform/SleepNotification.h"
+#include "Platform/WinUtils.h"
+#include "Recorder/QtAudioSource.h"
+#include "Recorder/RecordManager.h"
+#include "Recorder/VirtualAudioSource.h"
+#include "SpeechRec/SpeechRecognizer.h"
 #include "SpeechRec/SpeechSynthesisUtils.h"
+#include "Utils/AppConfig.h"
 #include "Utils/Logging.h"
-#include "Utils/WinUtils.h"
 #include "Widget/Console/MainWindow.h"
 #include "Widget/Panels/InputDialog.h"
 
@@ -106,6 +119,49 @@ bool Services::quitOnSignals()
         ::sigaction(number, &action, nullptr);
     }
     return true;
+}
+
+void Services::build(const AppConfig& config)
+{
+    // The device: its two links and the receiver's microphone, real or the virtual mouse's.
+    const QString virtualMouse = config.deviceVirtualSocket();
+    std::unique_ptr<HidBackend> hidBackend;
+    std::unique_ptr<BleTransport> bleTransport;
+    std::unique_ptr<AudioSource> microphone;
+    if (virtualMouse.isEmpty()) {
+        hidBackend = std::make_unique<HidApiBackend>();
+        bleTransport = std::make_unique<QtBleTransport>();
+        microphone = std::make_unique<QtAudioSource>();
+    } else {
+        qCInfo(lcDeviceHid) << "using the virtual receiver at" << virtualMouse;
+        hidBackend = std::make_unique<VirtualHidBackend>(virtualMouse);
+        bleTransport = std::make_unique<VirtualBleTransport>(virtualMouse);
+        microphone = std::make_unique<VirtualAudioSource>(virtualMouse);
+    }
+    HidManager* hid = HidManager::getInstance(std::move(hidBackend));
+    BLEManager* ble = BLEManager::getInstance(std::move(bleTransport), std::make_unique<SleepNotification>());
+    RecordManager* recorder = RecordManager::getInstance(std::move(microphone));
+    DeviceManager* device = DeviceManager::getInstance(hid, ble);
+
+    IFlyWebSpeech* ifly = IFlyWebSpeech::getInstance();
+    ifly->setDeviceType([device] { return device->getDeviceType(); });
+    routeAudio(device, recorder, {BaiduSpeech::getInstance(), ifly});
+}
+
+void Services::routeAudio(DeviceManager* device, RecordManager* recorder,
+                          const std::vector<SpeechRecognizer*>& recognizers)
+{
+    for (SpeechRecognizer* recognizer : recognizers) {
+        connect(device, &DeviceManager::signalAudioData, recognizer, &SpeechRecognizer::onAudioData);
+        connect(recorder, &RecordManager::signalAudioData, recognizer, &SpeechRecognizer::onAudioData);
+        connect(recognizer, &SpeechRecognizer::signalMicrophone, recorder, [recorder](bool on) {
+            if (on) {
+                recorder->startRecorder();
+            } else {
+                recorder->stopRecorder();
+            }
+        });
+    }
 }
 
 void Services::onSignal()

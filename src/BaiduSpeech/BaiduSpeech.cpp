@@ -1,7 +1,5 @@
 #include "BaiduSpeech/BaiduSpeech.h"
 
-#include "Hid/DeviceManager.h"
-#include "Recorder/RecordManager.h"
 #include "Utils/AppConfig.h"
 #include "Utils/Logging.h"
 #include "Utils/Notice.h"
@@ -23,17 +21,12 @@ constexpr int kSilenceFrameBytes = 1280;
 }  // namespace
 
 BaiduSpeech::BaiduSpeech()
-    : BaiduSpeech(RecordManager::getInstance(), AppConfig::getInstance()->gatewayHost(),
-                  AppConfig::getInstance()->gatewayControlPort())
+    : BaiduSpeech(AppConfig::getInstance()->gatewayHost(), AppConfig::getInstance()->gatewayControlPort())
 {
-    // Both roads of the audio reach the one slot: Bluetooth frames and the receiver's input.
-    connect(DeviceManager::getInstance(), &DeviceManager::signalAudioData, this, &BaiduSpeech::onAudioData);
-    connect(mRecordManager, &RecordManager::signalAudioData, this, &BaiduSpeech::onAudioData);
 }
 
-BaiduSpeech::BaiduSpeech(RecordManager* recorder, const QString& host, quint16 controlPort, QObject* parent)
-    : QObject(parent),
-      mRecordManager(recorder),
+BaiduSpeech::BaiduSpeech(const QString& host, quint16 controlPort, QObject* parent)
+    : SpeechRecognizer(parent),
       mHost(host),
       mControlPort(controlPort),
       mControlSocket(new QTcpSocket(this)),
@@ -130,9 +123,8 @@ void BaiduSpeech::start(int language)
     ++mUtterance;
     mSamples.clear();
     mSamples.reserve(kSamplesReserved);
-    if (mRecordManager != nullptr) {
-        mRecordManager->startRecorder();
-    }
+    // On either link: the receiver's microphone, if there is one, is what hears the user.
+    emit signalMicrophone(true);
     mUid = buildID();
     mLanguage = language;
     mParamsAccepted = false;
@@ -331,7 +323,7 @@ void BaiduSpeech::handleSocketMessage(const SocketMessage& message)
     }
 }
 
-void BaiduSpeech::onAudioData(QByteArray data)
+void BaiduSpeech::onAudioData(const QByteArray& data)
 {
     // A packet without samples says nothing about the volume.
     if (data.size() < 2) {
@@ -399,9 +391,7 @@ void BaiduSpeech::stop()
         return;
     }
     mState = Idle;
-    if (mRecordManager != nullptr) {
-        mRecordManager->stopRecorder();
-    }
+    emit signalMicrophone(false);
     mParamsAccepted = false;
     sendEnd();
     mTimerTail.start();
@@ -420,9 +410,7 @@ void BaiduSpeech::skip()
 {
     mState = Skipped;
     mSamples.clear();
-    if (mRecordManager != nullptr) {
-        mRecordManager->stopRecorder();
-    }
+    emit signalMicrophone(false);
     mParamsAccepted = false;
     mTimerEnd.start();
     mAudioBuffer.resize(0);

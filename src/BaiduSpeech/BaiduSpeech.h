@@ -2,19 +2,18 @@
 
 #include "BaiduSpeech/ElvUtil.h"
 #include "BaiduSpeech/VolumeJudge.h"
+#include "SpeechRec/SpeechRecognizer.h"
 #include "Utils/Singleton.h"
 
 #include <QList>
-#include <QObject>
 #include <QTimer>
 
 class QTcpSocket;
-class RecordManager;
 
 // The recogniser client of the speech gateway: asks the control port for the SDK servers,
 // picks one, sends the parameters and streams the audio in 4096-byte frames, and turns the
 // gateway's event lines into partial and final texts. Main thread.
-class BaiduSpeech : public QObject, public Singleton<BaiduSpeech> {
+class BaiduSpeech : public SpeechRecognizer, public Singleton<BaiduSpeech> {
     Q_OBJECT
 
 public:
@@ -27,13 +26,13 @@ public:
     static constexpr int kSamplesReserved = 2048;
 
     // Tests hand in the recorder (not owned, may be null) and the gateway.
-    BaiduSpeech(RecordManager* recorder, const QString& host, quint16 controlPort, QObject* parent = nullptr);
+    BaiduSpeech(const QString& host, quint16 controlPort, QObject* parent = nullptr);
     ~BaiduSpeech() override;
 
     void start(int language);
-    void stop();
+    void stop() override;
     void skip();
-    bool isRunning() const;
+    bool isRunning() const override;
 
     static QString buildID();
     static SDKServer getPort(const QList<SDKServer>& list);
@@ -47,17 +46,11 @@ public:
     QTimer* timerTail() { return &mTimerTail; }
 
 signals:
-    void signalBegin();
-    void signalFlushResult(QString result);
-    void signalResult(QString result);
-    void signalVolume(int volume);
-    void signalEnd();
-    void signalError(int code, QString msg);
     void signalChangeVolume(int volume);
     void signalDebugLog(QString log);
 
 public slots:
-    void onAudioData(QByteArray data);
+    void onAudioData(const QByteArray& data) override;
     void onStartTimeout();
     void onEndTimeout();
     void onTailTimeout();
@@ -78,7 +71,6 @@ private:
     bool sdkWritable() const;
     void dynamicChangeVolume();
 
-    RecordManager* mRecordManager;
     QString mHost;
     quint16 mControlPort;
     QTcpSocket* mControlSocket;

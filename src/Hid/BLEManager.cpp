@@ -1,7 +1,5 @@
 #include "Hid/BLEManager.h"
 
-#include "Hid/QtBleTransport.h"
-#include "Hid/VirtualBleTransport.h"
 #include "Platform/SleepNotification.h"
 #include "Utils/AppConfig.h"
 #include "Utils/Logging.h"
@@ -13,24 +11,21 @@ const QStringList kAcceptedNames = {QStringLiteral("Sorbeta"), QStringLiteral("P
 const QStringList kAcceptedAddressParts = {QStringLiteral("C8:47:8C"), QStringLiteral("22:18:3A")};
 }  // namespace
 
-BLEManager::BLEManager() : BLEManager(nullptr, nullptr) {}
+BLEManager::BLEManager() : mTransport(nullptr)
+{
+    qFatal("BLEManager asked for before the program made it");
+}
+
+BLEManager::BLEManager(std::unique_ptr<BleTransport> transport, std::unique_ptr<SleepNotification> sleep)
+    : BLEManager(transport.get(), sleep.get())
+{
+    mOwnedTransport = std::move(transport);
+    mOwnedSleep = std::move(sleep);
+}
 
 BLEManager::BLEManager(BleTransport* transport, SleepNotification* sleep, QObject* parent)
     : QObject(parent), mTransport(transport)
 {
-    if (mTransport == nullptr) {
-        const QString virtualSocket = AppConfig::getInstance()->deviceVirtualSocket();
-        if (virtualSocket.isEmpty()) {
-            mOwnedTransport = std::make_unique<QtBleTransport>();
-        } else {
-            mOwnedTransport = std::make_unique<VirtualBleTransport>(virtualSocket);
-        }
-        mTransport = mOwnedTransport.get();
-    }
-    if (sleep == nullptr && transport == nullptr) {
-        mOwnedSleep = std::make_unique<SleepNotification>();
-        sleep = mOwnedSleep.get();
-    }
     mConnectTimer.setSingleShot(true);
     mConnectTimer.setInterval(kConnectTimeoutMs);
     connect(&mConnectTimer, &QTimer::timeout, this, &BLEManager::onConnectTimeout);

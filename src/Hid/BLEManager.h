@@ -31,6 +31,8 @@ public:
 
     // Tests hand in a transport and their own sleep watcher (either may be null); not owned.
     BLEManager(BleTransport* transport, SleepNotification* sleep, QObject* parent = nullptr);
+    // The program's: the transport its configuration chose and the system's sleep notices, owned.
+    BLEManager(std::unique_ptr<BleTransport> transport, std::unique_ptr<SleepNotification> sleep);
     ~BLEManager() override;
 
     bool isConnected();
@@ -66,7 +68,7 @@ private slots:
 
 private:
     friend class Singleton<BLEManager>;
-    BLEManager();
+    BLEManager();  // never: the program makes it with its transport first
 
     void addDevice(const BleTransport::Device& device);
     void connectDevice();

@@ -1,9 +1,6 @@
 #include "Hid/HidManager.h"
 
-#include "Hid/HidApiBackend.h"
 #include "Hid/UsbChangeWorker.h"
-#include "Hid/VirtualHidBackend.h"
-#include "Utils/AppConfig.h"
 #include "Utils/Logging.h"
 
 #include <QFileSystemWatcher>
@@ -11,20 +8,18 @@
 
 #include <cstring>
 
-HidManager::HidManager() : HidManager(nullptr) {}
+HidManager::HidManager() : QThread(nullptr)
+{
+    qFatal("HidManager asked for before the program made it");
+}
+
+HidManager::HidManager(std::unique_ptr<HidBackend> backend) : HidManager(backend.get())
+{
+    mOwnedBackend = std::move(backend);
+}
 
 HidManager::HidManager(HidBackend* backend, QObject* parent) : QThread(parent), mBackend(backend)
 {
-    if (mBackend == nullptr) {
-        const QString virtualSocket = AppConfig::getInstance()->deviceVirtualSocket();
-        if (virtualSocket.isEmpty()) {
-            mOwnedBackend = std::make_unique<HidApiBackend>();
-        } else {
-            qCInfo(lcDeviceHid) << "using the virtual receiver at" << virtualSocket;
-            mOwnedBackend = std::make_unique<VirtualHidBackend>(virtualSocket);
-        }
-        mBackend = mOwnedBackend.get();
-    }
     qRegisterMetaType<HidDevice>();
     // Named, so that the thread start does not look the name up from the class.
     setObjectName(QStringLiteral("HidManager read"));

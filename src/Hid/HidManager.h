@@ -45,6 +45,8 @@ public:
 
     // Tests and the virtual receiver hand in their own backend; not owned.
     explicit HidManager(HidBackend* backend, QObject* parent = nullptr);
+    // The program's: the backend its configuration chose, owned.
+    explicit HidManager(std::unique_ptr<HidBackend> backend);
     ~HidManager() override;
 
     QList<HidDevice> enumerate();
@@ -71,7 +73,7 @@ protected:
 
 private:
     friend class Singleton<HidManager>;
-    HidManager();  // the backend the configuration names
+    HidManager();  // never: the program makes it with its backend first
 
     using Report = std::array<unsigned char, kReportSize + 1>;
 

@@ -1,8 +1,8 @@
 #include "Http/HttpManager.h"
 
 #include "Http/BaiduTranslate.h"
+#include "Http/JsonUtils.h"
 #include "Utils/AppConfig.h"
-#include "Utils/JsonUtils.h"
 #include "Utils/Logging.h"
 #include "Utils/UrlRules.h"
 

@@ -1,7 +1,5 @@
 #include "IFlySpeech/IFlyWebSpeech.h"
 
-#include "Hid/DeviceManager.h"
-#include "Recorder/RecordManager.h"
 #include "Utils/AppConfig.h"
 #include "Utils/Logging.h"
 
@@ -28,17 +26,10 @@ IFlyWebSpeech::Service configuredService()
 
 }  // namespace
 
-IFlyWebSpeech::IFlyWebSpeech()
-    : IFlyWebSpeech(RecordManager::getInstance(), configuredService(),
-                    [] { return DeviceManager::getInstance()->getDeviceType(); })
-{
-    connect(mRecordManager, &RecordManager::signalAudioData, this, &IFlyWebSpeech::onAudioData);
-    connect(DeviceManager::getInstance(), &DeviceManager::signalAudioData, this, &IFlyWebSpeech::onAudioData);
-}
+IFlyWebSpeech::IFlyWebSpeech() : IFlyWebSpeech(configuredService(), {}) {}
 
-IFlyWebSpeech::IFlyWebSpeech(RecordManager* recorder, const Service& service, std::function<int()> deviceType,
-                             QObject* parent)
-    : QObject(parent), mRecordManager(recorder), mService(service), mDeviceType(std::move(deviceType))
+IFlyWebSpeech::IFlyWebSpeech(const Service& service, std::function<int()> deviceType, QObject* parent)
+    : SpeechRecognizer(parent), mService(service), mDeviceType(std::move(deviceType))
 {
     mTimerIdle.setSingleShot(true);
     mTimerIdle.setInterval(kIdleMs);
@@ -155,8 +146,8 @@ void IFlyWebSpeech::onConnected()
         mRestarting = false;
         return;
     }
-    if (mDeviceType && mDeviceType() == 0 && mRecordManager != nullptr) {
-        mRecordManager->startRecorder();
+    if (mDeviceType && mDeviceType() == 0) {
+        emit signalMicrophone(true);
     }
     emit signalBegin();
 }
@@ -295,9 +286,7 @@ void IFlyWebSpeech::onReceiver(const QString& text)
         socket->disconnect(this);
         socket->abort();
         if (!mRestarting) {
-            if (mRecordManager != nullptr) {
-                mRecordManager->stopRecorder();
-            }
+            emit signalMicrophone(false);
             emit signalEnd();
             mRunning = 0;
         } else {
@@ -348,8 +337,8 @@ void IFlyWebSpeech::stop()
     if (socket) {
         sendEndFrame();
     }
-    if (mDeviceType && mDeviceType() == 0 && mRecordManager != nullptr) {
-        mRecordManager->stopRecorder();
+    if (mDeviceType && mDeviceType() == 0) {
+        emit signalMicrophone(false);
     }
     mRestarting = false;
     mTimerIdle.stop();

@@ -1,12 +1,12 @@
 #pragma once
 
 #include "IFlySpeech/IFlyMessage.h"
+#include "SpeechRec/SpeechRecognizer.h"
 #include "Utils/Singleton.h"
 
 #include <QDateTime>
 #include <QElapsedTimer>
 #include <QList>
-#include <QObject>
 #include <QScopedPointer>
 #include <QTimer>
 #include <QUrl>
@@ -14,13 +14,11 @@
 
 #include <functional>
 
-class RecordManager;
-
 // The dictation web service client: one web socket per utterance, first/continue/end frames
 // of Base64 audio, dynamic correction of the text (pgs "apd" settles, anything else replaces
 // the unsettled part), a 10 s idle stop, and after 45 s a quiet renewal of the connection
 // with the audio of that moment held back. Same signals as the gateway client. Main thread.
-class IFlyWebSpeech : public QObject, public Singleton<IFlyWebSpeech> {
+class IFlyWebSpeech : public SpeechRecognizer, public Singleton<IFlyWebSpeech> {
     Q_OBJECT
 
 public:
@@ -37,13 +35,15 @@ public:
     static constexpr qint64 kMaxReplyBytes = 256 * 1024;
 
     // Tests hand in the recorder (may be null), the service and the device type source.
-    IFlyWebSpeech(RecordManager* recorder, const Service& service, std::function<int()> deviceType,
-                  QObject* parent = nullptr);
+    // deviceType: the mouse's link (0 the receiver, 1 Bluetooth); the microphone is asked for on
+    // the receiver only. Unset, it is never asked for.
+    IFlyWebSpeech(const Service& service, std::function<int()> deviceType, QObject* parent = nullptr);
     ~IFlyWebSpeech() override;
 
     void start(QString language, QString accent, int mode);
-    void stop();
-    bool isRunning() const;
+    void stop() override;
+    bool isRunning() const override;
+    void setDeviceType(std::function<int()> deviceType) { mDeviceType = std::move(deviceType); }
 
     // The signed URL of a connection made at `now`.
     static QUrl buildAuthUrl(const Service& service, const QDateTime& now);
@@ -55,16 +55,8 @@ public:
     void addConnectionAge(qint64 ms) { mAgeOffsetMs += ms; }
     bool isRestarting() const { return mRestarting; }
 
-signals:
-    void signalBegin();
-    void signalFlushResult(QString result);
-    void signalResult(QString result);
-    void signalEnd();
-    void signalVolume(int volume);
-    void signalError(int code, QString message);
-
 public slots:
-    void onAudioData(const QByteArray& data);
+    void onAudioData(const QByteArray& data) override;
 
 private slots:
     void onConnected();
@@ -84,7 +76,6 @@ private:
     bool isConnected() const;
     qint64 connectionAgeMs() const;
 
-    RecordManager* mRecordManager;
     Service mService;
     std::function<int()> mDeviceType;
     QScopedPointer<QWebSocket> socket;

@@ -1,23 +1,19 @@
 #include "Recorder/RecordManager.h"
 
-#include "Recorder/QtAudioSource.h"
-#include "Recorder/VirtualAudioSource.h"
-#include "Utils/AppConfig.h"
 #include "Utils/Logging.h"
 
-RecordManager::RecordManager() : RecordManager(nullptr) {}
+RecordManager::RecordManager() : mSource(nullptr)
+{
+    qFatal("RecordManager asked for before the program made it");
+}
+
+RecordManager::RecordManager(std::unique_ptr<AudioSource> source) : RecordManager(source.get())
+{
+    mOwnedSource = std::move(source);
+}
 
 RecordManager::RecordManager(AudioSource* source, QObject* parent) : QObject(parent), mSource(source)
 {
-    if (mSource == nullptr) {
-        const QString virtualSocket = AppConfig::getInstance()->deviceVirtualSocket();
-        if (virtualSocket.isEmpty()) {
-            mOwnedSource = std::make_unique<QtAudioSource>();
-        } else {
-            mOwnedSource = std::make_unique<VirtualAudioSource>(virtualSocket);
-        }
-        mSource = mOwnedSource.get();
-    }
     connect(mSource, &AudioSource::signalData, this, &RecordManager::signalAudioData);
 }
 

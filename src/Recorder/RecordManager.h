@@ -15,6 +15,8 @@ class RecordManager : public QObject, public Singleton<RecordManager> {
 public:
     // Tests hand in their source; not owned.
     explicit RecordManager(AudioSource* source, QObject* parent = nullptr);
+    // The program's: the source its configuration chose, owned.
+    explicit RecordManager(std::unique_ptr<AudioSource> source);
 
     bool createRecorder();
     bool startRecorder();
@@ -29,7 +31,7 @@ signals:
 
 private:
     friend class Singleton<RecordManager>;
-    RecordManager();
+    RecordManager();  // never: the program makes it with its source first
 
     std::unique_ptr<AudioSource> mOwnedSource;
     AudioSource* mSource;

@@ -3,10 +3,10 @@
 #include "BaiduSpeech/BaiduSpeech.h"
 #include "Http/HttpManager.h"
 #include "IFlySpeech/IFlyWebSpeech.h"
+#include "Platform/WinUtils.h"
 #include "Utils/LanguageTables.h"
 #include "Utils/Logging.h"
 #include "Utils/PreferencesUtils.h"
-#include "Utils/WinUtils.h"
 
 #include <QPointer>
 

@@ -10,11 +10,11 @@
 #include "IFlySpeech/IFlyWebSpeech.h"
 #include "InputView.h"
 #include "Platform/DesktopLauncher.h"
+#include "Platform/WinUtils.h"
 #include "SpeechRec/SpeechSynthesisUtils.h"
 #include "Utils/LanguageTables.h"
 #include "Utils/Logging.h"
 #include "Utils/PreferencesUtils.h"
-#include "Utils/WinUtils.h"
 
 #include <QClipboard>
 #include <QGuiApplication>

@@ -8,10 +8,10 @@
 #include "Platform/ApplicationCatalog.h"
 #include "Platform/DesktopEntry.h"
 #include "Platform/InputBackend.h"
+#include "Platform/WinUtils.h"
 #include "Utils/Logging.h"
 #include "Utils/PreferencesUtils.h"
 #include "Utils/UrlRules.h"
-#include "Utils/WinUtils.h"
 
 #include <QFileInfo>
 #include <QUrl>

@@ -1,10 +1,10 @@
 #include "WidgetPresenter/TextTranslatePresenter.h"
 
 #include "Http/HttpManager.h"
+#include "Platform/WinUtils.h"
 #include "Utils/LanguageTables.h"
 #include "Utils/Logging.h"
 #include "Utils/PreferencesUtils.h"
-#include "Utils/WinUtils.h"
 #include "WidgetPresenter/TextTranslateView.h"
 
 #include <QPointer>

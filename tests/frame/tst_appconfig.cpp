@@ -1,5 +1,5 @@
+#include "App/CommandLine.h"
 #include "Utils/AppConfig.h"
-#include "Utils/CommandLine.h"
 
 #include <QFile>
 #include <QRegularExpression>

@@ -1,6 +1,6 @@
+#include "App/CommandLine.h"
 #include "ProcessLines.h"
 #include "Utils/AppConfig.h"
-#include "Utils/CommandLine.h"
 #include "Widget/SingleApplication.h"
 
 #include <QFile>

@@ -1,7 +1,7 @@
 // A reply body of the backend, read by every endpoint's reader in turn: each must take any
 // bytes, JSON or not, of any shape.
 #include "FuzzSupport.h"
-#include "Utils/JsonUtils.h"
+#include "Http/JsonUtils.h"
 
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size)
 {

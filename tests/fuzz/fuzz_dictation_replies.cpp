@@ -11,7 +11,6 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size)
     fuzzSetUp();
     // A refused address: the connection attempt waits in the event loop, which never runs here.
     static IFlyWebSpeech speech(
-        nullptr,
         IFlyWebSpeech::Service{QUrl(QStringLiteral("ws://127.0.0.1:9/")), QStringLiteral("app"),
                                QStringLiteral("key"), QStringLiteral("secret")},
         [] { return 0; });

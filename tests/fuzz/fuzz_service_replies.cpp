@@ -1,7 +1,7 @@
 // Replies of the translation service and of the synthesis token service.
 #include "FuzzSupport.h"
+#include "Http/JsonUtils.h"
 #include "SpeechRec/SpeechSynthesisWorker.h"
-#include "Utils/JsonUtils.h"
 
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size)
 {

@@ -1,6 +1,6 @@
+#include "Platform/WinUtils.h"
 #include "RecordingAppLauncher.h"
 #include "RecordingInputBackend.h"
-#include "Utils/WinUtils.h"
 #include "Widget/Notices/BLEConnentionGuidanceDialog.h"
 #include "Widget/Notices/CalendarPhrasesDialog.h"
 #include "Widget/Notices/RestDialog.h"

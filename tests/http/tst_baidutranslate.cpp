@@ -1,7 +1,7 @@
 #include "Http/BaiduTranslate.h"
 #include "Http/HttpManager.h"
+#include "Http/JsonUtils.h"
 #include "LocalHttpServer.h"
-#include "Utils/JsonUtils.h"
 
 #include <QJsonDocument>
 #include <QJsonObject>

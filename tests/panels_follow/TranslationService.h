@@ -4,9 +4,9 @@
 #include "Http/HttpManager.h"
 #include "Http/HttpRequest.h"
 #include "LocalHttpServer.h"
+#include "Platform/WinUtils.h"
 #include "RecordingInputBackend.h"
 #include "Utils/PreferencesUtils.h"
-#include "Utils/WinUtils.h"
 
 #include <QFile>
 #include <QStandardPaths>

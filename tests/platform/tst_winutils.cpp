@@ -1,6 +1,6 @@
+#include "Platform/WinUtils.h"
 #include "Platform/X11InputBackend.h"
 #include "RecordingInputBackend.h"
-#include "Utils/WinUtils.h"
 
 #include <QtTest>
 

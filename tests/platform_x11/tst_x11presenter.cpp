@@ -1,7 +1,7 @@
 #include "Hid/HookManager.h"
 #include "InputPresenterRig.h"
+#include "Platform/WinUtils.h"
 #include "Utils/AppPaths.h"
-#include "Utils/WinUtils.h"
 
 #include <QClipboard>
 #include <QElapsedTimer>

@@ -1,8 +1,8 @@
 #include "MixedText.h"
+#include "Platform/WinUtils.h"
 #include "Platform/X11InputBackend.h"
 #include "PrivateBus.h"
 #include "ProcessLines.h"
-#include "Utils/WinUtils.h"
 
 #include <QDBusConnection>
 #include <QDBusMessage>

@@ -240,7 +240,7 @@ void TestStandInSpeech::gatewaySession()
     QVERIFY2(gateway.start(0, &error), qPrintable(error));
     QCOMPARE(gateway.sdkPorts().size(), 3);  // counts 3, 1, 2: the client takes the second
 
-    BaiduSpeech speech(nullptr, QStringLiteral("127.0.0.1"), gateway.port());
+    BaiduSpeech speech(QStringLiteral("127.0.0.1"), gateway.port());
     QSignalSpy begin(&speech, &BaiduSpeech::signalBegin);
     QSignalSpy flush(&speech, &BaiduSpeech::signalFlushResult);
     QSignalSpy result(&speech, &BaiduSpeech::signalResult);
@@ -284,7 +284,7 @@ void TestStandInSpeech::gatewayRefusalErrorsAndCuts()
 
     // The client moves on to the third port and the session still begins.
     {
-        BaiduSpeech speech(nullptr, QStringLiteral("127.0.0.1"), gateway.port());
+        BaiduSpeech speech(QStringLiteral("127.0.0.1"), gateway.port());
         QSignalSpy begin(&speech, &BaiduSpeech::signalBegin);
         QSignalSpy result(&speech, &BaiduSpeech::signalResult);
         speech.start(1537);
@@ -299,7 +299,7 @@ void TestStandInSpeech::gatewayRefusalErrorsAndCuts()
     gateway.setParamsAnswers({});
     QVERIFY(fault.apply(QStringLiteral("error=-3005"), &error));
     {
-        BaiduSpeech speech(nullptr, QStringLiteral("127.0.0.1"), gateway.port());
+        BaiduSpeech speech(QStringLiteral("127.0.0.1"), gateway.port());
         QSignalSpy failed(&speech, &BaiduSpeech::signalError);
         speech.start(1537);
         QTRY_COMPARE(failed.size(), 1);
@@ -312,7 +312,7 @@ void TestStandInSpeech::gatewayRefusalErrorsAndCuts()
     {
         RecordingNoticeSink sink;
         Notice::setSink(&sink);
-        BaiduSpeech speech(nullptr, QStringLiteral("127.0.0.1"), gateway.port());
+        BaiduSpeech speech(QStringLiteral("127.0.0.1"), gateway.port());
         QSignalSpy begin(&speech, &BaiduSpeech::signalBegin);
         const int sessions = gateway.sessionCount();
         speech.start(1537);
@@ -325,7 +325,7 @@ void TestStandInSpeech::gatewayRefusalErrorsAndCuts()
 
     // Cut result lines are dropped, not half-read.
     {
-        BaiduSpeech speech(nullptr, QStringLiteral("127.0.0.1"), gateway.port());
+        BaiduSpeech speech(QStringLiteral("127.0.0.1"), gateway.port());
         QSignalSpy begin(&speech, &BaiduSpeech::signalBegin);
         QSignalSpy flush(&speech, &BaiduSpeech::signalFlushResult);
         QSignalSpy result(&speech, &BaiduSpeech::signalResult);
@@ -342,7 +342,7 @@ void TestStandInSpeech::gatewayRefusalErrorsAndCuts()
     // The connection ends after the first result: nothing more comes, nothing crashes.
     QVERIFY(fault.apply(QStringLiteral("close"), &error));
     {
-        BaiduSpeech speech(nullptr, QStringLiteral("127.0.0.1"), gateway.port());
+        BaiduSpeech speech(QStringLiteral("127.0.0.1"), gateway.port());
         QSignalSpy flush(&speech, &BaiduSpeech::signalFlushResult);
         QSignalSpy result(&speech, &BaiduSpeech::signalResult);
         QSignalSpy end(&speech, &BaiduSpeech::signalEnd);
@@ -368,7 +368,7 @@ void TestStandInSpeech::iflySession()
         QUrl(QStringLiteral("ws://127.0.0.1:%1/v2/iat").arg(ifly.service.port())), credentials.appId,
         credentials.apiKey, credentials.apiSecret};
 
-    IFlyWebSpeech speech(nullptr, client, [] { return 1; });
+    IFlyWebSpeech speech(client, [] { return 1; });
     QSignalSpy begin(&speech, &IFlyWebSpeech::signalBegin);
     QSignalSpy flush(&speech, &IFlyWebSpeech::signalFlushResult);
     QSignalSpy result(&speech, &IFlyWebSpeech::signalResult);
@@ -390,7 +390,7 @@ void TestStandInSpeech::iflySession()
     // A wrong secret is refused at the handshake: an error, never a beginning.
     IFlyWebSpeech::Service wrong = client;
     wrong.apiSecret = QStringLiteral("not-the-secret");
-    IFlyWebSpeech refused(nullptr, wrong, [] { return 1; });
+    IFlyWebSpeech refused(wrong, [] { return 1; });
     QSignalSpy refusedBegin(&refused, &IFlyWebSpeech::signalBegin);
     QSignalSpy refusedError(&refused, &IFlyWebSpeech::signalError);
     refused.start(QStringLiteral("zh_cn"), QStringLiteral("mandarin"), 0);

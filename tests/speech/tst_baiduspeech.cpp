@@ -87,7 +87,7 @@ void TestBaiduSpeech::sessionStreamsInOrder()
     FakeSpeechGateway gateway;
     QVERIFY(gateway.start({5, 2, 2}));
     gateway.setParamsAnswer(FakeSpeechGateway::Silent);
-    BaiduSpeech speech(nullptr, QStringLiteral("127.0.0.1"), gateway.controlPort());
+    BaiduSpeech speech(QStringLiteral("127.0.0.1"), gateway.controlPort());
     QSignalSpy begin(&speech, &BaiduSpeech::signalBegin);
     QSignalSpy flush(&speech, &BaiduSpeech::signalFlushResult);
     QSignalSpy result(&speech, &BaiduSpeech::signalResult);
@@ -144,7 +144,7 @@ void TestBaiduSpeech::stalledGatewayStillGetsEveryByte()
     // and still arrive whole and in order.
     FakeSpeechGateway gateway;
     QVERIFY(gateway.start({5, 2}));
-    BaiduSpeech speech(nullptr, QStringLiteral("127.0.0.1"), gateway.controlPort());
+    BaiduSpeech speech(QStringLiteral("127.0.0.1"), gateway.controlPort());
     speech.start(1537);
     QTRY_COMPARE(gateway.frames.size(), 1);
     QTRY_VERIFY(!speech.timerStart()->isActive());
@@ -180,7 +180,7 @@ void TestBaiduSpeech::serversThatDoNotAcknowledgeAreLeft()
     FakeSpeechGateway gateway;
     QVERIFY(gateway.start({1, 2, 3, 4}));
     gateway.setParamsAnswer(FakeSpeechGateway::Silent);
-    BaiduSpeech speech(nullptr, QStringLiteral("127.0.0.1"), gateway.controlPort());
+    BaiduSpeech speech(QStringLiteral("127.0.0.1"), gateway.controlPort());
     // The test says when 500 ms have passed; a loaded machine must not say it as well.
     speech.timerStart()->setInterval(60000);
     speech.start(1537);
@@ -207,7 +207,7 @@ void TestBaiduSpeech::silenceBlockOncePerSentence()
 {
     FakeSpeechGateway gateway;
     QVERIFY(gateway.start({5, 2}));
-    BaiduSpeech speech(nullptr, QStringLiteral("127.0.0.1"), gateway.controlPort());
+    BaiduSpeech speech(QStringLiteral("127.0.0.1"), gateway.controlPort());
     QSignalSpy debug(&speech, &BaiduSpeech::signalDebugLog);
     speech.start(1537);
     QTRY_VERIFY(!gateway.frames.isEmpty());
@@ -249,7 +249,7 @@ void TestBaiduSpeech::stopSkipAndEnds()
 {
     FakeSpeechGateway gateway;
     QVERIFY(gateway.start({5, 2}));
-    BaiduSpeech speech(nullptr, QStringLiteral("127.0.0.1"), gateway.controlPort());
+    BaiduSpeech speech(QStringLiteral("127.0.0.1"), gateway.controlPort());
     QSignalSpy end(&speech, &BaiduSpeech::signalEnd);
     QSignalSpy result(&speech, &BaiduSpeech::signalResult);
     speech.stop();  // idle: nothing is sent
@@ -297,7 +297,7 @@ void TestBaiduSpeech::repressDropsTheEarlierUtterance()
 {
     FakeSpeechGateway gateway;
     QVERIFY(gateway.start({5, 2}));
-    BaiduSpeech speech(nullptr, QStringLiteral("127.0.0.1"), gateway.controlPort());
+    BaiduSpeech speech(QStringLiteral("127.0.0.1"), gateway.controlPort());
     QSignalSpy end(&speech, &BaiduSpeech::signalEnd);
     QSignalSpy result(&speech, &BaiduSpeech::signalResult);
     speech.start(1537);
@@ -327,7 +327,7 @@ void TestBaiduSpeech::unreachableGatewayIsANotice()
     gateway.closeControl();
     RecordingNoticeSink sink;
     Notice::setSink(&sink);
-    BaiduSpeech speech(nullptr, QStringLiteral("127.0.0.1"), port);
+    BaiduSpeech speech(QStringLiteral("127.0.0.1"), port);
     speech.start(1537);
     QCOMPARE(sink.notices, QStringList({QStringLiteral("无法连接到服务!")}));
     QVERIFY(speech.isRunning());
@@ -338,7 +338,7 @@ void TestBaiduSpeech::endlessLineClosesTheConnection()
 {
     FakeSpeechGateway gateway;
     QVERIFY(gateway.start({5, 2}));
-    BaiduSpeech speech(nullptr, QStringLiteral("127.0.0.1"), gateway.controlPort());
+    BaiduSpeech speech(QStringLiteral("127.0.0.1"), gateway.controlPort());
     QSignalSpy error(&speech, &BaiduSpeech::signalError);
     speech.start(1537);
     QTRY_VERIFY(!gateway.frames.isEmpty());

@@ -126,7 +126,7 @@ void TestIFlyWebSpeech::signedUrl()
 void TestIFlyWebSpeech::framesOfASession()
 {
     FakeDictation fake;
-    IFlyWebSpeech speech(nullptr, fake.service(), [] { return 1; });
+    IFlyWebSpeech speech(fake.service(), [] { return 1; });
     QSignalSpy begin(&speech, &IFlyWebSpeech::signalBegin);
     speech.onAudioData(packet(100));  // not running: dropped
     speech.start(QStringLiteral("zh_cn"), QStringLiteral("cantonese"), 0);
@@ -155,7 +155,7 @@ void TestIFlyWebSpeech::framesOfASession()
 void TestIFlyWebSpeech::correctionsAndTheLastReply()
 {
     FakeDictation fake;
-    IFlyWebSpeech speech(nullptr, fake.service(), [] { return 1; });
+    IFlyWebSpeech speech(fake.service(), [] { return 1; });
     QSignalSpy flush(&speech, &IFlyWebSpeech::signalFlushResult);
     QSignalSpy result(&speech, &IFlyWebSpeech::signalResult);
     QSignalSpy end(&speech, &IFlyWebSpeech::signalEnd);
@@ -183,7 +183,7 @@ void TestIFlyWebSpeech::correctionsAndTheLastReply()
 void TestIFlyWebSpeech::renewalAfter45Seconds()
 {
     FakeDictation fake;
-    IFlyWebSpeech speech(nullptr, fake.service(), [] { return 1; });
+    IFlyWebSpeech speech(fake.service(), [] { return 1; });
     QSignalSpy begin(&speech, &IFlyWebSpeech::signalBegin);
     QSignalSpy result(&speech, &IFlyWebSpeech::signalResult);
     QSignalSpy end(&speech, &IFlyWebSpeech::signalEnd);
@@ -250,7 +250,7 @@ void TestIFlyWebSpeech::stopBetweenRenewedConnections()
     // while the new connection is being made, that connection is dropped when it stands.
     for (bool whileConnecting : {false, true}) {
         FakeDictation fake;
-        IFlyWebSpeech speech(nullptr, fake.service(), [] { return 1; });
+        IFlyWebSpeech speech(fake.service(), [] { return 1; });
         QSignalSpy begin(&speech, &IFlyWebSpeech::signalBegin);
         QSignalSpy end(&speech, &IFlyWebSpeech::signalEnd);
         QVERIFY(renewUntilLastReply(speech, fake, whileConnecting));
@@ -273,7 +273,7 @@ void TestIFlyWebSpeech::stopBetweenRenewedConnections()
 void TestIFlyWebSpeech::idleStopAndVolume()
 {
     FakeDictation fake;
-    IFlyWebSpeech speech(nullptr, fake.service(), [] { return 1; });
+    IFlyWebSpeech speech(fake.service(), [] { return 1; });
     QSignalSpy volume(&speech, &IFlyWebSpeech::signalVolume);
     QSignalSpy begin(&speech, &IFlyWebSpeech::signalBegin);
     speech.start(QStringLiteral("en_us"), QStringLiteral("mandarin"), 0);
@@ -292,7 +292,7 @@ void TestIFlyWebSpeech::idleStopAndVolume()
 void TestIFlyWebSpeech::oversizeReplyClosesTheConnection()
 {
     FakeDictation fake;
-    IFlyWebSpeech speech(nullptr, fake.service(), [] { return 1; });
+    IFlyWebSpeech speech(fake.service(), [] { return 1; });
     QSignalSpy flush(&speech, &IFlyWebSpeech::signalFlushResult);
     QSignalSpy error(&speech, &IFlyWebSpeech::signalError);
     speech.start(QStringLiteral("zh_cn"), QStringLiteral("mandarin"), 0);

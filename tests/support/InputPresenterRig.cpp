@@ -2,8 +2,8 @@
 
 #include "Hid/HookManager.h"
 #include "Http/HttpRequest.h"
+#include "Platform/WinUtils.h"
 #include "Utils/PreferencesUtils.h"
-#include "Utils/WinUtils.h"
 
 #include <QFile>
 #include <QStandardPaths>
@@ -16,11 +16,11 @@ InputPresenterRig::InputPresenterRig(bool network)
     PreferencesUtils::getInstance()->setUserPreferences(UserPreferences());
     hidBackend.setInterfaces({HidBackend::Interface{QStringLiteral("/dev/hidraw3"), kVid, kPid, 0xFF00}});
     silentServer.listen(QHostAddress::LocalHost);
-    baidu = std::make_unique<BaiduSpeech>(nullptr, QStringLiteral("127.0.0.1"), silentServer.serverPort());
+    baidu = std::make_unique<BaiduSpeech>(QStringLiteral("127.0.0.1"), silentServer.serverPort());
     const IFlyWebSpeech::Service service{
         QUrl(QStringLiteral("ws://127.0.0.1:%1/v2/iat").arg(silentServer.serverPort())),
         QStringLiteral("app"), QStringLiteral("key"), QStringLiteral("secret")};
-    ifly = std::make_unique<IFlyWebSpeech>(nullptr, service, [] { return 0; });
+    ifly = std::make_unique<IFlyWebSpeech>(service, [] { return 0; });
     WinUtils::getInstance()->setBackend(&desktop);
     if (!network) {
         restartPresenter();

@@ -1,6 +1,6 @@
 #include "InputPresenterRig.h"
+#include "Platform/WinUtils.h"
 #include "Utils/PreferencesUtils.h"
-#include "Utils/WinUtils.h"
 #include "WidgetPresenter/InputPresenter.h"
 #include "WidgetPresenter/LocalCommandTable.h"
 

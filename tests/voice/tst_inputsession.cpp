@@ -515,7 +515,6 @@ void TestInputSession::engineChoice()
     });
     mRig->presenter.reset();
     mRig->ifly = std::make_unique<IFlyWebSpeech>(
-        nullptr,
         IFlyWebSpeech::Service{QUrl(QStringLiteral("ws://127.0.0.1:%1/v2/iat").arg(service.serverPort())),
                                QStringLiteral("app"), QStringLiteral("key"), QStringLiteral("secret")},
         [] { return 1; });

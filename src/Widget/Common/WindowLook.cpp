@@ -1,6 +1,6 @@
 #include "Widget/Common/WindowLook.h"
 
-#include "Utils/WinUtils.h"
+#include "Platform/WinUtils.h"
 
 #include <QGuiApplication>
 #include <QPainterPath>

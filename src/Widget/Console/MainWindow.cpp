@@ -2,12 +2,12 @@
 
 #include "Platform/AppAutoRunUtils.h"
 #include "Platform/DesktopNotifications.h"
+#include "Platform/WinUtils.h"
 #include "SpeechRec/SpeechSynthesisUtils.h"
 #include "Utils/AppConfig.h"
 #include "Utils/KeyTable.h"
 #include "Utils/Logging.h"
 #include "Utils/PreferencesUtils.h"
-#include "Utils/WinUtils.h"
 #include "Widget/Common/DeletePopupDialog.h"
 #include "Widget/Common/WindowLook.h"
 #include "Widget/Common/ZorvaneMessageDialog.h"

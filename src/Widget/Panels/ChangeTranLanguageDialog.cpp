@@ -1,8 +1,8 @@
 #include "Widget/Panels/ChangeTranLanguageDialog.h"
 
+#include "Platform/WinUtils.h"
 #include "Utils/LanguageTables.h"
 #include "Utils/PreferencesUtils.h"
-#include "Utils/WinUtils.h"
 #include "Widget/Panels/ChangeTranMoreLanguageDialog.h"
 
 #include <QPushButton>

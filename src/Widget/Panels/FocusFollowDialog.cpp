@@ -1,6 +1,6 @@
 #include "Widget/Panels/FocusFollowDialog.h"
 
-#include "Utils/WinUtils.h"
+#include "Platform/WinUtils.h"
 #include "Widget/Common/WindowLook.h"
 
 #include <QCursor>

@@ -1,7 +1,7 @@
 #include "Widget/Panels/FocusFollowPanel.h"
 
+#include "Platform/WinUtils.h"
 #include "SpeechRec/SpeechSynthesisUtils.h"
-#include "Utils/WinUtils.h"
 #include "Widget/Common/WindowLook.h"
 #include "Widget/Panels/LevelAnimation.h"
 

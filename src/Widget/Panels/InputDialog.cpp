@@ -1,7 +1,7 @@
 #include "Widget/Panels/InputDialog.h"
 
+#include "Platform/WinUtils.h"
 #include "Utils/Logging.h"
-#include "Utils/WinUtils.h"
 #include "Widget/Common/WindowLook.h"
 #include "Widget/Common/label.h"
 #include "Widget/Panels/ChangeSearchLanguageDialog.h"

@@ -1,6 +1,6 @@
 // The strip as the voice session's view of the other panels: the caret panel (Fo), the fixed
 // panel (NoFo), the selection toolbar, the text translation window and the language pickers.
-#include "Utils/WinUtils.h"
+#include "Platform/WinUtils.h"
 #include "Widget/Common/ZorvaneMessageDialog.h"
 #include "Widget/Common/label.h"
 #include "Widget/Console/ExplainDialog.h"

@@ -1,4 +1,4 @@
-#include "Utils/JsonUtils.h"
+#include "Http/JsonUtils.h"
 
 #include <QJsonArray>
 #include <QJsonDocument>

@@ -1,10 +1,10 @@
-#include "Utils/CommandLine.h"
+#include "App/CommandLine.h"
 
+#include "Platform/WinUtils.h"
 #include "Platform/X11InputBackend.h"
 #include "Utils/AppConfig.h"
 #include "Utils/AppVersion.h"
 #include "Utils/Logging.h"
-#include "Utils/WinUtils.h"
 
 #include <QCommandLineParser>
 #include <QFileInfo>

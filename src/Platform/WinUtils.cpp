@@ -1,4 +1,4 @@
-#include "Utils/WinUtils.h"
+#include "Platform/WinUtils.h"
 
 #include "Platform/ChineseConverter.h"
 #include "Platform/MacKeyMap.h"
