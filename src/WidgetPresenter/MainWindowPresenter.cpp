@@ -7,18 +7,19 @@
 #include "Platform/AppAutoRunUtils.h"
 #include "Platform/InternetUtils.h"
 #include "Recorder/RecordManager.h"
+#include "Utils/AppVersion.h"
 #include "Utils/CustomTimer.h"
 #include "Utils/LanguageRules.h"
 #include "Utils/Logging.h"
 #include "Utils/PreferencesUtils.h"
+#include "WidgetPresenter/BackendLadder.h"
 #include "WidgetPresenter/MainWindowView.h"
+#include "WidgetPresenter/UpdatePresenter.h"
 
 #include <QGuiApplication>
 #include <QScreen>
 #include <QThread>
 #include <QTimer>
-
-#include <chrono>
 
 namespace {
 
@@ -77,6 +78,7 @@ void MainWindowPresenter::shutDown()
             timer->stop();
         }
     }
+    mLadder->stop();
     if (mHookManager != nullptr) {
         mHookManager->stopHook();
     }
@@ -86,18 +88,19 @@ void MainWindowPresenter::initDatas(const Collaborators& collaborators)
 {
     mDeviceManager = collaborators.device;
     mDBManager = collaborators.db;
-    mHttpManager = collaborators.http;
     mHookManager = collaborators.hook;
     mAutoRun = collaborators.autoRun;
     mRecordManager = collaborators.record;
     mNotices = collaborators.notices;
     mPicker = collaborators.picker;
     mScreenWidth = collaborators.screenWidth ? collaborators.screenWidth : primaryScreenWidth;
-    mClockMs = collaborators.clockMs ? collaborators.clockMs : [] {
-        return qint64(std::chrono::duration_cast<std::chrono::milliseconds>(
-                          std::chrono::steady_clock::now().time_since_epoch())
-                          .count());
-    };
+    BackendLadder::Collaborators ladder;
+    ladder.http = collaborators.http;
+    ladder.clockMs = collaborators.clockMs;
+    ladder.deviceInitialised = [this] { return isDeviceInitialised(); };
+    ladder.device = [this] { return mDevice; };
+    mLadder = new BackendLadder(ladder, this);
+    connectLadder();
 
     auto makeTimer = [this](TimerId id, int interval, bool singleShot) {
         QTimer* timer = new QTimer(this);
@@ -109,7 +112,6 @@ void MainWindowPresenter::initDatas(const Collaborators& collaborators)
 
     // 1. Flags.
     mDeviceOpenTime.id = -1;
-    mDeviceRecord.appVersion = QString::fromLatin1(kAppVersion);
 
     // 2, 3. Network state and preferences.
     if (collaborators.internet != nullptr) {
@@ -129,19 +131,12 @@ void MainWindowPresenter::initDatas(const Collaborators& collaborators)
 
     // 5. No local audio recorder is opened on this platform, so status 2 never arises.
 
-    // 6. The backend's time limit; each request gets failure handlers for its step.
-    if (mHttpManager != nullptr) {
-        mHttpManager->setTimeout(kHttpTimeoutMs);
-    }
-
     // 7. The ladders and the version check.
     mTimerDeviceController = std::make_unique<CustomTimer>(collaborators.deviceControllerMs,
                                                            [this] { onTimerDeviceController(); });
     mTimerDeviceController->setObjectName(QStringLiteral("DeviceControl"));
     connect(makeTimer(TimerDeviceMessage, collaborators.deviceMessageMs, false), &QTimer::timeout, this,
             &MainWindowPresenter::onTimerDeviceMessage);
-    connect(makeTimer(TimerHttpController, kHttpControllerMs, false), &QTimer::timeout, this,
-            &MainWindowPresenter::onTimerHttpController);
     connect(makeTimer(TimerVersionCheck, kVersionCheckMs, false), &QTimer::timeout, this,
             &MainWindowPresenter::onCheckVersion);
     if (mAutoRun != nullptr) {
@@ -169,10 +164,6 @@ void MainWindowPresenter::initDatas(const Collaborators& collaborators)
         }
         startDelayOpen(true);
     });
-    connect(makeTimer(TimerChargeAnimation, kChargeAnimationMs, false), &QTimer::timeout, this, [this] {
-        mView->setChargeUpTrayAnimationImage(mChargeStep);
-        mChargeStep = (mChargeStep + 1) % 24;
-    });
     connect(makeTimer(TimerWorkReset, kWorkResetMs, true), &QTimer::timeout, this,
             &MainWindowPresenter::onTimerWorkReset);
     connect(makeTimer(TimerWorkTime, userPreferences().workTime, true), &QTimer::timeout, this,
@@ -183,10 +174,6 @@ void MainWindowPresenter::initDatas(const Collaborators& collaborators)
         mBlinkStep = mBlinkStep == 3 ? 0 : 3;
         mView->setChargeUpTrayAnimationImage(mBlinkStep);
     });
-    connect(makeTimer(TimerHeartbeat, kHeartbeatMs, false), &QTimer::timeout, this,
-            &MainWindowPresenter::onTimerHeartbeat);
-    connect(this, &MainWindowPresenter::signalStartHeartbeat, mTimers[TimerHeartbeat],
-            qOverload<>(&QTimer::start));
     if (mHookManager != nullptr) {
         mHookManager->startHook();
         connect(mHookManager, &HookManager::signalMouseEvent, this, &MainWindowPresenter::onWorkInput);
@@ -201,10 +188,9 @@ void MainWindowPresenter::initDatas(const Collaborators& collaborators)
     mView->setVipFunction(false);
 
     // 9. The network as it is now; the watcher tells each change.
-    mIsInternet = collaborators.internet == nullptr || collaborators.internet->isOnline();
-    if (mIsInternet) {
-        mTimers[TimerHttpController]->start();
-    } else {
+    const bool online = collaborators.internet == nullptr || collaborators.internet->isOnline();
+    mLadder->setOnline(online);
+    if (!online) {
         addErrorStatus(3);
     }
 
@@ -215,6 +201,37 @@ void MainWindowPresenter::initDatas(const Collaborators& collaborators)
             qOverload<>(&QTimer::start));
 
     mTimerDeviceController->start();
+}
+
+void MainWindowPresenter::connectLadder()
+{
+    BackendLadder* l = mLadder;
+    connect(l, &BackendLadder::appVersion, this, [this](VersionInfo vi) {
+        emit signalAppVersion(vi);
+        if (userPreferences().checkUpdate != 0 && vi.version != QLatin1String(kAppVersion)) {
+            offerUpdate(vi);
+        }
+    });
+    connect(l, &BackendLadder::deviceListArrived, this, [this](QList<DeviceInfo> list) {
+        const Lock lock(mStatusMutex);
+        mDeviceInfoList = list;
+    });
+    connect(l, &BackendLadder::openTimeArrived, this, [this](DeviceOpenTime openTime) {
+        const Lock lock(mStatusMutex);
+        mDeviceOpenTime = openTime;
+        mUserPreferences.delayOpenDeviceTime = openTime.time;
+        mTimers[TimerDeviceDelayOpen]->setInterval(openTime.time);
+    });
+    connect(l, &BackendLadder::ipIdKnown, this, [this](int id) {
+        emit signalLocalIpId(id);
+        storePreference(&UserPreferences::saveIpAddress, 1);
+    });
+    connect(l, &BackendLadder::calendarPhrasesArrived, this, [this](CalendarPhrases phrases) {
+        if (userPreferences().calendarPhrases != 0) {
+            mView->showCalendarPhrases(phrases);
+        }
+    });
+    connect(l, &BackendLadder::directUIsArrived, this, &MainWindowPresenter::signalDirectUIsToInput);
 }
 
 void MainWindowPresenter::connectDevice()
@@ -480,16 +497,56 @@ void MainWindowPresenter::onPreferenceSettingCheckBoxDelAllSign(bool checked)
 
 void MainWindowPresenter::onInternetStateChange(bool state)
 {
+    mLadder->setOnline(state);
     if (state) {
-        mTimers[TimerHttpController]->start();
-        mIsInternet = true;
         removeErrorStatus(3);
     } else {
-        mIsInternet = false;
-        mHttpRequested[StepRegisterDevice] = false;
-        mHttpAnswered[StepRegisterDevice] = false;
         addErrorStatus(3);
     }
+}
+
+// ---- version offers
+
+void MainWindowPresenter::offerUpdate(const VersionInfo& vi)
+{
+    mOfferedVersion = vi.version;
+    mView->setDiscoverNewestVersionInfo(UpdatePresenter::releaseText(vi));
+    mView->setUpdateView(1);
+}
+
+void MainWindowPresenter::onCheckVersion()
+{
+    mLadder->fetchVersion([this](bool ok, VersionInfo vi) {
+        if (ok && !vi.version.isEmpty() && vi.version != QLatin1String(kAppVersion) &&
+            vi.version != mDeclinedVersion) {
+            offerUpdate(vi);
+        }
+    });
+}
+
+void MainWindowPresenter::recvUpdataSignalNoUpdata()
+{
+    mDeclinedVersion = mOfferedVersion;
+}
+
+void MainWindowPresenter::checkNewestAppVersion()
+{
+    // The user asked: a check that gets no answer says so, never that all is up to date.
+    mLadder->fetchVersion([this](bool ok, VersionInfo vi) {
+        if (!ok) {
+            emit signalAppVersionUnknown();
+            return;
+        }
+        emit signalAppVersion(vi);
+        if (userPreferences().checkUpdate == 0) {
+            return;
+        }
+        if (vi.version != QLatin1String(kAppVersion)) {
+            offerUpdate(vi);
+        } else {
+            mView->setUpdateView(0);
+        }
+    });
 }
 
 // ---- rest reminder

@@ -9,8 +9,6 @@
 
 #include <QList>
 #include <QObject>
-#include <QPointer>
-#include <QSet>
 #include <QString>
 
 #include <atomic>
@@ -20,6 +18,7 @@
 #include <vector>
 
 class AppAutoRunUtils;
+class BackendLadder;
 class ConsoleNotices;
 class CustomTimer;
 class DBManager;
@@ -47,7 +46,6 @@ class MainWindowPresenter : public QObject {
 public:
     static constexpr int kDeviceControllerMs = 600;
     static constexpr int kDeviceMessageMs = 600;
-    static constexpr int kHttpControllerMs = 100;
     static constexpr int kVersionCheckMs = 1200000;
     static constexpr int kLowbatGateMs = 1500000;
     static constexpr int kMinLowbatGateMs = 600000;
@@ -55,20 +53,11 @@ public:
     static constexpr int kWarningHintMs = 1000;
     static constexpr int kLowbatBlinkMs = 500;
     static constexpr int kConnectionCheckMs = 1000;
-    static constexpr int kChargeAnimationMs = 100;
-    static constexpr int kHeartbeatMs = 600000;
-    static constexpr int kHttpTimeoutMs = 8000;
     static constexpr int kOpenWaitTicks = 200;
     static constexpr int kLevelValueTries = 5;
     // Module replies with a customer code the backend's list lacks before the console stops
     // asking and keeps its own branding.
     static constexpr int kModuleTries = 5;
-    // A failing backend step is asked again at once this many times, then every kHttpBackoffMs.
-    static constexpr int kHttpQuickRetries = 2;
-    static constexpr int kHttpBackoffMs = 5000;
-    // The address report and the calendar phrase are given up for the run after this many tries.
-    static constexpr int kOptionalStepTries = 3;
-    static constexpr char kNoDongleId[] = "0000000000000000";
 
     // What the presenter talks to. The plain constructor takes the process-wide instances;
     // tests hand in their own (not owned). http, hook, internet, autoRun and record may be
@@ -93,33 +82,18 @@ public:
         std::function<qint64()> clockMs;
     };
 
-    // The steps of the HTTP ladder, in the order they are taken and retried.
-    enum HttpStep {
-        StepAppVersion,
-        StepDeviceList,
-        StepDeviceOpenTime,
-        StepIpAddress,
-        StepIpInfo,
-        StepUploadIpInfo,
-        StepCalendarPhrases,
-        StepRegisterDevice,
-        StepDirectUI,
-        HttpStepCount
-    };
     enum TimerId {
         TimerDeviceMessage,
-        TimerHttpController,
         TimerVersionCheck,
         TimerLowbatGate,
         TimerMinLowbatGate,
         TimerDeviceDelayOpen,
-        TimerChargeAnimation,
         TimerWorkReset,
         TimerWorkTime,
         TimerWarningHint,
         TimerLowbatBlink,
         TimerConnectionCheck,
-        TimerHeartbeat
+        TimerCount
     };
 
     // The process-wide instances, which the plain constructor takes; the window adds its own.
@@ -137,17 +111,12 @@ public:
     DeviceStatus deviceStatus() const;
     DeviceInfo currentDeviceInfo() const;
     QList<int> errorStatus() const { return mErrorStatus; }
-    bool httpRequested(HttpStep step) const { return mHttpRequested[step]; }
-    bool httpAnswered(HttpStep step) const { return mHttpAnswered[step]; }
-    bool httpGivenUp(HttpStep step) const { return mHttpGivenUp[step]; }
-    bool isConsoleDataComplete() const { return mConsoleDataComplete; }
+    BackendLadder* ladder() const { return mLadder; }
     bool isDeviceInitialised() const;
     bool isDeviceControllerRunning() const;
     QTimer* timer(TimerId id) const;
     UserPreferences userPreferences() const;
     Device device() const { return mDevice; }
-    DeviceRecord deviceRecord() const { return mDeviceRecord; }
-    IpInfo ipInfo() const { return mIpInfo; }
     struct BatteryState {
         bool powerPlugged = false;
         bool lowbatSeen = false;
@@ -180,15 +149,7 @@ public:
     // while it was away, runs again.
     void onViewShown();
 
-    // The HTTP ladder's requests.
-    void getAppVersion();
-    void getDeviceList();
-    void getIpAddress();
-    void getIpInfo();
-    void uploadIpInfo();
-    void registerDevice();
-    void getDirectUIList();
-    void getCalendarPhrases();
+    // The user asked for the newest version.
     void checkNewestAppVersion();
 
     // Command words.
@@ -228,7 +189,6 @@ signals:
     void signalGetDeviceInfo(DeviceInfo info);
     void signalLoadUserCommandWord(QList<CommandWord> word);
     void signalDirectUIsToInput(QList<DirectUI> directUIs);
-    void signalStartHeartbeat();
     void signalStartDeviceDelayOpen();
     void signalShowBLEGuidanceDialog();
     void signalHideBLEGuidanceDialog();
@@ -247,10 +207,7 @@ public slots:
     void onBLEDeviceConnectState(bool connected, QString uuid);
     void onTimerDeviceController();
     void onTimerDeviceMessage();
-    void onTimerHttpController();
-    void onTimerHeartbeat();
     void onTimerConnectionCheck();
-    void onGetPlugIn();
     void onCheckVersion();
 
     // Preferences of the console's pages.
@@ -309,35 +266,19 @@ private:
     void joinDeviceController();
     using Lock = std::lock_guard<std::recursive_mutex>;
 
-    // A reply handler that does nothing once the presenter is gone: replies outlive it.
-    template <typename Fn>
-    auto guard(Fn fn)
-    {
-        QPointer<MainWindowPresenter> self(this);
-        return [self, fn](auto... args) {
-            if (self) {
-                fn(args...);
-            }
-        };
-    }
-
     void initDatas(const Collaborators& collaborators);
     void connectDevice();
     // Runs fn on the main thread: now when already there, else queued.
     void runOnMain(std::function<void()> fn);
     void openSucceeded();
     void startDelayOpen(bool singleShot);
-    void httpStepFailed(HttpStep step, const QString& reason);
-    void httpStepAnswered(HttpStep step);
-    HttpRequest::TimeoutFunc onHttpTimeout(HttpStep step);
-    HttpRequest::ErrorFunc onHttpError(HttpStep step);
+    void connectLadder();
     void persistPreferences();
     void storePreference(int UserPreferences::*field, int value);
     // Applies a language box's rule and saves the record only when a language changed, so that
     // the boxes the save brings up to date settle instead of saving again.
     void changeLanguages(UserPreferences (*rule)(UserPreferences, int), int index);
     void unknownCustomerCode(const QString& customerCode);
-    void checkImage(const QString& reference, std::function<void(QString)> setImage, bool defaultIfEmpty);
     void offerUpdate(const VersionInfo& vi);
     void checkDpiButton(int level);
     bool deviceInsertStep(bool state);
@@ -360,7 +301,6 @@ private:
     MainWindowView* mView;
     DeviceManager* mDeviceManager = nullptr;
     DBManager* mDBManager = nullptr;
-    HttpManager* mHttpManager = nullptr;
     HookManager* mHookManager = nullptr;
     AppAutoRunUtils* mAutoRun = nullptr;
     RecordManager* mRecordManager = nullptr;
@@ -392,26 +332,13 @@ private:
         bool insertChange = false;
     } mDeviceState;
     Device mDevice;
-    DeviceRecord mDeviceRecord;
-    IpInfo mIpInfo;
-    QString mIpAddress;
-    std::atomic<bool> mIsInternet{true};
     QList<int> mErrorStatus;
-    QSet<QString> mImageDownloads;  // pictures being fetched, by local path
-    bool mConsoleDataComplete = false;
     bool mGuidanceShown = false;
     bool mPowerHint = false;
-    bool mHttpRequested[HttpStepCount] = {};
-    bool mHttpAnswered[HttpStepCount] = {};
-    bool mHttpGivenUp[HttpStepCount] = {};
-    int mHttpFailures[HttpStepCount] = {};  // in a row, since the step last answered
-    qint64 mHttpRetryAt[HttpStepCount] = {};
-    std::function<qint64()> mClockMs;
     QString mOfferedVersion;
     QString mDeclinedVersion;
     BatteryState mBattery;
     int mBlinkStep = 0;
-    int mChargeStep = 0;
 
     QList<CommandWord> mCommandWords;
     CommandWord mEditCommand;
@@ -419,5 +346,6 @@ private:
     QList<int> mEditShortcutList;
 
     std::unique_ptr<CustomTimer> mTimerDeviceController;
-    QTimer* mTimers[TimerHeartbeat + 1] = {};
+    QTimer* mTimers[TimerCount] = {};
+    BackendLadder* mLadder = nullptr;
 };

@@ -1,5 +1,6 @@
 // Battery notices: which report reaches the user, how often, and when the battery counts as
 // recovered.
+#include "WidgetPresenter/BackendLadder.h"
 #include "WidgetPresenter/MainWindowPresenter.h"
 #include "WidgetPresenter/MainWindowView.h"
 
@@ -98,7 +99,7 @@ void MainWindowPresenter::batteryBackToNormal()
 {
     removeErrorStatus(4);
     removeErrorStatus(5);
-    addErrorStatus(mIsInternet ? 0 : 3);
+    addErrorStatus(mLadder->isOnline() ? 0 : 3);
     stopIfActive(mTimers[TimerLowbatGate]);
     stopIfActive(mTimers[TimerMinLowbatGate]);
 }

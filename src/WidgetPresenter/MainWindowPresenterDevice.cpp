@@ -1,16 +1,14 @@
 // The device lifecycle of the console presenter: the controller ladder on its own thread,
 // the message loop, opening, identification, plug events and Bluetooth.
 #include "Hid/DeviceManager.h"
-#include "Http/HttpManager.h"
 #include "Recorder/RecordManager.h"
 #include "Utils/CustomTimer.h"
 #include "Utils/Logging.h"
+#include "WidgetPresenter/BackendLadder.h"
 #include "WidgetPresenter/ConsoleNotices.h"
 #include "WidgetPresenter/MainWindowPresenter.h"
 #include "WidgetPresenter/MainWindowView.h"
-#include "WidgetPresenter/PictureFiles.h"
 
-#include <QFile>
 #include <QTimer>
 
 namespace {
@@ -128,11 +126,7 @@ bool MainWindowPresenter::deviceControllerStep(std::vector<std::function<void()>
         mDeviceInitialised = true;
         qCInfo(lcConsole) << "device initialised";
         // The HTTP ladder rests while it waits for a device; this is what it waited for.
-        runOnMain([this] {
-            if (mIsInternet && !mConsoleDataComplete) {
-                mTimers[TimerHttpController]->start();
-            }
-        });
+        runOnMain([this] { mLadder->resume(); });
     }
     return false;
 }
@@ -349,25 +343,7 @@ void MainWindowPresenter::startDelayOpen(bool singleShot)
 
 void MainWindowPresenter::getDeviceOpenTime()
 {
-    if (mIsInternet && mHttpManager != nullptr) {
-        // The ladder and the controller both ask: one request at a time, and the pause after
-        // failures holds for both.
-        if (mHttpRequested[StepDeviceOpenTime] || mClockMs() < mHttpRetryAt[StepDeviceOpenTime]) {
-            return;
-        }
-        mHttpRequested[StepDeviceOpenTime] = true;
-        mHttpManager->getDeviceOpenTime(guard([this](bool ok, DeviceOpenTime openTime) {
-                                            if (!ok) {
-                                                httpStepFailed(StepDeviceOpenTime, QStringLiteral("refused"));
-                                                return;
-                                            }
-                                            httpStepAnswered(StepDeviceOpenTime);
-                                            const Lock lock(mStatusMutex);
-                                            mDeviceOpenTime = openTime;
-                                            mUserPreferences.delayOpenDeviceTime = openTime.time;
-                                            mTimers[TimerDeviceDelayOpen]->setInterval(openTime.time);
-                                        }),
-                                        onHttpTimeout(StepDeviceOpenTime), onHttpError(StepDeviceOpenTime));
+    if (mLadder->requestOpenTime()) {
         return;
     }
     const Lock lock(mStatusMutex);
@@ -382,7 +358,7 @@ void MainWindowPresenter::onDeviceReady()
         const Lock lock(mStatusMutex);
         mDeviceStatus.ready = true;
     }
-    if (mIsInternet) {
+    if (mLadder->isOnline()) {
         removeErrorStatus(0);
     }
     mTimers[TimerDeviceMessage]->start();
@@ -455,7 +431,7 @@ void MainWindowPresenter::onDeviceModule(int lamplightModule, int shakeModule, i
     {
         const Lock lock(mStatusMutex);
         UserPreferences& p = mUserPreferences;
-        if (mIsInternet) {
+        if (mLadder->isOnline()) {
             const auto row =
                 std::find_if(mDeviceInfoList.cbegin(), mDeviceInfoList.cend(),
                              [&](const DeviceInfo& info) { return info.customerCode == customerCode; });
@@ -495,7 +471,7 @@ void MainWindowPresenter::unknownCustomerCode(const QString& customerCode)
 {
     DeviceStatus& s = mDeviceStatus;
     // Before the list has come there is nothing to match against yet.
-    if (s.moduleKnown || !mHttpAnswered[StepDeviceList]) {
+    if (s.moduleKnown || !mLadder->answered(BackendLadder::StepDeviceList)) {
         return;
     }
     if (++s.moduleTries < kModuleTries) {
@@ -509,56 +485,33 @@ void MainWindowPresenter::unknownCustomerCode(const QString& customerCode)
     mView->setDeviceName(tr("未识别的鼠标（客户编码 %1）").arg(customerCode));
 }
 
-void MainWindowPresenter::checkImage(const QString& reference, std::function<void(QString)> setImage,
-                                     bool defaultIfEmpty)
-{
-    // A refused name counts as none.
-    const QString path = reference.isEmpty() ? QString() : PictureFiles::localPath(reference);
-    if (path.isEmpty()) {
-        if (defaultIfEmpty) {
-            mView->setDefaultHomeImage();
-        }
-        return;
-    }
-    if (QFile::exists(path)) {
-        setImage(path);
-        return;
-    }
-    // Module replies come again while the first download runs: fetch each picture once.
-    if (mHttpManager == nullptr || mImageDownloads.contains(path)) {
-        return;
-    }
-    mImageDownloads.insert(path);
-    mHttpManager->downloadImage(reference, path, guard([this, setImage, path](bool ok, QString saved) {
-                                    mImageDownloads.remove(path);
-                                    if (ok) {
-                                        setImage(saved);
-                                    }
-                                }),
-                                guard([this, path](QString url, QNetworkReply::NetworkError code) {
-                                    mImageDownloads.remove(path);
-                                    // Part of a picture would pass for the whole one next time.
-                                    QFile::remove(path);
-                                    qCWarning(lcConsole).noquote() << "image download failed:" << url << code;
-                                }));
-}
-
 void MainWindowPresenter::checkHomeImage()
 {
-    checkImage(
-        currentDeviceInfo().homeImage, [this](QString path) { mView->setHomeImage(path); }, true);
+    mLadder->fetchPicture(currentDeviceInfo().homeImage, [this](QString path) {
+        if (path.isEmpty()) {
+            mView->setDefaultHomeImage();
+        } else {
+            mView->setHomeImage(path);
+        }
+    });
 }
 
 void MainWindowPresenter::checkExplainImage()
 {
-    checkImage(
-        currentDeviceInfo().explainImage, [this](QString path) { mView->setExplainImage(path); }, false);
+    mLadder->fetchPicture(currentDeviceInfo().explainImage, [this](QString path) {
+        if (!path.isEmpty()) {
+            mView->setExplainImage(path);
+        }
+    });
 }
 
 void MainWindowPresenter::checkNavImage()
 {
-    checkImage(
-        currentDeviceInfo().navImage, [this](QString path) { mView->setNavImage(path); }, false);
+    mLadder->fetchPicture(currentDeviceInfo().navImage, [this](QString path) {
+        if (!path.isEmpty()) {
+            mView->setNavImage(path);
+        }
+    });
 }
 
 void MainWindowPresenter::onUSBChange(int vid, int pid, bool enable)
@@ -728,9 +681,4 @@ void MainWindowPresenter::onViewShown()
         mConnectionCheckResting = false;
         mTimers[TimerConnectionCheck]->start();
     }
-}
-
-void MainWindowPresenter::onGetPlugIn()
-{
-    mDeviceManager->getDevicePowerPlugIn();
 }

@@ -5,6 +5,7 @@
 #include "Http/HttpManager.h"
 #include "MouseSimulator.h"
 #include "ServiceSet.h"
+#include "WidgetPresenter/BackendLadder.h"
 #include "WidgetPresenter/PictureFiles.h"
 
 #include <QJsonArray>
@@ -262,7 +263,7 @@ void TestConsoleLadder::onlineLadderOpensFromTheListAndRegisters()
     QSignalSpy directUIs(presenter, &MainWindowPresenter::signalDirectUIsToInput);
     QSignalSpy ipIds(presenter, &MainWindowPresenter::signalLocalIpId);
 
-    QTRY_VERIFY_WITH_TIMEOUT(presenter->isConsoleDataComplete(), 20000);
+    QTRY_VERIFY_WITH_TIMEOUT(presenter->ladder()->isComplete(), 20000);
     QCOMPARE(presenter->currentDeviceInfo().customerName, QStringLiteral("Zorvane"));
     // The branding pictures are named by the Base64 of their file names.
     const QString picture = PictureFiles::folder() + QStringLiteral("/em9ydmFuZV9ob21lLnBuZw");
@@ -291,9 +292,9 @@ void TestConsoleLadder::onlineLadderOpensFromTheListAndRegisters()
     const int ipAt = endpoints.indexOf(QStringLiteral("/ipinfo/upload"));
     QVERIFY(ipAt >= 0 && endpoints.lastIndexOf(QStringLiteral("/device/register")) > ipAt);
     QCOMPARE(mServices.uploads().entries(QStringLiteral("/device/register")).size(), registeredBefore + 1);
-    QCOMPARE(presenter->deviceRecord().ip, ipIds.at(0).at(0).toInt());
-    QVERIFY(presenter->timer(MainWindowPresenter::TimerHeartbeat)->isActive());
-    QVERIFY(!presenter->timer(MainWindowPresenter::TimerHttpController)->isActive());
+    QCOMPARE(presenter->ladder()->deviceRecord().ip, ipIds.at(0).at(0).toInt());
+    QVERIFY(presenter->ladder()->timer(BackendLadder::TimerHeartbeat)->isActive());
+    QVERIFY(!presenter->ladder()->timer(BackendLadder::TimerController)->isActive());
 
     // Two module replies with different codes: the last one brands the console.
     presenter->onDeviceModule(1, 1, 1, 1, QStringLiteral("0D0E0F"), 0);
@@ -338,7 +339,7 @@ void TestConsoleLadder::unlistedCustomerCodeIsGivenUp()
 
 void TestConsoleLadder::httpStepsRunInOrderAndRetry()
 {
-    using P = MainWindowPresenter;
+    using L = BackendLadder;
     auto http = backend();
     VirtualHidBackend noReceiver(mSocketPath + QStringLiteral(".absent"));
     ConsoleRig rig(&noReceiver, kTickMs);
@@ -346,78 +347,78 @@ void TestConsoleLadder::httpStepsRunInOrderAndRetry()
     rig.clockMs = [&now] { return now; };
     ConsoleLog log;
     MainWindowPresenter* presenter = rig.start(http.get());
-    presenter->timer(P::TimerHttpController)->stop();  // ticks by hand from here
+    BackendLadder* ladder = presenter->ladder();
+    ladder->timer(L::TimerController)->stop();  // ticks by hand from here
     http->setTimeout(200);
 
     // A slow backend: the first step times out and is asked again on the next tick.
     Fault& fault = mServices.fault(ServiceSet::Backend);
     fault.delayMs = 600;
-    presenter->onTimerHttpController();
-    QVERIFY(presenter->httpRequested(P::StepAppVersion));
-    QTRY_VERIFY(!presenter->httpRequested(P::StepAppVersion));
-    QVERIFY(!presenter->httpAnswered(P::StepAppVersion));
+    ladder->onTimerController();
+    QVERIFY(ladder->requested(L::StepAppVersion));
+    QTRY_VERIFY(!ladder->requested(L::StepAppVersion));
+    QVERIFY(!ladder->answered(L::StepAppVersion));
     fault.clear();
-    http->setTimeout(MainWindowPresenter::kHttpTimeoutMs);  // no more time-outs from a busy machine
+    http->setTimeout(L::kHttpTimeoutMs);  // no more time-outs from a busy machine
     // Errors are retried the same way, at once the second time, then only after a pause.
     fault.httpStatus = 500;
     for (int attempt = 0; attempt < 2; ++attempt) {
-        presenter->onTimerHttpController();
-        QVERIFY(presenter->httpRequested(P::StepAppVersion));
-        QTRY_VERIFY(!presenter->httpRequested(P::StepAppVersion));
+        ladder->onTimerController();
+        QVERIFY(ladder->requested(L::StepAppVersion));
+        QTRY_VERIFY(!ladder->requested(L::StepAppVersion));
     }
-    now += P::kHttpBackoffMs - 1;
-    presenter->onTimerHttpController();
-    QVERIFY(!presenter->httpRequested(P::StepAppVersion));
+    now += L::kBackoffMs - 1;
+    ladder->onTimerController();
+    QVERIFY(!ladder->requested(L::StepAppVersion));
     now += 1;
-    presenter->onTimerHttpController();
-    QVERIFY(presenter->httpRequested(P::StepAppVersion));
-    QTRY_VERIFY(!presenter->httpRequested(P::StepAppVersion));
+    ladder->onTimerController();
+    QVERIFY(ladder->requested(L::StepAppVersion));
+    QTRY_VERIFY(!ladder->requested(L::StepAppVersion));
     fault.clear();
     // The streak of four failures is written once, and its end once.
     QCOMPARE(log.count(QStringLiteral("app version failed")), 1);
-    now += P::kHttpBackoffMs;
+    now += L::kBackoffMs;
     QTRY_VERIFY([&] {
-        presenter->onTimerHttpController();
-        return presenter->httpAnswered(P::StepAppVersion);
+        ladder->onTimerController();
+        return ladder->answered(L::StepAppVersion);
     }());
     QCOMPARE(log.count(QStringLiteral("app version")), 2);
 
     // Each step is asked only once the one before has answered. The device controller asks
     // for the open time on its own, so that step is left out of the order.
-    const QList<P::HttpStep> order{P::StepAppVersion, P::StepDeviceList,   P::StepIpAddress,
-                                   P::StepIpInfo,     P::StepUploadIpInfo, P::StepCalendarPhrases};
+    const QList<L::Step> order{L::StepAppVersion, L::StepDeviceList,   L::StepIpAddress,
+                               L::StepIpInfo,     L::StepUploadIpInfo, L::StepCalendarPhrases};
     for (int i = 0; i < order.size(); ++i) {
         QTRY_VERIFY([&] {
-            presenter->onTimerHttpController();
-            return presenter->httpAnswered(order.at(i));
+            ladder->onTimerController();
+            return ladder->answered(order.at(i));
         }());
         for (int later = i + 1; later < order.size(); ++later) {
-            QVERIFY2(!presenter->httpRequested(order.at(later)) || i + 1 == later,
-                     qPrintable(QString::number(i)));
+            QVERIFY2(!ladder->requested(order.at(later)) || i + 1 == later, qPrintable(QString::number(i)));
         }
     }
     // Without a set-up device the ladder rests before the registration, timer stopped.
-    presenter->timer(P::TimerHttpController)->start();
-    presenter->onTimerHttpController();
-    QVERIFY(!presenter->httpRequested(P::StepRegisterDevice));
-    QVERIFY(!presenter->timer(P::TimerHttpController)->isActive());
-    QVERIFY(!presenter->isConsoleDataComplete());
+    ladder->timer(L::TimerController)->start();
+    ladder->onTimerController();
+    QVERIFY(!ladder->requested(L::StepRegisterDevice));
+    QVERIFY(!ladder->timer(L::TimerController)->isActive());
+    QVERIFY(!ladder->isComplete());
 
     // Offline the timer stops at its first tick; online starts it again.
     presenter->onInternetStateChange(false);
     QCOMPARE(rig.errors().last(), 3);
     presenter->onInternetStateChange(true);
-    QVERIFY(presenter->timer(P::TimerHttpController)->isActive());
+    QVERIFY(ladder->timer(L::TimerController)->isActive());
     QVERIFY(!rig.errors().contains(3));
 
     // A receiver whose id is sixteen zeros is never registered.
     const int registeredBefore = mServices.uploads().entries(QStringLiteral("/device/register")).size();
     presenter->onDeviceDongleFlashID(QStringLiteral("0000000000000000"));
-    presenter->registerDevice();
-    QVERIFY(presenter->httpAnswered(P::StepRegisterDevice));
+    ladder->registerDevice();
+    QVERIFY(ladder->answered(L::StepRegisterDevice));
     QTest::qWait(200);
     QCOMPARE(mServices.uploads().entries(QStringLiteral("/device/register")).size(), registeredBefore);
-    QVERIFY(!presenter->timer(P::TimerHeartbeat)->isActive());
+    QVERIFY(!ladder->timer(L::TimerHeartbeat)->isActive());
 }
 
 void TestConsoleLadder::optionalStepsGiveWayToRegistration()
@@ -434,14 +435,14 @@ void TestConsoleLadder::optionalStepsGiveWayToRegistration()
     QSignalSpy directUIs(presenter, &MainWindowPresenter::signalDirectUIsToInput);
 
     // The address report is given up after a few tries; the mouse is registered without it.
-    QTRY_VERIFY_WITH_TIMEOUT(presenter->isConsoleDataComplete(), 20000);
+    QTRY_VERIFY_WITH_TIMEOUT(presenter->ladder()->isComplete(), 20000);
     mServices.fault(ServiceSet::IpLookup).clear();
     QCOMPARE(directUIs.size(), 1);
     QCOMPARE(mServices.uploads().entries(QStringLiteral("/device/register")).size(), registeredBefore + 1);
-    QVERIFY(presenter->httpGivenUp(MainWindowPresenter::StepIpInfo));
-    QVERIFY(presenter->httpGivenUp(MainWindowPresenter::StepUploadIpInfo));
-    QVERIFY(!presenter->httpGivenUp(MainWindowPresenter::StepCalendarPhrases));
-    QCOMPARE(presenter->deviceRecord().ip, 0);
+    QVERIFY(presenter->ladder()->givenUp(BackendLadder::StepIpInfo));
+    QVERIFY(presenter->ladder()->givenUp(BackendLadder::StepUploadIpInfo));
+    QVERIFY(!presenter->ladder()->givenUp(BackendLadder::StepCalendarPhrases));
+    QCOMPARE(presenter->ladder()->deviceRecord().ip, 0);
     QCOMPARE(PreferencesUtils::getInstance()->getUserPreferences().saveIpAddress, 0);
 }
 

@@ -3,6 +3,7 @@
 #include "Http/HttpManager.h"
 #include "LocalHttpServer.h"
 #include "Platform/InternetUtils.h"
+#include "WidgetPresenter/BackendLadder.h"
 #include "WidgetPresenter/PictureFiles.h"
 
 #include <QDir>
@@ -362,12 +363,12 @@ void TestConsoleState::startsWithTheNetworkAsItIs()
     rig.internet = &watcher;
     MainWindowPresenter* p = rig.start();
     QCOMPARE(rig.errors(), QList<int>{3});
-    QVERIFY(!p->timer(MainWindowPresenter::TimerHttpController)->isActive());
+    QVERIFY(!p->ladder()->timer(BackendLadder::TimerController)->isActive());
 
     up = true;
     watcher.refresh();
     QVERIFY(!rig.errors().contains(3));
-    QVERIFY(p->timer(MainWindowPresenter::TimerHttpController)->isActive());
+    QVERIFY(p->ladder()->timer(BackendLadder::TimerController)->isActive());
 }
 
 void TestConsoleState::picturesFromTheBackendStayInTheirFolder()
@@ -406,8 +407,8 @@ void TestConsoleState::picturesFromTheBackendStayInTheirFolder()
     FakeHidBackend backend;
     ConsoleRig rig(&backend);
     MainWindowPresenter* p = rig.start(&http);
-    p->getDeviceList();
-    QTRY_VERIFY(p->httpAnswered(MainWindowPresenter::StepDeviceList));
+    p->ladder()->getDeviceList();
+    QTRY_VERIFY(p->ladder()->answered(BackendLadder::StepDeviceList));
     server.setAnswer(QStringLiteral("/BelmorZorvaneV2Mac/deviceInfo/download"), {200, "PNG", 0, "image/png"});
     QTest::ignoreMessage(QtWarningMsg,
                          QRegularExpression(QStringLiteral("picture name from the backend refused")));
