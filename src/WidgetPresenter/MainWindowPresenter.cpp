@@ -7,18 +7,18 @@
 #include "Platform/AppAutoRunUtils.h"
 #include "Platform/InternetUtils.h"
 #include "Recorder/RecordManager.h"
-#include "Utils/CustomTimer.h"
+#include "Utils/AppVersion.h"
 #include "Utils/LanguageRules.h"
-#include "Utils/Logging.h"
 #include "Utils/PreferencesUtils.h"
+#include "WidgetPresenter/BackendLadder.h"
+#include "WidgetPresenter/DeviceLifecycle.h"
 #include "WidgetPresenter/MainWindowView.h"
+#include "WidgetPresenter/PreferencesRecord.h"
+#include "WidgetPresenter/UpdatePresenter.h"
 
 #include <QGuiApplication>
 #include <QScreen>
-#include <QThread>
 #include <QTimer>
-
-#include <chrono>
 
 namespace {
 
@@ -50,33 +50,22 @@ MainWindowPresenter::MainWindowPresenter(MainWindowView* view, QObject* parent)
 
 MainWindowPresenter::MainWindowPresenter(MainWindowView* view, const Collaborators& collaborators,
                                          QObject* parent)
-    : QObject(parent), mView(view)
+    : QObject(parent), mView(view), mCommands(collaborators.db)
 {
     initDatas(collaborators);
 }
 
-MainWindowPresenter::~MainWindowPresenter()
-{
-    // The controller's thread must be gone before the state it reads.
-    joinDeviceController();
-}
-
-void MainWindowPresenter::joinDeviceController()
-{
-    if (mTimerDeviceController) {
-        mTimerDeviceController->stop();
-        mTimerDeviceController->wait();
-    }
-}
+// The lifecycle goes first of the members and joins its thread.
+MainWindowPresenter::~MainWindowPresenter() = default;
 
 void MainWindowPresenter::shutDown()
 {
-    joinDeviceController();
+    mLifecycle->shutDown();
     for (QTimer* timer : mTimers) {
-        if (timer != nullptr) {
-            timer->stop();
-        }
+        timer->stop();
     }
+    mLadder->stop();
+    mBattery->stop();
     if (mHookManager != nullptr) {
         mHookManager->stopHook();
     }
@@ -84,66 +73,77 @@ void MainWindowPresenter::shutDown()
 
 void MainWindowPresenter::initDatas(const Collaborators& collaborators)
 {
-    mDeviceManager = collaborators.device;
-    mDBManager = collaborators.db;
-    mHttpManager = collaborators.http;
     mHookManager = collaborators.hook;
     mAutoRun = collaborators.autoRun;
-    mRecordManager = collaborators.record;
-    mNotices = collaborators.notices;
     mPicker = collaborators.picker;
-    mScreenWidth = collaborators.screenWidth ? collaborators.screenWidth : primaryScreenWidth;
-    mClockMs = collaborators.clockMs ? collaborators.clockMs : [] {
-        return qint64(std::chrono::duration_cast<std::chrono::milliseconds>(
-                          std::chrono::steady_clock::now().time_since_epoch())
-                          .count());
-    };
 
-    auto makeTimer = [this](TimerId id, int interval, bool singleShot) {
-        QTimer* timer = new QTimer(this);
-        timer->setInterval(interval);
-        timer->setSingleShot(singleShot);
-        mTimers[id] = timer;
-        return timer;
-    };
-
-    // 1. Flags.
-    mDeviceOpenTime.id = -1;
-    mDeviceRecord.appVersion = QString::fromLatin1(kAppVersion);
-
-    // 2, 3. Network state and preferences.
+    // The preferences, then the network watch.
+    mPreferences = std::make_unique<PreferencesRecord>();
+    connect(PreferencesUtils::getInstance(), &PreferencesUtils::signalPreferencesChange, this,
+            &MainWindowPresenter::onPreferencesChange);
+    onPreferencesChange(mPreferences->get());
     if (collaborators.internet != nullptr) {
         connect(collaborators.internet, &InternetUtils::signalInternetStateChange, this,
                 &MainWindowPresenter::onInternetStateChange);
     }
-    PreferencesUtils* preferences = PreferencesUtils::getInstance();
-    connect(preferences, &PreferencesUtils::signalPreferencesChange, this,
-            &MainWindowPresenter::onPreferencesChange);
-    onPreferencesChange(preferences->getUserPreferences());
 
-    // 4. The device, and the command words that a change in the database reloads.
-    connectDevice();
-    if (mDBManager != nullptr) {
-        connect(mDBManager, &DBManager::signalChangeCommand, this, &MainWindowPresenter::loadUserCommand);
+    // The objects that do the work.
+    BackendLadder::Collaborators backend;
+    backend.http = collaborators.http;
+    backend.clockMs = collaborators.clockMs;
+    backend.deviceInitialised = [this] { return mLifecycle->isDeviceInitialised(); };
+    backend.device = [this] { return mLifecycle->device(); };
+    mLadder = new BackendLadder(backend, this);
+    auto online = [this] { return mLadder->isOnline(); };
+    DeviceLifecycle::Collaborators device;
+    device.device = collaborators.device;
+    device.record = collaborators.record;
+    device.notices = collaborators.notices;
+    device.preferences = mPreferences.get();
+    device.screenWidth = collaborators.screenWidth ? collaborators.screenWidth : primaryScreenWidth;
+    device.online = online;
+    if (collaborators.deviceControllerMs > 0) {
+        device.controllerMs = collaborators.deviceControllerMs;
     }
-
-    // 5. No local audio recorder is opened on this platform, so status 2 never arises.
-
-    // 6. The backend's time limit; each request gets failure handlers for its step.
-    if (mHttpManager != nullptr) {
-        mHttpManager->setTimeout(kHttpTimeoutMs);
+    if (collaborators.deviceMessageMs > 0) {
+        device.messageMs = collaborators.deviceMessageMs;
     }
+    mLifecycle = std::make_unique<DeviceLifecycle>(device);
+    // The power figure, which the hook's key shows, before the battery watch hears it.
+    connect(collaborators.device, &DeviceManager::signalBatteryValue, this, [this](int value) {
+        if (mPowerHint) {
+            const Device ids = mLifecycle->device();
+            mView->setZorvaneMessage(QStringLiteral("电量:%1; 音量:%2\nRID:%3\nDID:%4")
+                                         .arg(value)
+                                         .arg(mView->getCurVolume())
+                                         .arg(ids.remoteFlashID, ids.dongleFlashID));
+        }
+    });
+    mBattery = new BatteryWatch(collaborators.device, online, this);
 
-    // 7. The ladders and the version check.
-    mTimerDeviceController = std::make_unique<CustomTimer>(collaborators.deviceControllerMs,
-                                                           [this] { onTimerDeviceController(); });
-    mTimerDeviceController->setObjectName(QStringLiteral("DeviceControl"));
-    connect(makeTimer(TimerDeviceMessage, collaborators.deviceMessageMs, false), &QTimer::timeout, this,
-            &MainWindowPresenter::onTimerDeviceMessage);
-    connect(makeTimer(TimerHttpController, kHttpControllerMs, false), &QTimer::timeout, this,
-            &MainWindowPresenter::onTimerHttpController);
-    connect(makeTimer(TimerVersionCheck, kVersionCheckMs, false), &QTimer::timeout, this,
-            &MainWindowPresenter::onCheckVersion);
+    // The presenter's own timers.
+    const int intervals[TimerCount] = {kVersionCheckMs, kWorkResetMs, userPreferences().workTime,
+                                       kWarningHintMs, kConnectionCheckMs};
+    for (int id = 0; id < TimerCount; ++id) {
+        mTimers[id] = new QTimer(this);
+        mTimers[id]->setInterval(intervals[id]);
+        mTimers[id]->setSingleShot(id == TimerWorkReset || id == TimerWorkTime || id == TimerWarningHint);
+    }
+    connect(mTimers[TimerVersionCheck], &QTimer::timeout, this, &MainWindowPresenter::onCheckVersion);
+    connect(mTimers[TimerWorkReset], &QTimer::timeout, this, &MainWindowPresenter::onTimerWorkReset);
+    connect(mTimers[TimerWorkTime], &QTimer::timeout, this, &MainWindowPresenter::onTimerWorkTime);
+    connect(mTimers[TimerWarningHint], &QTimer::timeout, this, [this] { mView->closeWarningHint(); });
+    connect(mTimers[TimerConnectionCheck], &QTimer::timeout, this,
+            &MainWindowPresenter::onTimerConnectionCheck);
+    connectLifecycle();
+    connectLadder();
+    connectBattery();
+
+    // The command words, which a change in the database reloads.
+    if (collaborators.db != nullptr) {
+        connect(collaborators.db, &DBManager::signalChangeCommand, this,
+                &MainWindowPresenter::loadUserCommand);
+    }
     if (mAutoRun != nullptr) {
         connect(mAutoRun, &AppAutoRunUtils::signalChangeAutoRun, this,
                 [this](bool) { mView->setCheckAutoRunOnOffChecked(mAutoRun->isAppAutoRun()); });
@@ -151,174 +151,254 @@ void MainWindowPresenter::initDatas(const Collaborators& collaborators)
     if (userPreferences().checkUpdate != 0) {
         mTimers[TimerVersionCheck]->start();
     }
-
-    // 8. The other timers, the input hook and the rest clock.
-    makeTimer(TimerLowbatGate, kLowbatGateMs, true);
-    makeTimer(TimerMinLowbatGate, kMinLowbatGateMs, true);
-    QTimer* delayOpen = makeTimer(TimerDeviceDelayOpen, userPreferences().delayOpenDeviceTime, true);
-    connect(delayOpen, &QTimer::timeout, this, [this, delayOpen] {
-        if (delayOpen->isSingleShot()) {
-            mDelayOpenActive = false;
-        }
-    });
-    connect(this, &MainWindowPresenter::signalStartDeviceDelayOpen, this, [this, delayOpen] {
-        // Queued from the controller's thread: an unplug may have parked the delay since, and
-        // a single shot now would let the ladder try Bluetooth while the receiver is out.
-        if (delayOpen->isActive() && !delayOpen->isSingleShot()) {
-            return;
-        }
-        startDelayOpen(true);
-    });
-    connect(makeTimer(TimerChargeAnimation, kChargeAnimationMs, false), &QTimer::timeout, this, [this] {
-        mView->setChargeUpTrayAnimationImage(mChargeStep);
-        mChargeStep = (mChargeStep + 1) % 24;
-    });
-    connect(makeTimer(TimerWorkReset, kWorkResetMs, true), &QTimer::timeout, this,
-            &MainWindowPresenter::onTimerWorkReset);
-    connect(makeTimer(TimerWorkTime, userPreferences().workTime, true), &QTimer::timeout, this,
-            &MainWindowPresenter::onTimerWorkTime);
-    connect(makeTimer(TimerWarningHint, kWarningHintMs, true), &QTimer::timeout, this,
-            [this] { mView->closeWarningHint(); });
-    connect(makeTimer(TimerLowbatBlink, kLowbatBlinkMs, false), &QTimer::timeout, this, [this] {
-        mBlinkStep = mBlinkStep == 3 ? 0 : 3;
-        mView->setChargeUpTrayAnimationImage(mBlinkStep);
-    });
-    connect(makeTimer(TimerHeartbeat, kHeartbeatMs, false), &QTimer::timeout, this,
-            &MainWindowPresenter::onTimerHeartbeat);
-    connect(this, &MainWindowPresenter::signalStartHeartbeat, mTimers[TimerHeartbeat],
-            qOverload<>(&QTimer::start));
+    // The input hook, for the rest clock and the power figure's key.
     if (mHookManager != nullptr) {
         mHookManager->startHook();
         connect(mHookManager, &HookManager::signalMouseEvent, this, &MainWindowPresenter::onWorkInput);
         connect(mHookManager, &HookManager::signalKeyboardEvent, this, &MainWindowPresenter::onWorkInput);
         connect(mHookManager, &HookManager::signalShowTrayPowerValue, this,
-                &MainWindowPresenter::onShowTrayPowerValue);
-    }
-    {
-        const Lock lock(mStatusMutex);
-        mDeviceStatus.levelValuesShown = false;
+                [this] { mPowerHint = !mPowerHint; });
     }
     mView->setVipFunction(false);
 
-    // 9. The network as it is now; the watcher tells each change.
-    mIsInternet = collaborators.internet == nullptr || collaborators.internet->isOnline();
-    if (mIsInternet) {
-        mTimers[TimerHttpController]->start();
-    } else {
+    // The network as it is now; the watcher tells each change. No local audio recorder is
+    // opened on this platform, so status 2 never arises.
+    const bool isOnline = collaborators.internet == nullptr || collaborators.internet->isOnline();
+    mLadder->setOnline(isOnline);
+    if (!isOnline) {
         addErrorStatus(3);
     }
+    mLifecycle->start();
+}
 
-    // 10. The Bluetooth guidance's check.
-    QTimer* check = makeTimer(TimerConnectionCheck, kConnectionCheckMs, false);
-    connect(check, &QTimer::timeout, this, &MainWindowPresenter::onTimerConnectionCheck);
-    connect(this, &MainWindowPresenter::signalStartCheckDeviceConnectionTimer, check,
+// What the device lifecycle tells, as the window shows it.
+void MainWindowPresenter::connectLifecycle()
+{
+    DeviceLifecycle* d = mLifecycle.get();
+    MainWindowView* v = mView;
+    connect(d, &DeviceLifecycle::errorRaised, this, &MainWindowPresenter::addErrorStatus);
+    connect(d, &DeviceLifecycle::errorCleared, this, &MainWindowPresenter::removeErrorStatus);
+    connect(d, &DeviceLifecycle::linkLost, this, [v] { v->showMouseSettingsUnknown(); });
+    connect(d, &DeviceLifecycle::unplugged, this, [v] {
+        v->setVipFunction(false);
+        v->showMouseSettingsUnknown();
+        v->setExplain(false);
+    });
+    connect(d, &DeviceLifecycle::connected, this, [v](int type) { v->setDeviceTypeIcon(type); });
+    connect(d, &DeviceLifecycle::modulesKnown, this,
+            [v](int lamplightModule, bool lamplight, bool shake, bool soundEffect, int keyType) {
+                // The switches stay in their unknown look until the mouse reports each setting.
+                v->showLamplightModule(lamplightModule);
+                v->setCheckLightingEffectOnOffEnabled(lamplight);
+                v->setCheckShakeOnOffEnabled(shake);
+                v->setCheckSoundEffectOnOffEnabled(soundEffect);
+                v->setDeviceSettingsEnabled(true);
+                v->setSignalClickModeEnable(keyType == 0);
+                v->setExplain(true);
+            });
+    connect(d, &DeviceLifecycle::identified, this, [this](DeviceInfo info) {
+        emit signalGetDeviceInfo(info);
+        showPictures();
+        mView->setExplain(true);
+    });
+    connect(d, &DeviceLifecycle::unlisted, this,
+            [this](QString code) { mView->setDeviceName(tr("未识别的鼠标（客户编码 %1）").arg(code)); });
+    connect(d, &DeviceLifecycle::speedShown, this, &MainWindowPresenter::checkDpiButton);
+    connect(d, &DeviceLifecycle::resolutionShown, this, [v] { v->setDeviceRadioLevel3Checked(true); });
+    connect(d, &DeviceLifecycle::settingsEnabled, this, [v] { v->setDeviceSettingsEnabled(true); });
+    connect(d, &DeviceLifecycle::levelValuesKnown, this, [v](int screenValue) {
+        v->setCpiValue(cpiLabel(screenValue));
+        v->setVipFunction(true);
+    });
+    connect(d, &DeviceLifecycle::switchShown, this,
+            [v](DeviceLifecycle::Switch which, bool onOff, bool status) {
+                using Set = void (MainWindowView::*)(bool);
+                static const Set kOnOff[] = {&MainWindowView::setCheckLowbatOnOffChecked,
+                                             &MainWindowView::setCheckShakeOnOffChecked,
+                                             &MainWindowView::setCheckLightingEffectOnOffChecked,
+                                             &MainWindowView::setCheckSoundEffectOnOffChecked};
+                static const Set kStatus[] = {&MainWindowView::setCheckLowbatStatusChecked,
+                                              &MainWindowView::setCheckShakeStatusChecked,
+                                              &MainWindowView::setCheckLightingEffectStatusChecked,
+                                              &MainWindowView::setCheckSoundEffectStatusChecked};
+                (v->*kOnOff[which])(onOff);
+                (v->*kStatus[which])(status);
+            });
+    connect(d, &DeviceLifecycle::bleConnected, this, [this] {
+        emit signalHideBLEGuidanceDialog();
+        mView->setDeviceTypeIcon(1);
+    });
+    connect(d, &DeviceLifecycle::bleGuidanceWanted, this, &MainWindowPresenter::signalShowBLEGuidanceDialog);
+    connect(d, &DeviceLifecycle::connectionCheckWanted, mTimers[TimerConnectionCheck],
             qOverload<>(&QTimer::start));
-
-    mTimerDeviceController->start();
+    // The backend's registration waited for a set-up device.
+    connect(d, &DeviceLifecycle::initialised, mLadder, &BackendLadder::resume);
+    connect(d, &DeviceLifecycle::openTimeWanted, this, [this] {
+        if (!mLadder->requestOpenTime()) {
+            mLifecycle->useSavedOpenDelay();
+        }
+    });
 }
 
-void MainWindowPresenter::connectDevice()
+void MainWindowPresenter::connectLadder()
 {
-    DeviceManager* d = mDeviceManager;
-    connect(d, &DeviceManager::signalBLEDeviceConnectState, this,
-            &MainWindowPresenter::onBLEDeviceConnectState);
-    connect(d, &DeviceManager::signalDeviceReady, this, &MainWindowPresenter::onDeviceReady);
-    connect(d, &DeviceManager::signalDongleFlashID, this, &MainWindowPresenter::onDeviceDongleFlashID);
-    connect(d, &DeviceManager::signalRemoteFlashID, this, &MainWindowPresenter::onDeviceRemoteFlashID);
-    connect(d, &DeviceManager::signalMouseActive, this, &MainWindowPresenter::onDeviceMouseActive);
-    connect(d, &DeviceManager::signalModule, this, &MainWindowPresenter::onDeviceModule);
-    connect(d, &DeviceManager::signalDpi, this, &MainWindowPresenter::onDeviceDpi);
-    connect(d, &DeviceManager::signalChangeMouseDpiKey, this, &MainWindowPresenter::onChangeMouseDpiKey);
-    connect(d, &DeviceManager::signalDpiLevelValue, this, &MainWindowPresenter::onDeviceDpiLevelValue);
-    connect(d, &DeviceManager::signalCpi, this, &MainWindowPresenter::onDeviceCpi);
-    connect(d, &DeviceManager::signalLamplight, this, &MainWindowPresenter::onDeviceLamplight);
-    connect(d, &DeviceManager::signalLowbatReport, this, &MainWindowPresenter::onDeviceLowbatReport);
-    connect(d, &DeviceManager::signalLowbat, this, &MainWindowPresenter::onDeviceLowbat);
-    connect(d, &DeviceManager::signalMinLowbat, this, &MainWindowPresenter::onDeviceMinLowbat);
-    connect(d, &DeviceManager::signalDevicePowerPlugIn, this, &MainWindowPresenter::onDevicePowerPlusIn);
-    connect(d, &DeviceManager::signalShake, this, &MainWindowPresenter::onDeviceShake);
-    connect(d, &DeviceManager::signalSoundEffect, this, &MainWindowPresenter::onDeviceSoundEffect);
-    connect(d, &DeviceManager::signalMouseShutdown, this, &MainWindowPresenter::onMouseShutdown);
-    connect(d, &DeviceManager::signalBatteryValue, this, &MainWindowPresenter::onDeviceBatteryValue);
-    connect(d, &DeviceManager::signalUSBChange, this, &MainWindowPresenter::onUSBChange);
+    BackendLadder* l = mLadder;
+    connect(l, &BackendLadder::appVersion, this, [this](VersionInfo vi) {
+        emit signalAppVersion(vi);
+        if (userPreferences().checkUpdate != 0 && vi.version != QLatin1String(kAppVersion)) {
+            offerUpdate(vi);
+        }
+    });
+    connect(l, &BackendLadder::deviceListArrived, mLifecycle.get(), &DeviceLifecycle::setDeviceList);
+    connect(l, &BackendLadder::openTimeArrived, mLifecycle.get(), &DeviceLifecycle::setOpenTime);
+    connect(l, &BackendLadder::ipIdKnown, this, [this](int id) {
+        emit signalLocalIpId(id);
+        mPreferences->store(&UserPreferences::saveIpAddress, 1);
+    });
+    connect(l, &BackendLadder::calendarPhrasesArrived, this, [this](CalendarPhrases phrases) {
+        if (userPreferences().calendarPhrases != 0) {
+            mView->showCalendarPhrases(phrases);
+        }
+    });
+    connect(l, &BackendLadder::directUIsArrived, this, &MainWindowPresenter::signalDirectUIsToInput);
 }
 
-void MainWindowPresenter::runOnMain(std::function<void()> fn)
+void MainWindowPresenter::connectBattery()
 {
-    if (QThread::currentThread() == thread()) {
-        fn();
-    } else {
-        QMetaObject::invokeMethod(this, std::move(fn), Qt::QueuedConnection);
-    }
-}
-
-DeviceStatus MainWindowPresenter::deviceStatus() const
-{
-    const Lock lock(mStatusMutex);
-    return mDeviceStatus;
-}
-
-DeviceInfo MainWindowPresenter::currentDeviceInfo() const
-{
-    const Lock lock(mStatusMutex);
-    return mCurDevInf;
+    BatteryWatch* b = mBattery;
+    MainWindowView* v = mView;
+    connect(b, &BatteryWatch::noticeShown, this, [v](int kind) { v->showLowbatView(kind); });
+    connect(b, &BatteryWatch::deviceEnabled, this, [v](bool enabled) { v->setDeviceEnable(enabled); });
+    connect(b, &BatteryWatch::errorRaised, this, &MainWindowPresenter::addErrorStatus);
+    connect(b, &BatteryWatch::errorCleared, this, &MainWindowPresenter::removeErrorStatus);
+    connect(b, &BatteryWatch::blinkImage, this, [v](int image) { v->setChargeUpTrayAnimationImage(image); });
 }
 
 UserPreferences MainWindowPresenter::userPreferences() const
 {
-    const Lock lock(mStatusMutex);
-    return mUserPreferences;
+    return mPreferences->get();
 }
 
-bool MainWindowPresenter::isDeviceInitialised() const
+void MainWindowPresenter::store(int UserPreferences::*field, bool checked)
 {
-    const Lock lock(mStatusMutex);
-    return mDeviceInitialised;
-}
-
-bool MainWindowPresenter::isDeviceControllerRunning() const
-{
-    return mTimerDeviceController && mTimerDeviceController->isActive();
-}
-
-QTimer* MainWindowPresenter::timer(TimerId id) const
-{
-    return mTimers[id];
-}
-
-void MainWindowPresenter::persistPreferences()
-{
-    PreferencesUtils::getInstance()->setUserPreferences(userPreferences());
+    mPreferences->store(field, int(checked));
 }
 
 // ---- error status
 
 void MainWindowPresenter::addErrorStatus(int status)
 {
-    runOnMain([this, status] {
-        if (!mErrorStatus.contains(status)) {
-            mErrorStatus.append(status);
-        }
-        mView->updateSystemTray(mErrorStatus.last());
-    });
+    if (!mErrorStatus.contains(status)) {
+        mErrorStatus.append(status);
+    }
+    mView->updateSystemTray(mErrorStatus.last());
 }
 
 void MainWindowPresenter::removeErrorStatus(int status)
 {
-    runOnMain([this, status] {
-        mErrorStatus.removeAll(status);
-        mView->updateSystemTray(mErrorStatus.isEmpty() ? 0 : mErrorStatus.last());
+    mErrorStatus.removeAll(status);
+    mView->updateSystemTray(mErrorStatus.isEmpty() ? 0 : mErrorStatus.last());
+}
+
+// ---- the device page
+
+void MainWindowPresenter::checkDpiButton(int level)
+{
+    // Level 2 is the first button, 0 the second, 1 the third.
+    switch (level) {
+        case 2:
+            mView->setDeviceRadioLevel0Checked(true);
+            break;
+        case 0:
+            mView->setDeviceRadioLevel1Checked(true);
+            break;
+        case 1:
+            mView->setDeviceRadioLevel2Checked(true);
+            break;
+        default:
+            break;
+    }
+}
+
+void MainWindowPresenter::selectDpi(bool checked, int target)
+{
+    if (checked) {
+        mLifecycle->selectDpi(target);
+    }
+}
+
+void MainWindowPresenter::onRadioSelectDpi3(bool checked)
+{
+    selectDpi(checked, mLifecycle->deviceStatus().bestCpiValue);
+}
+
+int MainWindowPresenter::cpiLabel(int value)
+{
+    // Each label is the best value of a common screen width.
+    static const int kLabels[][2] = {{854, 853}, {1067, 1066}, {1139, 1138}, {1201, 1200}, {1334, 1333}};
+    for (const auto& label : kLabels) {
+        if (value < label[0]) {
+            return label[1];
+        }
+    }
+    return value <= 1400 ? 1400 : 0;
+}
+
+void MainWindowPresenter::showPictures()
+{
+    MainWindowView* v = mView;
+    mLadder->fetchPicture(mLifecycle->currentDeviceInfo().homeImage, [v](QString path) {
+        if (path.isEmpty()) {
+            v->setDefaultHomeImage();
+        } else {
+            v->setHomeImage(path);
+        }
     });
+    mLadder->fetchPicture(mLifecycle->currentDeviceInfo().explainImage, [v](QString path) {
+        if (!path.isEmpty()) {
+            v->setExplainImage(path);
+        }
+    });
+    mLadder->fetchPicture(mLifecycle->currentDeviceInfo().navImage, [v](QString path) {
+        if (!path.isEmpty()) {
+            v->setNavImage(path);
+        }
+    });
+}
+
+// ---- the Bluetooth guidance
+
+void MainWindowPresenter::onTimerConnectionCheck()
+{
+    if (!mView->isShow()) {
+        // Only a console on the screen shows the guidance: the check rests until it is back.
+        mConnectionCheckResting = true;
+        mTimers[TimerConnectionCheck]->stop();
+        return;
+    }
+    if (mLifecycle->awaitsPairing() && !mGuidanceShown) {
+        mGuidanceShown = true;
+        emit signalShowBLEGuidanceDialog();
+    }
+}
+
+void MainWindowPresenter::hide()
+{
+    mGuidanceShown = false;
+}
+
+void MainWindowPresenter::onViewShown()
+{
+    if (mConnectionCheckResting) {
+        mConnectionCheckResting = false;
+        mTimers[TimerConnectionCheck]->start();
+    }
 }
 
 // ---- preferences
 
 void MainWindowPresenter::onPreferencesChange(UserPreferences preferences)
 {
-    {
-        const Lock lock(mStatusMutex);
-        mUserPreferences = preferences;
-    }
     const UserPreferences& p = preferences;
     mView->setComboDictationLanguageCurrentIndex(p.recognitionLanguage);
     mView->setComboVoiceTranslateSrcLanguageCurrentIndex(p.voiceTranslateSourceLanguage);
@@ -351,35 +431,23 @@ void MainWindowPresenter::onPreferencesChange(UserPreferences preferences)
     mView->setPreferenceSettingCheckBoxDelAllSign(p.isDelAllSign != 0);
 }
 
-void MainWindowPresenter::storePreference(int UserPreferences::*field, int value)
-{
-    {
-        const Lock lock(mStatusMutex);
-        mUserPreferences.*field = value;
-    }
-    persistPreferences();
-}
-
 void MainWindowPresenter::changeLanguages(UserPreferences (*rule)(UserPreferences, int), int index)
 {
     if (index < 0) {
         return;  // a box being cleared
     }
-    {
-        const Lock lock(mStatusMutex);
-        const UserPreferences before = mUserPreferences;
-        const UserPreferences after = rule(before, index);
-        if (after.recognitionLanguage == before.recognitionLanguage &&
-            after.voiceTranslateSourceLanguage == before.voiceTranslateSourceLanguage &&
-            after.voiceTranslateTargetLanguage == before.voiceTranslateTargetLanguage &&
-            after.lastVoiceTranslateSourceLanguage == before.lastVoiceTranslateSourceLanguage &&
-            after.lastVoiceTranslateTargetLanguage == before.lastVoiceTranslateTargetLanguage &&
-            after.textTranslateLanguage == before.textTranslateLanguage) {
-            return;
-        }
-        mUserPreferences = after;
+    const UserPreferences before = mPreferences->get();
+    const UserPreferences after = rule(before, index);
+    if (after.recognitionLanguage == before.recognitionLanguage &&
+        after.voiceTranslateSourceLanguage == before.voiceTranslateSourceLanguage &&
+        after.voiceTranslateTargetLanguage == before.voiceTranslateTargetLanguage &&
+        after.lastVoiceTranslateSourceLanguage == before.lastVoiceTranslateSourceLanguage &&
+        after.lastVoiceTranslateTargetLanguage == before.lastVoiceTranslateTargetLanguage &&
+        after.textTranslateLanguage == before.textTranslateLanguage) {
+        return;
     }
-    persistPreferences();
+    mPreferences->change([&after](UserPreferences& p) { p = after; });
+    mPreferences->save();
 }
 
 void MainWindowPresenter::onComboChangeDictationLanguage(int index)
@@ -407,24 +475,9 @@ bool MainWindowPresenter::isAppAutoRun() const
     return mAutoRun != nullptr && mAutoRun->isAppAutoRun();
 }
 
-void MainWindowPresenter::onCheckVoiceTranslateMode(bool checked)
-{
-    storePreference(&UserPreferences::voiceTranslateMode, int(checked));
-}
-
-void MainWindowPresenter::onCheckTextTranslateMode(bool checked)
-{
-    storePreference(&UserPreferences::textTranslateMode, int(checked));
-}
-
-void MainWindowPresenter::onCheckCalendarPhrasesOnOff(bool checked)
-{
-    storePreference(&UserPreferences::calendarPhrases, int(checked));
-}
-
 void MainWindowPresenter::onCheckUpdateHintOnOff(bool checked)
 {
-    storePreference(&UserPreferences::checkUpdate, int(checked));
+    mPreferences->store(&UserPreferences::checkUpdate, int(checked));
     QTimer* check = mTimers[TimerVersionCheck];
     if (checked) {
         check->start();
@@ -435,61 +488,79 @@ void MainWindowPresenter::onCheckUpdateHintOnOff(bool checked)
 
 void MainWindowPresenter::onCheckAutoRunOnOff(bool checked)
 {
-    storePreference(&UserPreferences::checkAppAutoRun, int(checked));
+    mPreferences->store(&UserPreferences::checkAppAutoRun, int(checked));
     if (mAutoRun != nullptr && !mAutoRun->setAppAutoRun(checked)) {
         QTimer::singleShot(500, this,
                            [this] { mView->setCheckAutoRunOnOffChecked(mAutoRun->isAppAutoRun()); });
     }
 }
 
-void MainWindowPresenter::onPreferenceSettingCheckBoxClick(bool checked)
-{
-    storePreference(&UserPreferences::isClickMode, int(checked));
-}
-
 void MainWindowPresenter::onPreferenceSettingRadioButtonClickSend(bool checked)
 {
     if (checked && userPreferences().isAutoSendMode != 0) {
-        storePreference(&UserPreferences::isAutoSendMode, int(0));
+        mPreferences->store(&UserPreferences::isAutoSendMode, int(0));
     }
 }
 
 void MainWindowPresenter::onPreferenceSettingRadioButtonAutoSend(bool checked)
 {
     if (checked && userPreferences().isAutoSendMode == 0) {
-        storePreference(&UserPreferences::isAutoSendMode, int(1));
+        mPreferences->store(&UserPreferences::isAutoSendMode, int(1));
     }
 }
 
-void MainWindowPresenter::onPreferenceSettingCheckBoxEnterKeySend(bool checked)
-{
-    storePreference(&UserPreferences::isEnterSend, int(checked));
-}
-
-void MainWindowPresenter::onPreferenceSettingCheckBoxSpaceKeySend(bool checked)
-{
-    storePreference(&UserPreferences::isSpaceSend, int(checked));
-}
-
-void MainWindowPresenter::onPreferenceSettingCheckBoxDelAllSign(bool checked)
-{
-    storePreference(&UserPreferences::isDelAllSign, int(checked));
-}
-
-// ---- network
+// ---- network and version offers
 
 void MainWindowPresenter::onInternetStateChange(bool state)
 {
+    mLadder->setOnline(state);
     if (state) {
-        mTimers[TimerHttpController]->start();
-        mIsInternet = true;
         removeErrorStatus(3);
     } else {
-        mIsInternet = false;
-        mHttpRequested[StepRegisterDevice] = false;
-        mHttpAnswered[StepRegisterDevice] = false;
         addErrorStatus(3);
     }
+}
+
+void MainWindowPresenter::offerUpdate(const VersionInfo& vi)
+{
+    mOfferedVersion = vi.version;
+    mView->setDiscoverNewestVersionInfo(UpdatePresenter::releaseText(vi));
+    mView->setUpdateView(1);
+}
+
+void MainWindowPresenter::onCheckVersion()
+{
+    mLadder->fetchVersion([this](bool ok, VersionInfo vi) {
+        if (ok && !vi.version.isEmpty() && vi.version != QLatin1String(kAppVersion) &&
+            vi.version != mDeclinedVersion) {
+            offerUpdate(vi);
+        }
+    });
+}
+
+void MainWindowPresenter::recvUpdataSignalNoUpdata()
+{
+    mDeclinedVersion = mOfferedVersion;
+}
+
+void MainWindowPresenter::checkNewestAppVersion()
+{
+    // The user asked: a check that gets no answer says so, never that all is up to date.
+    mLadder->fetchVersion([this](bool ok, VersionInfo vi) {
+        if (!ok) {
+            emit signalAppVersionUnknown();
+            return;
+        }
+        emit signalAppVersion(vi);
+        if (userPreferences().checkUpdate == 0) {
+            return;
+        }
+        if (vi.version != QLatin1String(kAppVersion)) {
+            offerUpdate(vi);
+        } else {
+            mView->setUpdateView(0);
+        }
+    });
 }
 
 // ---- rest reminder
@@ -525,14 +596,11 @@ void MainWindowPresenter::onTimerWorkTime()
 
 void MainWindowPresenter::setWorkTime(int ms)
 {
-    {
-        const Lock lock(mStatusMutex);
-        mUserPreferences.workTime = ms;
-    }
+    mPreferences->change([ms](UserPreferences& p) { p.workTime = ms; });
     mTimers[TimerWorkTime]->setInterval(ms);
     mTimers[TimerWorkTime]->stop();
     mTimers[TimerWorkReset]->stop();
-    persistPreferences();
+    mPreferences->save();
 }
 
 void MainWindowPresenter::setRestEnable(bool enable)
@@ -541,9 +609,6 @@ void MainWindowPresenter::setRestEnable(bool enable)
         mTimers[TimerWorkTime]->stop();
         mTimers[TimerWorkReset]->stop();
     }
-    {
-        const Lock lock(mStatusMutex);
-        mUserPreferences.restRemind = enable ? 1 : 0;
-    }
-    persistPreferences();
+    mPreferences->change([enable](UserPreferences& p) { p.restRemind = enable ? 1 : 0; });
+    mPreferences->save();
 }

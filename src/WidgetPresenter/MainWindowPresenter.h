@@ -2,26 +2,21 @@
 
 #include "Database/CommandWord.h"
 #include "Http/BackendRecords.h"
-#include "Http/HttpRequest.h"
-#include "Utils/AppVersion.h"
 #include "Utils/UserPreferences.h"
-#include "WidgetPresenter/DeviceStatus.h"
+#include "WidgetPresenter/BatteryWatch.h"
+#include "WidgetPresenter/CommandWords.h"
+#include "WidgetPresenter/DeviceLifecycle.h"
 
 #include <QList>
 #include <QObject>
-#include <QPointer>
-#include <QSet>
 #include <QString>
 
-#include <atomic>
 #include <functional>
 #include <memory>
-#include <mutex>
-#include <vector>
 
 class AppAutoRunUtils;
+class BackendLadder;
 class ConsoleNotices;
-class CustomTimer;
 class DBManager;
 class DeviceManager;
 class HookManager;
@@ -29,46 +24,24 @@ class HttpManager;
 class InternetUtils;
 class MainWindowView;
 class PathPicker;
+class PreferencesRecord;
 class QTimer;
 class RecordManager;
 
-// The console's long-running brain: finds, opens, identifies and configures the mouse, keeps
-// it in step with the user's settings, notices when it goes, fetches the backend's data,
-// keeps the command words, and decides the battery notices, rest reminder and update offers.
-//
-// Threads: the device controller ladder runs on its own thread every 600 ms; everything else
-// on the main thread. The device state, the current device row, the device list, the open
-// time and the preferences are shared under one recursive lock (the view may call back into
-// the presenter while a main-thread slot holds it). The controller never touches the view or
-// a timer: it posts that work to the main thread.
+// The console's rules: what its window shows of the mouse, the backend, the battery, the
+// command words and the preferences, and what its clicks do. The work behind it is done by
+// the objects it owns: the device lifecycle (with the controller's thread), the backend
+// ladder, the battery watch and the command words; it wires them to each other and to the
+// view. Main thread only: it holds no lock, and what the controller's thread tells it comes
+// queued.
 class MainWindowPresenter : public QObject {
     Q_OBJECT
 
 public:
-    static constexpr int kDeviceControllerMs = 600;
-    static constexpr int kDeviceMessageMs = 600;
-    static constexpr int kHttpControllerMs = 100;
     static constexpr int kVersionCheckMs = 1200000;
-    static constexpr int kLowbatGateMs = 1500000;
-    static constexpr int kMinLowbatGateMs = 600000;
     static constexpr int kWorkResetMs = 900000;
     static constexpr int kWarningHintMs = 1000;
-    static constexpr int kLowbatBlinkMs = 500;
     static constexpr int kConnectionCheckMs = 1000;
-    static constexpr int kChargeAnimationMs = 100;
-    static constexpr int kHeartbeatMs = 600000;
-    static constexpr int kHttpTimeoutMs = 8000;
-    static constexpr int kOpenWaitTicks = 200;
-    static constexpr int kLevelValueTries = 5;
-    // Module replies with a customer code the backend's list lacks before the console stops
-    // asking and keeps its own branding.
-    static constexpr int kModuleTries = 5;
-    // A failing backend step is asked again at once this many times, then every kHttpBackoffMs.
-    static constexpr int kHttpQuickRetries = 2;
-    static constexpr int kHttpBackoffMs = 5000;
-    // The address report and the calendar phrase are given up for the run after this many tries.
-    static constexpr int kOptionalStepTries = 3;
-    static constexpr char kNoDongleId[] = "0000000000000000";
 
     // What the presenter talks to. The plain constructor takes the process-wide instances;
     // tests hand in their own (not owned). http, hook, internet, autoRun and record may be
@@ -86,40 +59,20 @@ public:
         PathPicker* picker = nullptr;
         // Width of the primary screen's available area; the primary screen when unset.
         std::function<int()> screenWidth;
-        // The two device ladders' cadence; tests run them faster.
-        int deviceControllerMs = kDeviceControllerMs;
-        int deviceMessageMs = kDeviceMessageMs;
+        // The two device ladders' cadence (0: the product's); tests run them faster.
+        int deviceControllerMs = 0;
+        int deviceMessageMs = 0;
         // A monotonic clock in milliseconds for the backend's retry pauses; steady_clock when unset.
         std::function<qint64()> clockMs;
     };
 
-    // The steps of the HTTP ladder, in the order they are taken and retried.
-    enum HttpStep {
-        StepAppVersion,
-        StepDeviceList,
-        StepDeviceOpenTime,
-        StepIpAddress,
-        StepIpInfo,
-        StepUploadIpInfo,
-        StepCalendarPhrases,
-        StepRegisterDevice,
-        StepDirectUI,
-        HttpStepCount
-    };
     enum TimerId {
-        TimerDeviceMessage,
-        TimerHttpController,
         TimerVersionCheck,
-        TimerLowbatGate,
-        TimerMinLowbatGate,
-        TimerDeviceDelayOpen,
-        TimerChargeAnimation,
         TimerWorkReset,
         TimerWorkTime,
         TimerWarningHint,
-        TimerLowbatBlink,
         TimerConnectionCheck,
-        TimerHeartbeat
+        TimerCount
     };
 
     // The process-wide instances, which the plain constructor takes; the window adds its own.
@@ -133,77 +86,32 @@ public:
     // Safe to call twice.
     void shutDown();
 
-    // Tests: the state and the timers.
-    DeviceStatus deviceStatus() const;
-    DeviceInfo currentDeviceInfo() const;
+    DeviceLifecycle* lifecycle() const { return mLifecycle.get(); }
+    BackendLadder* ladder() const { return mLadder; }
+    BatteryWatch* battery() const { return mBattery; }
     QList<int> errorStatus() const { return mErrorStatus; }
-    bool httpRequested(HttpStep step) const { return mHttpRequested[step]; }
-    bool httpAnswered(HttpStep step) const { return mHttpAnswered[step]; }
-    bool httpGivenUp(HttpStep step) const { return mHttpGivenUp[step]; }
-    bool isConsoleDataComplete() const { return mConsoleDataComplete; }
-    bool isDeviceInitialised() const;
-    bool isDeviceControllerRunning() const;
-    QTimer* timer(TimerId id) const;
+    QTimer* timer(TimerId id) const { return mTimers[id]; }
     UserPreferences userPreferences() const;
-    Device device() const { return mDevice; }
-    DeviceRecord deviceRecord() const { return mDeviceRecord; }
-    IpInfo ipInfo() const { return mIpInfo; }
-    struct BatteryState {
-        bool powerPlugged = false;
-        bool lowbatSeen = false;
-        bool minLowbatSeen = false;
-        bool shutdown = false;
-        bool lowbatNoLongerRemind = false;
-        bool minLowbatNoLongerRemind = false;
-        bool recoveryWatch = false;
-        int watchBase = 0;
-        int lastValue = 0;
-        int reportCount = 0;
-    };
-    BatteryState batteryState() const { return mBattery; }
 
-    // Device lifecycle.
-    void openDevice();
-    void getDeviceOpenTime();
-    void deviceIn(int vid, int pid);
-    void deviceOut(int vid, int pid);
-    void deviceInsert(bool state);
-    // Starts the device controller again if it rests.
-    void wakeDeviceController();
-    void addErrorStatus(int status);
-    void removeErrorStatus(int status);
-    void checkHomeImage();
-    void checkExplainImage();
-    void checkNavImage();
+    // Shows the mouse's three pictures, fetching those not here yet.
+    void showPictures();
     void hide();
     // The console came up (shown, or back from minimised): the connection check, resting
     // while it was away, runs again.
     void onViewShown();
-
-    // The HTTP ladder's requests.
-    void getAppVersion();
-    void getDeviceList();
-    void getIpAddress();
-    void getIpInfo();
-    void uploadIpInfo();
-    void registerDevice();
-    void getDirectUIList();
-    void getCalendarPhrases();
+    // The user asked for the newest version.
     void checkNewestAppVersion();
 
     // Command words.
-    int onAddCommandButtonSumbit();
-    int onEditCommandButtonSumbit();
+    int onAddCommandButtonSumbit() { return commandSubmit(false); }
+    int onEditCommandButtonSumbit() { return commandSubmit(true); }
     void onButtonDeleteCommand();
     void loadUserCommand();
-    QList<CommandWord> getCommandWords() const { return mCommandWords; }
-    // Copies the row's word into the word being edited; false for a row the list lacks.
-    bool getCurrentEditCommandId(int row);
-    CommandWord currentEditCommand() const { return mEditCommand; }
-    // The chord last captured in the add form and in the edit form; empty when none was since
-    // the form opened or changed type.
-    void setShortcutList(QList<int> keys) { mShortcutList = keys; }
-    void setEditShortcutList(QList<int> keys) { mEditShortcutList = keys; }
+    QList<CommandWord> getCommandWords() const { return mCommands.words(); }
+    bool getCurrentEditCommandId(int row) { return mCommands.select(row); }
+    CommandWord currentEditCommand() const { return mCommands.editing(); }
+    void setShortcutList(QList<int> keys) { mCommands.setShortcut(false, keys); }
+    void setEditShortcutList(QList<int> keys) { mCommands.setShortcut(true, keys); }
     // The browse button: a file, a folder, an installed application for the page shown.
     void showDesktopFile();
     void showDesktopFolder();
@@ -228,75 +136,54 @@ signals:
     void signalGetDeviceInfo(DeviceInfo info);
     void signalLoadUserCommandWord(QList<CommandWord> word);
     void signalDirectUIsToInput(QList<DirectUI> directUIs);
-    void signalStartHeartbeat();
-    void signalStartDeviceDelayOpen();
     void signalShowBLEGuidanceDialog();
     void signalHideBLEGuidanceDialog();
-    void signalStartCheckDeviceConnectionTimer();
 
 public slots:
     void onInternetStateChange(bool state);
     void onPreferencesChange(UserPreferences preferences);
-    void onDeviceReady();
-    void onDeviceDongleFlashID(QString id);
-    void onDeviceRemoteFlashID(QString id);
-    void onDeviceMouseActive(bool active);
-    void onDeviceModule(int lamplightModule, int shakeModule, int soundEffectModule, int keyType,
-                        QString customerCode, int mouseWriedType);
-    void onUSBChange(int vid, int pid, bool enable);
-    void onBLEDeviceConnectState(bool connected, QString uuid);
-    void onTimerDeviceController();
-    void onTimerDeviceMessage();
-    void onTimerHttpController();
-    void onTimerHeartbeat();
     void onTimerConnectionCheck();
-    void onGetPlugIn();
     void onCheckVersion();
 
     // Preferences of the console's pages.
-    void onCheckVoiceTranslateMode(bool checked);
-    void onCheckTextTranslateMode(bool checked);
-    void onCheckCalendarPhrasesOnOff(bool checked);
+    void onCheckVoiceTranslateMode(bool checked) { store(&UserPreferences::voiceTranslateMode, checked); }
+    void onCheckTextTranslateMode(bool checked) { store(&UserPreferences::textTranslateMode, checked); }
+    void onCheckCalendarPhrasesOnOff(bool checked) { store(&UserPreferences::calendarPhrases, checked); }
     void onCheckUpdateHintOnOff(bool checked);
     void onCheckAutoRunOnOff(bool checked);
     void onComboChangeDictationLanguage(int index);
     void onComboChangeTranslateSrcLanguage(int index);
     void onComboChangeTranslateTarLanguage(int index);
     void onComboChangeTextTranslateLanguage(int index);
-    void onPreferenceSettingCheckBoxClick(bool checked);
+    void onPreferenceSettingCheckBoxClick(bool checked) { store(&UserPreferences::isClickMode, checked); }
     void onPreferenceSettingRadioButtonClickSend(bool checked);
     void onPreferenceSettingRadioButtonAutoSend(bool checked);
-    void onPreferenceSettingCheckBoxEnterKeySend(bool checked);
-    void onPreferenceSettingCheckBoxSpaceKeySend(bool checked);
-    void onPreferenceSettingCheckBoxDelAllSign(bool checked);
+    void onPreferenceSettingCheckBoxEnterKeySend(bool checked)
+    {
+        store(&UserPreferences::isEnterSend, checked);
+    }
+    void onPreferenceSettingCheckBoxSpaceKeySend(bool checked)
+    {
+        store(&UserPreferences::isSpaceSend, checked);
+    }
+    void onPreferenceSettingCheckBoxDelAllSign(bool checked)
+    {
+        store(&UserPreferences::isDelAllSign, checked);
+    }
 
-    // Device settings.
-    void onDeviceDpi(int level);
-    void onChangeMouseDpiKey(int level);
-    void onDeviceDpiLevelValue(int v1, int v2, int v3);
-    void onDeviceCpi(int value);
-    void onDeviceLowbatReport(bool enable);
-    void onDeviceShake(bool enable);
-    void onDeviceLamplight(int enable);
-    void onDeviceSoundEffect(bool enable);
-    void onRadioSelectDpi0(bool checked);
-    void onRadioSelectDpi1(bool checked);
-    void onRadioSelectDpi2(bool checked);
+    // The device page's clicks.
+    void onRadioSelectDpi0(bool checked) { selectDpi(checked, 0); }
+    void onRadioSelectDpi1(bool checked) { selectDpi(checked, 1); }
+    void onRadioSelectDpi2(bool checked) { selectDpi(checked, 2); }
     void onRadioSelectDpi3(bool checked);
-    void onCheckLowbatReport(bool checked);
-    void onCheckShake(bool checked);
-    void onCheckLamplight(bool checked);
-    void onCheckSoundEffect(bool checked);
-    void onShowTrayPowerValue();
+    void onCheckLowbatReport(bool checked) { choose(DeviceLifecycle::SwitchLowbatReport, checked); }
+    void onCheckShake(bool checked) { choose(DeviceLifecycle::SwitchShake, checked); }
+    void onCheckLamplight(bool checked) { choose(DeviceLifecycle::SwitchLamplight, checked); }
+    void onCheckSoundEffect(bool checked) { choose(DeviceLifecycle::SwitchSoundEffect, checked); }
 
-    // Battery.
-    void onDeviceLowbat();
-    void onDeviceMinLowbat();
-    void onDevicePowerPlusIn(bool plugged);
-    void onMouseShutdown();
-    void onDeviceBatteryValue(int value);
-    void recvLowbatSignalNoLongerRemind();
-    void recvMinLowbatSignalNoLongerRemind();
+    // The battery notices' "no longer remind".
+    void recvLowbatSignalNoLongerRemind() { mBattery->recvLowbatSignalNoLongerRemind(); }
+    void recvMinLowbatSignalNoLongerRemind() { mBattery->recvMinLowbatSignalNoLongerRemind(); }
     // The user declined the offered version: the periodic check no longer offers it this run.
     void recvUpdataSignalNoUpdata();
 
@@ -306,118 +193,39 @@ public slots:
     void onTimerWorkTime();
 
 private:
-    void joinDeviceController();
-    using Lock = std::lock_guard<std::recursive_mutex>;
-
-    // A reply handler that does nothing once the presenter is gone: replies outlive it.
-    template <typename Fn>
-    auto guard(Fn fn)
-    {
-        QPointer<MainWindowPresenter> self(this);
-        return [self, fn](auto... args) {
-            if (self) {
-                fn(args...);
-            }
-        };
-    }
-
+    void addErrorStatus(int status);
+    void removeErrorStatus(int status);
+    void store(int UserPreferences::*field, bool checked);
+    void choose(DeviceLifecycle::Switch which, bool checked) { mLifecycle->chooseSetting(which, checked); }
     void initDatas(const Collaborators& collaborators);
-    void connectDevice();
-    // Runs fn on the main thread: now when already there, else queued.
-    void runOnMain(std::function<void()> fn);
-    void openSucceeded();
-    void startDelayOpen(bool singleShot);
-    void httpStepFailed(HttpStep step, const QString& reason);
-    void httpStepAnswered(HttpStep step);
-    HttpRequest::TimeoutFunc onHttpTimeout(HttpStep step);
-    HttpRequest::ErrorFunc onHttpError(HttpStep step);
-    void persistPreferences();
-    void storePreference(int UserPreferences::*field, int value);
+    void connectLifecycle();
+    void connectLadder();
+    void connectBattery();
     // Applies a language box's rule and saves the record only when a language changed, so that
     // the boxes the save brings up to date settle instead of saving again.
     void changeLanguages(UserPreferences (*rule)(UserPreferences, int), int index);
-    void unknownCustomerCode(const QString& customerCode);
-    void checkImage(const QString& reference, std::function<void(QString)> setImage, bool defaultIfEmpty);
     void offerUpdate(const VersionInfo& vi);
     void checkDpiButton(int level);
-    bool deviceInsertStep(bool state);
-    bool deviceControllerStep(std::vector<std::function<void()>>* io);
-    void deviceMessageStep(std::vector<std::function<void()>>* io);
-    bool syncSetting(DeviceStatus::Setting& setting, void (DeviceManager::*get)(),
-                     void (DeviceManager::*set)(bool), std::vector<std::function<void()>>* io);
-    bool syncLowbatReport(std::vector<std::function<void()>>* io);
-    void syncDpi(std::vector<std::function<void()>>* io);
-    void firstSettingReply(DeviceStatus::Setting& setting, bool enable,
-                           void (MainWindowView::*setOnOff)(bool), void (MainWindowView::*setStatus)(bool));
-    void chooseSetting(DeviceStatus::Setting& setting, bool checked, void (MainWindowView::*setOnOff)(bool),
-                       void (MainWindowView::*setStatus)(bool));
-    void selectDpi(int target);
-    void batteryBackToNormal();
+    void selectDpi(bool checked, int target);
     int commandSubmit(bool edit);
-    void showCommandWarning(bool edit, const QString& text);
     void setPickedContent(const QString& path);
 
     MainWindowView* mView;
-    DeviceManager* mDeviceManager = nullptr;
-    DBManager* mDBManager = nullptr;
-    HttpManager* mHttpManager = nullptr;
     HookManager* mHookManager = nullptr;
     AppAutoRunUtils* mAutoRun = nullptr;
-    RecordManager* mRecordManager = nullptr;
-    ConsoleNotices* mNotices = nullptr;
     PathPicker* mPicker = nullptr;
-    std::function<int()> mScreenWidth;
+    // Declared before the lifecycle, whose controller thread reads it: it goes after.
+    std::unique_ptr<PreferencesRecord> mPreferences;
+    std::unique_ptr<DeviceLifecycle> mLifecycle;
+    BackendLadder* mLadder = nullptr;
+    BatteryWatch* mBattery = nullptr;
+    CommandWords mCommands;
 
-    // Shared with the device controller's thread, under mStatusMutex.
-    mutable std::recursive_mutex mStatusMutex;
-    UserPreferences mUserPreferences;
-    DeviceStatus mDeviceStatus;
-    DeviceInfo mCurDevInf;
-    QList<DeviceInfo> mDeviceInfoList;
-    DeviceOpenTime mDeviceOpenTime;
-    int mOpenWaitCount = 0;
-    // The controller stopped itself: past the open wait its tick only repeated "no device".
-    // Under the status lock; a plug or a Bluetooth link starts it again.
-    bool mControllerResting = false;
-    bool mConnectionCheckResting = false;  // stopped while the console was away
-    bool mDeviceInitialised = false;
-    bool mBleAnswered = false;
-    // Whether the device delay open timer runs or is about to: the controller reads it.
-    std::atomic<bool> mDelayOpenActive{false};
-
-    // Main thread only.
-    struct DeviceState {
-        bool insert = false;
-        bool connected = false;
-        bool insertChange = false;
-    } mDeviceState;
-    Device mDevice;
-    DeviceRecord mDeviceRecord;
-    IpInfo mIpInfo;
-    QString mIpAddress;
-    std::atomic<bool> mIsInternet{true};
     QList<int> mErrorStatus;
-    QSet<QString> mImageDownloads;  // pictures being fetched, by local path
-    bool mConsoleDataComplete = false;
+    bool mConnectionCheckResting = false;  // stopped while the console was away
     bool mGuidanceShown = false;
     bool mPowerHint = false;
-    bool mHttpRequested[HttpStepCount] = {};
-    bool mHttpAnswered[HttpStepCount] = {};
-    bool mHttpGivenUp[HttpStepCount] = {};
-    int mHttpFailures[HttpStepCount] = {};  // in a row, since the step last answered
-    qint64 mHttpRetryAt[HttpStepCount] = {};
-    std::function<qint64()> mClockMs;
     QString mOfferedVersion;
     QString mDeclinedVersion;
-    BatteryState mBattery;
-    int mBlinkStep = 0;
-    int mChargeStep = 0;
-
-    QList<CommandWord> mCommandWords;
-    CommandWord mEditCommand;
-    QList<int> mShortcutList;
-    QList<int> mEditShortcutList;
-
-    std::unique_ptr<CustomTimer> mTimerDeviceController;
-    QTimer* mTimers[TimerHeartbeat + 1] = {};
+    QTimer* mTimers[TimerCount] = {};
 };

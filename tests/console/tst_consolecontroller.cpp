@@ -57,19 +57,19 @@ void TestConsoleController::controllerAndSlotsShareTheState()
         p.savePid = 0x4011;
     });
     MainWindowPresenter* presenter = rig.start();
-    QVERIFY(presenter->isDeviceControllerRunning());
+    QVERIFY(presenter->lifecycle()->isDeviceControllerRunning());
 
     // Opened by the saved numbers on the controller's thread; ready is told back to the main one.
-    QTRY_VERIFY_WITH_TIMEOUT(presenter->deviceStatus().ready, 5000);
+    QTRY_VERIFY_WITH_TIMEOUT(presenter->lifecycle()->deviceStatus().ready, 5000);
     QCOMPARE(rig.view.callsOf(QStringLiteral("setDeviceTypeIcon")),
              QStringList{QStringLiteral("setDeviceTypeIcon(0)")});
-    QVERIFY(presenter->timer(MainWindowPresenter::TimerDeviceMessage)->isActive());
+    QVERIFY(presenter->lifecycle()->timer(DeviceLifecycle::TimerDeviceMessage)->isActive());
 
     // The main thread moves targets while the controller walks the ladder.
     for (int i = 0; i < 40; ++i) {
-        presenter->onDeviceMouseActive(i % 2 == 0);
+        presenter->lifecycle()->onDeviceMouseActive(i % 2 == 0);
         presenter->onCheckShake(i % 2 == 0);
-        presenter->onDeviceDpi(i % 3);
+        presenter->lifecycle()->onDeviceDpi(i % 3);
         QTest::qWait(20);
     }
     QVERIFY(!backend.writes().isEmpty());
@@ -77,7 +77,7 @@ void TestConsoleController::controllerAndSlotsShareTheState()
     // The receiver goes: the controller sees the lost link, zeroes the state and reports it.
     backend.pullOut();
     QTRY_VERIFY_WITH_TIMEOUT(rig.errors().contains(1), 3000);
-    QTRY_VERIFY(!presenter->deviceStatus().connected);
+    QTRY_VERIFY(!presenter->lifecycle()->deviceStatus().connected);
 }
 
 void TestConsoleController::slowEnumerationDoesNotHoldUpInput()

@@ -32,7 +32,7 @@ QString out(const st_small_base_com_msg& record)
 // Waits until the device message loop has ticked n more times.
 bool waitTicks(MainWindowPresenter* presenter, int n)
 {
-    QSignalSpy ticks(presenter->timer(MainWindowPresenter::TimerDeviceMessage), &QTimer::timeout);
+    QSignalSpy ticks(presenter->lifecycle()->timer(DeviceLifecycle::TimerDeviceMessage), &QTimer::timeout);
     return QTest::qWaitFor([&] { return ticks.size() >= n; }, 100 * n * kTickMs);
 }
 
@@ -131,36 +131,36 @@ void TestConsoleLadder::asleepMouseWaitsThenSettingsReachIt()
     // message loop still learns the module).
     QVERIFY(sim->waitForLine(QStringLiteral("open")));
     sim->command("active 0");
-    QTRY_VERIFY(presenter->deviceStatus().activeKnown);
+    QTRY_VERIFY(presenter->lifecycle()->deviceStatus().activeKnown);
     QVERIFY(waitTicks(presenter, 4));
     QVERIFY(!sim->hasLine(out(DM::getDongleFlashID())));
     QVERIFY(!sim->hasLine(out(DM::getDPILevelValue())));
-    QVERIFY(!presenter->deviceStatus().dongleIdKnown);
+    QVERIFY(!presenter->lifecycle()->deviceStatus().dongleIdKnown);
 
     // Awake: module, ids and settings follow.
     sim->command("active 1");
-    QTRY_VERIFY_WITH_TIMEOUT(presenter->isDeviceInitialised(), 15000);
-    const DeviceStatus status = presenter->deviceStatus();
+    QTRY_VERIFY_WITH_TIMEOUT(presenter->lifecycle()->isDeviceInitialised(), 15000);
+    const DeviceStatus status = presenter->lifecycle()->deviceStatus();
     QVERIFY(status.moduleKnown && status.dongleIdKnown && status.remoteIdKnown && status.levelValuesKnown);
     QVERIFY(status.shake.known && status.shake.status);
-    QCOMPARE(presenter->device().dongleFlashID, QStringLiteral("8877665544332211"));
+    QCOMPARE(presenter->lifecycle()->device().dongleFlashID, QStringLiteral("8877665544332211"));
     QVERIFY(rig.view.calls.contains(QStringLiteral("setVipFunction(true)")));
     QVERIFY(!rig.errors().contains(1));
 
     // A switch on the page reaches the mouse within five ticks of the message loop, here
     // ticked by hand.
-    presenter->timer(MainWindowPresenter::TimerDeviceMessage)->stop();
+    presenter->lifecycle()->timer(DeviceLifecycle::TimerDeviceMessage)->stop();
     presenter->onCheckShake(false);
     for (int tick = 0; tick < 5; ++tick) {
-        presenter->onTimerDeviceMessage();
+        presenter->lifecycle()->onTimerDeviceMessage();
     }
     QVERIFY(sim->waitForLine(out(DM::setShake(false))));
-    presenter->timer(MainWindowPresenter::TimerDeviceMessage)->start();
-    QTRY_VERIFY(!presenter->deviceStatus().shake.status);
+    presenter->lifecycle()->timer(DeviceLifecycle::TimerDeviceMessage)->start();
+    QTRY_VERIFY(!presenter->lifecycle()->deviceStatus().shake.status);
 
     // Asleep again: everything waits, the link stays.
     sim->command("active 0");
-    QTRY_VERIFY(!presenter->deviceStatus().mouseActive);
+    QTRY_VERIFY(!presenter->lifecycle()->deviceStatus().mouseActive);
     presenter->onCheckShake(true);
     QVERIFY(waitTicks(presenter, 6));
     QVERIFY(!sim->hasLine(out(DM::setShake(true))));
@@ -180,8 +180,8 @@ void TestConsoleLadder::unplugAndReplug()
     });
     MainWindowPresenter* presenter = rig.start();
     presenter->onInternetStateChange(false);
-    QTRY_VERIFY_WITH_TIMEOUT(presenter->isDeviceInitialised(), 15000);
-    QCOMPARE(presenter->timer(MainWindowPresenter::TimerDeviceDelayOpen)->interval(), 300);
+    QTRY_VERIFY_WITH_TIMEOUT(presenter->lifecycle()->isDeviceInitialised(), 15000);
+    QCOMPARE(presenter->lifecycle()->timer(DeviceLifecycle::TimerDeviceDelayOpen)->interval(), 300);
 
     // The plug watch looks now rather than at its next second. Its first look is not
     // announced: it only learns what is there.
@@ -198,19 +198,19 @@ void TestConsoleLadder::unplugAndReplug()
              QStringLiteral("updateSystemTray(1)"));
     QTRY_COMPARE(rig.notices.shown, QStringList{QStringLiteral("change(false)")});
     QCOMPARE(rig.device.state(), 0);
-    QVERIFY(!presenter->deviceStatus().connected);
-    QVERIFY(!presenter->timer(MainWindowPresenter::TimerDeviceMessage)->isActive());
+    QVERIFY(!presenter->lifecycle()->deviceStatus().connected);
+    QVERIFY(!presenter->lifecycle()->timer(DeviceLifecycle::TimerDeviceMessage)->isActive());
     // Parked: the delay repeats until the receiver comes back.
-    QVERIFY(!presenter->timer(MainWindowPresenter::TimerDeviceDelayOpen)->isSingleShot());
+    QVERIFY(!presenter->lifecycle()->timer(DeviceLifecycle::TimerDeviceDelayOpen)->isSingleShot());
 
     QVERIFY(plug("plug"));
     QTRY_COMPARE(rig.notices.shown.size(), 2);
     QCOMPARE(rig.notices.shown.last(), QStringLiteral("change(true)"));
-    QVERIFY(presenter->timer(MainWindowPresenter::TimerDeviceDelayOpen)->isSingleShot());
-    QTRY_VERIFY_WITH_TIMEOUT(presenter->isDeviceInitialised(), 15000);
+    QVERIFY(presenter->lifecycle()->timer(DeviceLifecycle::TimerDeviceDelayOpen)->isSingleShot());
+    QTRY_VERIFY_WITH_TIMEOUT(presenter->lifecycle()->isDeviceInitialised(), 15000);
     QVERIFY(!rig.errors().contains(1));
     QCOMPARE(rig.view.callsOf(QStringLiteral("setDeviceTypeIcon")).size(), 2);
-    QCOMPARE(presenter->currentDeviceInfo().vid, QStringLiteral("3151"));  // the saved numbers
+    QCOMPARE(presenter->lifecycle()->currentDeviceInfo().vid, QStringLiteral("3151"));  // the saved numbers
 }
 
 void TestConsoleLadder::controllerRestsWithoutDevice()
@@ -226,9 +226,9 @@ void TestConsoleLadder::controllerRestsWithoutDevice()
     rig.prepare([](UserPreferences& p) { p.delayOpenDeviceTime = 300; });
     MainWindowPresenter* presenter = rig.start(http.get());
     QVERIFY(QMetaObject::invokeMethod(rig.hid.changeWorker(), "onCheck", Qt::BlockingQueuedConnection));
-    QTRY_VERIFY_WITH_TIMEOUT(!presenter->isDeviceControllerRunning(), 600 * kTickMs);
+    QTRY_VERIFY_WITH_TIMEOUT(!presenter->lifecycle()->isDeviceControllerRunning(), 600 * kTickMs);
     QVERIFY(rig.errors().contains(1));
-    QVERIFY(!presenter->deviceStatus().connected);
+    QVERIFY(!presenter->lifecycle()->deviceStatus().connected);
     // The connection check shows the guidance only on a console on the screen: with the console
     // away it rests, and the console coming up starts it, and the guidance follows.
     QTimer* check = presenter->timer(MainWindowPresenter::TimerConnectionCheck);
@@ -243,8 +243,8 @@ void TestConsoleLadder::controllerRestsWithoutDevice()
     sim->command("echo plugged");
     QVERIFY(sim->waitForLine(QStringLiteral("plugged")));
     QVERIFY(QMetaObject::invokeMethod(rig.hid.changeWorker(), "onCheck", Qt::BlockingQueuedConnection));
-    QTRY_VERIFY(presenter->isDeviceControllerRunning());
-    QTRY_VERIFY_WITH_TIMEOUT(presenter->isDeviceInitialised(), 15000);
+    QTRY_VERIFY(presenter->lifecycle()->isDeviceControllerRunning());
+    QTRY_VERIFY_WITH_TIMEOUT(presenter->lifecycle()->isDeviceInitialised(), 15000);
     QVERIFY(!rig.errors().contains(1));
 }
 
@@ -262,8 +262,8 @@ void TestConsoleLadder::onlineLadderOpensFromTheListAndRegisters()
     QSignalSpy directUIs(presenter, &MainWindowPresenter::signalDirectUIsToInput);
     QSignalSpy ipIds(presenter, &MainWindowPresenter::signalLocalIpId);
 
-    QTRY_VERIFY_WITH_TIMEOUT(presenter->isConsoleDataComplete(), 20000);
-    QCOMPARE(presenter->currentDeviceInfo().customerName, QStringLiteral("Zorvane"));
+    QTRY_VERIFY_WITH_TIMEOUT(presenter->ladder()->isComplete(), 20000);
+    QCOMPARE(presenter->lifecycle()->currentDeviceInfo().customerName, QStringLiteral("Zorvane"));
     // The branding pictures are named by the Base64 of their file names.
     const QString picture = PictureFiles::folder() + QStringLiteral("/em9ydmFuZV9ob21lLnBuZw");
     const QString home = QStringLiteral("setHomeImage(") + picture + QLatin1Char(')');
@@ -291,21 +291,21 @@ void TestConsoleLadder::onlineLadderOpensFromTheListAndRegisters()
     const int ipAt = endpoints.indexOf(QStringLiteral("/ipinfo/upload"));
     QVERIFY(ipAt >= 0 && endpoints.lastIndexOf(QStringLiteral("/device/register")) > ipAt);
     QCOMPARE(mServices.uploads().entries(QStringLiteral("/device/register")).size(), registeredBefore + 1);
-    QCOMPARE(presenter->deviceRecord().ip, ipIds.at(0).at(0).toInt());
-    QVERIFY(presenter->timer(MainWindowPresenter::TimerHeartbeat)->isActive());
-    QVERIFY(!presenter->timer(MainWindowPresenter::TimerHttpController)->isActive());
+    QCOMPARE(presenter->ladder()->deviceRecord().ip, ipIds.at(0).at(0).toInt());
+    QVERIFY(presenter->ladder()->timer(BackendLadder::TimerHeartbeat)->isActive());
+    QVERIFY(!presenter->ladder()->timer(BackendLadder::TimerController)->isActive());
 
     // Two module replies with different codes: the last one brands the console.
-    presenter->onDeviceModule(1, 1, 1, 1, QStringLiteral("0D0E0F"), 0);
+    presenter->lifecycle()->onDeviceModule(1, 1, 1, 1, QStringLiteral("0D0E0F"), 0);
     QCOMPARE(PreferencesUtils::getInstance()->getUserPreferences().saveCustomerName,
              QStringLiteral("Zorvane HK"));
     QVERIFY(presenter->userPreferences().isIFlySpeech);
-    presenter->onDeviceModule(1, 1, 1, 1, QStringLiteral("0A0B0C"), 0);
-    QCOMPARE(presenter->currentDeviceInfo().customerName, QStringLiteral("Zorvane"));
+    presenter->lifecycle()->onDeviceModule(1, 1, 1, 1, QStringLiteral("0A0B0C"), 0);
+    QCOMPARE(presenter->lifecycle()->currentDeviceInfo().customerName, QStringLiteral("Zorvane"));
     QVERIFY(!presenter->userPreferences().isIFlySpeech);
     // A code the list lacks changes nothing.
-    presenter->onDeviceModule(1, 1, 1, 1, QStringLiteral("FFFFFF"), 0);
-    QCOMPARE(presenter->currentDeviceInfo().customerName, QStringLiteral("Zorvane"));
+    presenter->lifecycle()->onDeviceModule(1, 1, 1, 1, QStringLiteral("FFFFFF"), 0);
+    QCOMPARE(presenter->lifecycle()->currentDeviceInfo().customerName, QStringLiteral("Zorvane"));
 }
 
 void TestConsoleLadder::unlistedCustomerCodeIsGivenUp()
@@ -320,17 +320,17 @@ void TestConsoleLadder::unlistedCustomerCodeIsGivenUp()
     rig.prepare([](UserPreferences& p) { saveNumbers(p, kVid, kPid); });
     ConsoleLog log;
     MainWindowPresenter* presenter = rig.start(http.get());
-    QTRY_VERIFY_WITH_TIMEOUT(presenter->deviceStatus().moduleKnown, 20000);
-    QTRY_VERIFY_WITH_TIMEOUT(presenter->isDeviceInitialised(), 15000);
+    QTRY_VERIFY_WITH_TIMEOUT(presenter->lifecycle()->deviceStatus().moduleKnown, 20000);
+    QTRY_VERIFY_WITH_TIMEOUT(presenter->lifecycle()->isDeviceInitialised(), 15000);
     presenter->onCheckShake(false);
     QVERIFY(sim->waitForLine(out(DM::setShake(false))));
-    QTRY_VERIFY(!presenter->deviceStatus().shake.status);
+    QTRY_VERIFY(!presenter->lifecycle()->deviceStatus().shake.status);
 
     const int asked = sim->countLines(out(DM::getModule()));
     QVERIFY(waitTicks(presenter, 10));
     QCOMPARE(sim->countLines(out(DM::getModule())), asked);
     QCOMPARE(sim->countLines(out(DM::setLowbatReport(true))), 1);
-    QVERIFY(!presenter->deviceStatus().shake.target);
+    QVERIFY(!presenter->lifecycle()->deviceStatus().shake.target);
     QCOMPARE(log.count(QStringLiteral("is not in the backend's device list")), 1);
     QCOMPARE(rig.view.callsOf(QStringLiteral("setDeviceName")),
              QStringList{QStringLiteral("setDeviceName(未识别的鼠标（客户编码 0F0F0F）)")});
@@ -338,7 +338,7 @@ void TestConsoleLadder::unlistedCustomerCodeIsGivenUp()
 
 void TestConsoleLadder::httpStepsRunInOrderAndRetry()
 {
-    using P = MainWindowPresenter;
+    using L = BackendLadder;
     auto http = backend();
     VirtualHidBackend noReceiver(mSocketPath + QStringLiteral(".absent"));
     ConsoleRig rig(&noReceiver, kTickMs);
@@ -346,78 +346,78 @@ void TestConsoleLadder::httpStepsRunInOrderAndRetry()
     rig.clockMs = [&now] { return now; };
     ConsoleLog log;
     MainWindowPresenter* presenter = rig.start(http.get());
-    presenter->timer(P::TimerHttpController)->stop();  // ticks by hand from here
+    BackendLadder* ladder = presenter->ladder();
+    ladder->timer(L::TimerController)->stop();  // ticks by hand from here
     http->setTimeout(200);
 
     // A slow backend: the first step times out and is asked again on the next tick.
     Fault& fault = mServices.fault(ServiceSet::Backend);
     fault.delayMs = 600;
-    presenter->onTimerHttpController();
-    QVERIFY(presenter->httpRequested(P::StepAppVersion));
-    QTRY_VERIFY(!presenter->httpRequested(P::StepAppVersion));
-    QVERIFY(!presenter->httpAnswered(P::StepAppVersion));
+    ladder->onTimerController();
+    QVERIFY(ladder->requested(L::StepAppVersion));
+    QTRY_VERIFY(!ladder->requested(L::StepAppVersion));
+    QVERIFY(!ladder->answered(L::StepAppVersion));
     fault.clear();
-    http->setTimeout(MainWindowPresenter::kHttpTimeoutMs);  // no more time-outs from a busy machine
+    http->setTimeout(L::kHttpTimeoutMs);  // no more time-outs from a busy machine
     // Errors are retried the same way, at once the second time, then only after a pause.
     fault.httpStatus = 500;
     for (int attempt = 0; attempt < 2; ++attempt) {
-        presenter->onTimerHttpController();
-        QVERIFY(presenter->httpRequested(P::StepAppVersion));
-        QTRY_VERIFY(!presenter->httpRequested(P::StepAppVersion));
+        ladder->onTimerController();
+        QVERIFY(ladder->requested(L::StepAppVersion));
+        QTRY_VERIFY(!ladder->requested(L::StepAppVersion));
     }
-    now += P::kHttpBackoffMs - 1;
-    presenter->onTimerHttpController();
-    QVERIFY(!presenter->httpRequested(P::StepAppVersion));
+    now += L::kBackoffMs - 1;
+    ladder->onTimerController();
+    QVERIFY(!ladder->requested(L::StepAppVersion));
     now += 1;
-    presenter->onTimerHttpController();
-    QVERIFY(presenter->httpRequested(P::StepAppVersion));
-    QTRY_VERIFY(!presenter->httpRequested(P::StepAppVersion));
+    ladder->onTimerController();
+    QVERIFY(ladder->requested(L::StepAppVersion));
+    QTRY_VERIFY(!ladder->requested(L::StepAppVersion));
     fault.clear();
     // The streak of four failures is written once, and its end once.
     QCOMPARE(log.count(QStringLiteral("app version failed")), 1);
-    now += P::kHttpBackoffMs;
+    now += L::kBackoffMs;
     QTRY_VERIFY([&] {
-        presenter->onTimerHttpController();
-        return presenter->httpAnswered(P::StepAppVersion);
+        ladder->onTimerController();
+        return ladder->answered(L::StepAppVersion);
     }());
     QCOMPARE(log.count(QStringLiteral("app version")), 2);
 
     // Each step is asked only once the one before has answered. The device controller asks
     // for the open time on its own, so that step is left out of the order.
-    const QList<P::HttpStep> order{P::StepAppVersion, P::StepDeviceList,   P::StepIpAddress,
-                                   P::StepIpInfo,     P::StepUploadIpInfo, P::StepCalendarPhrases};
+    const QList<L::Step> order{L::StepAppVersion, L::StepDeviceList,   L::StepIpAddress,
+                               L::StepIpInfo,     L::StepUploadIpInfo, L::StepCalendarPhrases};
     for (int i = 0; i < order.size(); ++i) {
         QTRY_VERIFY([&] {
-            presenter->onTimerHttpController();
-            return presenter->httpAnswered(order.at(i));
+            ladder->onTimerController();
+            return ladder->answered(order.at(i));
         }());
         for (int later = i + 1; later < order.size(); ++later) {
-            QVERIFY2(!presenter->httpRequested(order.at(later)) || i + 1 == later,
-                     qPrintable(QString::number(i)));
+            QVERIFY2(!ladder->requested(order.at(later)) || i + 1 == later, qPrintable(QString::number(i)));
         }
     }
     // Without a set-up device the ladder rests before the registration, timer stopped.
-    presenter->timer(P::TimerHttpController)->start();
-    presenter->onTimerHttpController();
-    QVERIFY(!presenter->httpRequested(P::StepRegisterDevice));
-    QVERIFY(!presenter->timer(P::TimerHttpController)->isActive());
-    QVERIFY(!presenter->isConsoleDataComplete());
+    ladder->timer(L::TimerController)->start();
+    ladder->onTimerController();
+    QVERIFY(!ladder->requested(L::StepRegisterDevice));
+    QVERIFY(!ladder->timer(L::TimerController)->isActive());
+    QVERIFY(!ladder->isComplete());
 
     // Offline the timer stops at its first tick; online starts it again.
     presenter->onInternetStateChange(false);
     QCOMPARE(rig.errors().last(), 3);
     presenter->onInternetStateChange(true);
-    QVERIFY(presenter->timer(P::TimerHttpController)->isActive());
+    QVERIFY(ladder->timer(L::TimerController)->isActive());
     QVERIFY(!rig.errors().contains(3));
 
     // A receiver whose id is sixteen zeros is never registered.
     const int registeredBefore = mServices.uploads().entries(QStringLiteral("/device/register")).size();
-    presenter->onDeviceDongleFlashID(QStringLiteral("0000000000000000"));
-    presenter->registerDevice();
-    QVERIFY(presenter->httpAnswered(P::StepRegisterDevice));
+    presenter->lifecycle()->onDeviceDongleFlashID(QStringLiteral("0000000000000000"));
+    ladder->registerDevice();
+    QVERIFY(ladder->answered(L::StepRegisterDevice));
     QTest::qWait(200);
     QCOMPARE(mServices.uploads().entries(QStringLiteral("/device/register")).size(), registeredBefore);
-    QVERIFY(!presenter->timer(P::TimerHeartbeat)->isActive());
+    QVERIFY(!ladder->timer(L::TimerHeartbeat)->isActive());
 }
 
 void TestConsoleLadder::optionalStepsGiveWayToRegistration()
@@ -434,14 +434,14 @@ void TestConsoleLadder::optionalStepsGiveWayToRegistration()
     QSignalSpy directUIs(presenter, &MainWindowPresenter::signalDirectUIsToInput);
 
     // The address report is given up after a few tries; the mouse is registered without it.
-    QTRY_VERIFY_WITH_TIMEOUT(presenter->isConsoleDataComplete(), 20000);
+    QTRY_VERIFY_WITH_TIMEOUT(presenter->ladder()->isComplete(), 20000);
     mServices.fault(ServiceSet::IpLookup).clear();
     QCOMPARE(directUIs.size(), 1);
     QCOMPARE(mServices.uploads().entries(QStringLiteral("/device/register")).size(), registeredBefore + 1);
-    QVERIFY(presenter->httpGivenUp(MainWindowPresenter::StepIpInfo));
-    QVERIFY(presenter->httpGivenUp(MainWindowPresenter::StepUploadIpInfo));
-    QVERIFY(!presenter->httpGivenUp(MainWindowPresenter::StepCalendarPhrases));
-    QCOMPARE(presenter->deviceRecord().ip, 0);
+    QVERIFY(presenter->ladder()->givenUp(BackendLadder::StepIpInfo));
+    QVERIFY(presenter->ladder()->givenUp(BackendLadder::StepUploadIpInfo));
+    QVERIFY(!presenter->ladder()->givenUp(BackendLadder::StepCalendarPhrases));
+    QCOMPARE(presenter->ladder()->deviceRecord().ip, 0);
     QCOMPARE(PreferencesUtils::getInstance()->getUserPreferences().saveIpAddress, 0);
 }
 
@@ -459,7 +459,8 @@ void TestConsoleLadder::openDelayOnlineAndOffline()
             presenter->onInternetStateChange(false);
         }
         const int expected = online ? 1000 : 1234;
-        QTRY_COMPARE(presenter->timer(MainWindowPresenter::TimerDeviceDelayOpen)->interval(), expected);
+        QTRY_COMPARE(presenter->lifecycle()->timer(DeviceLifecycle::TimerDeviceDelayOpen)->interval(),
+                     expected);
         QCOMPARE(presenter->userPreferences().delayOpenDeviceTime, expected);
     }
 }

@@ -57,27 +57,27 @@ void TestConsoleState::speedLevelsAndTargets()
     auto rig = rigWith(&backend, 1);
     MainWindowPresenter* p = rig->presenter.get();
     // Device at level 2 (the first button), user wants 1: the slow button lights, target 1.
-    p->onDeviceDpi(2);
+    p->lifecycle()->onDeviceDpi(2);
     QCOMPARE(rig->view.callsOf(QStringLiteral("setDeviceRadioLevel0Checked")),
              QStringList{QStringLiteral("setDeviceRadioLevel0Checked(true)")});
-    QCOMPARE(p->deviceStatus().targetDpi, 1);
+    QCOMPARE(p->lifecycle()->deviceStatus().targetDpi, 1);
     rig->view.calls.clear();
     // A reply that is not the target lights nothing; the target's reply lights the fast button.
-    p->onDeviceDpi(0);
+    p->lifecycle()->onDeviceDpi(0);
     QVERIFY(rig->view.calls.isEmpty());
-    p->onDeviceDpi(1);
+    p->lifecycle()->onDeviceDpi(1);
     QCOMPARE(rig->view.calls, QStringList{QStringLiteral("setDeviceRadioLevel2Checked(true)")});
 
     // The user picks the standard button; the speed key on the mouse wins over that change.
     p->onRadioSelectDpi0(true);
-    QCOMPARE(p->deviceStatus().targetDpi, 0);
-    p->onChangeMouseDpiKey(2);
-    QCOMPARE(p->deviceStatus().targetDpi, 2);
-    QCOMPARE(p->deviceStatus().dpiLevel.level000, 2);
+    QCOMPARE(p->lifecycle()->deviceStatus().targetDpi, 0);
+    p->lifecycle()->onChangeMouseDpiKey(2);
+    QCOMPARE(p->lifecycle()->deviceStatus().targetDpi, 2);
+    QCOMPARE(p->lifecycle()->deviceStatus().dpiLevel.level000, 2);
     QCOMPARE(PreferencesUtils::getInstance()->getUserPreferences().dpiValue, 2);
     // Unchecking a button moves nothing.
     p->onRadioSelectDpi1(false);
-    QCOMPARE(p->deviceStatus().targetDpi, 2);
+    QCOMPARE(p->lifecycle()->deviceStatus().targetDpi, 2);
 }
 
 void TestConsoleState::switchesWaitForTheMouse()
@@ -86,7 +86,7 @@ void TestConsoleState::switchesWaitForTheMouse()
     auto rig = rigWith(&backend, 0);
     P* p = rig->presenter.get();
     // The mouse says what it has: its switches take clicks but show no state yet.
-    p->onDeviceModule(1, 1, 0, 0, QStringLiteral("0A0B0C"), 0);
+    p->lifecycle()->onDeviceModule(1, 1, 0, 0, QStringLiteral("0A0B0C"), 0);
     QCOMPARE(rig->view.callsOf(QStringLiteral("setCheckShakeOnOffEnabled")),
              QStringList{QStringLiteral("setCheckShakeOnOffEnabled(true)")});
     QVERIFY(rig->view.callsOf(QStringLiteral("setCheckShakeStatusChecked")).isEmpty());
@@ -97,30 +97,30 @@ void TestConsoleState::switchesWaitForTheMouse()
     p->onCheckShake(false);
     p->onCheckLowbatReport(false);
     rig->view.calls.clear();
-    p->onDeviceShake(true);
-    p->onDeviceLowbatReport(true);
-    p->onDeviceLamplight(1);
+    p->lifecycle()->onDeviceShake(true);
+    p->lifecycle()->onDeviceLowbatReport(true);
+    p->lifecycle()->onDeviceLamplight(1);
     QCOMPARE(rig->view.calls, (QStringList{QStringLiteral("setCheckShakeOnOffChecked(false)"),
                                            QStringLiteral("setCheckShakeStatusChecked(true)"),
                                            QStringLiteral("setCheckLowbatOnOffChecked(false)"),
                                            QStringLiteral("setCheckLowbatStatusChecked(true)"),
                                            QStringLiteral("setCheckLightingEffectOnOffChecked(true)"),
                                            QStringLiteral("setCheckLightingEffectStatusChecked(true)")}));
-    QVERIFY(!p->deviceStatus().shake.target && p->deviceStatus().shake.status);
-    QVERIFY(!p->deviceStatus().lowbatReport.target);
-    QVERIFY(p->deviceStatus().lamplight.target);
+    QVERIFY(!p->lifecycle()->deviceStatus().shake.target && p->lifecycle()->deviceStatus().shake.status);
+    QVERIFY(!p->lifecycle()->deviceStatus().lowbatReport.target);
+    QVERIFY(p->lifecycle()->deviceStatus().lamplight.target);
     // A second module reply leaves the page alone.
     rig->view.calls.clear();
-    p->onDeviceModule(1, 1, 0, 0, QStringLiteral("0A0B0C"), 0);
+    p->lifecycle()->onDeviceModule(1, 1, 0, 0, QStringLiteral("0A0B0C"), 0);
     QVERIFY(rig->view.callsOf(QStringLiteral("setCheckShakeOnOffEnabled")).isEmpty());
 
     // Unplugged: the page forgets the mouse, and the next one starts from its first replies.
-    p->deviceInsert(true);
-    p->deviceInsert(false);
+    p->lifecycle()->deviceInsert(true);
+    p->lifecycle()->deviceInsert(false);
     QCOMPARE(rig->view.callsOf(QStringLiteral("showMouseSettingsUnknown")).size(), 1);
-    QVERIFY(!p->deviceStatus().shake.known && !p->deviceStatus().shake.chosen);
-    p->onDeviceShake(true);
-    QVERIFY(p->deviceStatus().shake.target);
+    QVERIFY(!p->lifecycle()->deviceStatus().shake.known && !p->lifecycle()->deviceStatus().shake.chosen);
+    p->lifecycle()->onDeviceShake(true);
+    QVERIFY(p->lifecycle()->deviceStatus().shake.target);
 }
 
 void TestConsoleState::bestResolutionForTheScreen()
@@ -129,33 +129,33 @@ void TestConsoleState::bestResolutionForTheScreen()
     {
         // A saved resolution, but the level values never came: the level reply sets target 0.
         auto rig = rigWith(&backend, 1100);
-        rig->presenter->onDeviceDpi(1);
-        QCOMPARE(rig->presenter->deviceStatus().targetDpi, 0);
+        rig->presenter->lifecycle()->onDeviceDpi(1);
+        QCOMPARE(rig->presenter->lifecycle()->deviceStatus().targetDpi, 0);
     }
     auto rig = rigWith(&backend, 1100);
     MainWindowPresenter* p = rig->presenter.get();
     // Nominal values (factor 1) on a 1440-pixel screen: 1200.
-    p->onDeviceDpiLevelValue(1000, 1200, 1600);
+    p->lifecycle()->onDeviceDpiLevelValue(1000, 1200, 1600);
     QVERIFY(rig->view.calls.contains(QStringLiteral("setCpiValue(1200)")));
     {
         // The button shows the label of the screen's value: none past 1400 (a 1920-pixel screen).
         ConsoleRig wide(&backend);
-        wide.start(nullptr, nullptr, 1920)->onDeviceDpiLevelValue(1000, 1200, 1600);
+        wide.start(nullptr, nullptr, 1920)->lifecycle()->onDeviceDpiLevelValue(1000, 1200, 1600);
         QCOMPARE(wide.view.callsOf(QStringLiteral("setCpiValue")),
                  QStringList{QStringLiteral("setCpiValue(0)")});
     }
     QCOMPARE(rig->view.callsOf(QStringLiteral("setVipFunction")).last(),
              QStringLiteral("setVipFunction(true)"));
-    QCOMPARE(p->deviceStatus().bestCpiValue, 1200);
-    p->onDeviceCpi(1600);
-    QCOMPARE(p->deviceStatus().targetDpi, 1200);
+    QCOMPARE(p->lifecycle()->deviceStatus().bestCpiValue, 1200);
+    p->lifecycle()->onDeviceCpi(1600);
+    QCOMPARE(p->lifecycle()->deviceStatus().targetDpi, 1200);
     QVERIFY(rig->view.calls.contains(QStringLiteral("setDeviceRadioLevel3Checked(true)")));
     // Reaching the target stores it.
-    p->onDeviceCpi(1200);
+    p->lifecycle()->onDeviceCpi(1200);
     QCOMPARE(PreferencesUtils::getInstance()->getUserPreferences().dpiValue, 1200);
     // Twice the nominal values double it.
-    p->onDeviceDpiLevelValue(2000, 2400, 3200);
-    QCOMPARE(p->deviceStatus().bestCpiValue, 2400);
+    p->lifecycle()->onDeviceDpiLevelValue(2000, 2400, 3200);
+    QCOMPARE(p->lifecycle()->deviceStatus().bestCpiValue, 2400);
 }
 
 void TestConsoleState::cpiLabels_data()
@@ -182,45 +182,45 @@ void TestConsoleState::lowAndCriticalReminders()
     FakeHidBackend backend;
     auto rig = rigWith(&backend, 0);
     P* p = rig->presenter.get();
-    p->onDeviceLowbat();
+    p->battery()->onDeviceLowbat();
     QCOMPARE(rig->view.callsOf(QStringLiteral("showLowbatView")),
              QStringList{QStringLiteral("showLowbatView(0)")});
-    QVERIFY(p->timer(P::TimerLowbatGate)->isActive());
+    QVERIFY(p->battery()->timer(BatteryWatch::TimerLowbatGate)->isActive());
     QCOMPARE(rig->errors().last(), 4);
     // Within the gate nothing shows again, but the critical reminder is allowed again.
     p->recvMinLowbatSignalNoLongerRemind();
-    p->onDeviceLowbat();
+    p->battery()->onDeviceLowbat();
     QCOMPARE(rig->view.callsOf(QStringLiteral("showLowbatView")).size(), 1);
-    QVERIFY(!p->batteryState().minLowbatNoLongerRemind);
+    QVERIFY(!p->battery()->state().minLowbatNoLongerRemind);
 
-    p->onDeviceMinLowbat();
+    p->battery()->onDeviceMinLowbat();
     QCOMPARE(rig->view.callsOf(QStringLiteral("showLowbatView")).last(), QStringLiteral("showLowbatView(1)"));
-    QVERIFY(!p->timer(P::TimerLowbatGate)->isActive());
-    QVERIFY(p->timer(P::TimerMinLowbatGate)->isActive());
-    QVERIFY(p->timer(P::TimerLowbatBlink)->isActive());
+    QVERIFY(!p->battery()->timer(BatteryWatch::TimerLowbatGate)->isActive());
+    QVERIFY(p->battery()->timer(BatteryWatch::TimerMinLowbatGate)->isActive());
+    QVERIFY(p->battery()->timer(BatteryWatch::TimerLowbatBlink)->isActive());
     QCOMPARE(rig->errors(), QList<int>{5});
     // Once critical, low reports are silent until the power comes back.
-    p->timer(P::TimerLowbatGate)->stop();
-    p->onDeviceLowbat();
+    p->battery()->timer(BatteryWatch::TimerLowbatGate)->stop();
+    p->battery()->onDeviceLowbat();
     QCOMPARE(rig->view.callsOf(QStringLiteral("showLowbatView")).size(), 2);
-    p->onDevicePowerPlusIn(true);
+    p->battery()->onDevicePowerPlusIn(true);
     QCOMPARE(rig->view.callsOf(QStringLiteral("showLowbatView")).last(), QStringLiteral("showLowbatView(3)"));
     QCOMPARE(rig->errors(), QList<int>{6});
-    QVERIFY(!p->timer(P::TimerLowbatBlink)->isActive());
+    QVERIFY(!p->battery()->timer(BatteryWatch::TimerLowbatBlink)->isActive());
     QCOMPARE(rig->view.callsOf(QStringLiteral("setDeviceEnable")).last(),
              QStringLiteral("setDeviceEnable(true)"));
-    const P::BatteryState b = p->batteryState();
+    const BatteryWatch::State b = p->battery()->state();
     QVERIFY(!b.lowbatSeen && !b.minLowbatSeen && b.powerPlugged);
 
     // "No longer remind" holds until the opposite report clears it.
-    p->onDevicePowerPlusIn(false);
+    p->battery()->onDevicePowerPlusIn(false);
     p->recvLowbatSignalNoLongerRemind();
-    p->timer(P::TimerLowbatGate)->stop();
-    p->onDeviceLowbat();
+    p->battery()->timer(BatteryWatch::TimerLowbatGate)->stop();
+    p->battery()->onDeviceLowbat();
     QCOMPARE(rig->view.callsOf(QStringLiteral("showLowbatView")).size(), 3);
-    p->timer(P::TimerMinLowbatGate)->stop();
-    p->onDeviceMinLowbat();
-    QVERIFY(!p->batteryState().lowbatNoLongerRemind);
+    p->battery()->timer(BatteryWatch::TimerMinLowbatGate)->stop();
+    p->battery()->onDeviceMinLowbat();
+    QVERIFY(!p->battery()->state().lowbatNoLongerRemind);
 }
 
 void TestConsoleState::plugAndShutdown()
@@ -229,21 +229,21 @@ void TestConsoleState::plugAndShutdown()
     auto rig = rigWith(&backend, 0);
     MainWindowPresenter* p = rig->presenter.get();
     // Plugging in a healthy mouse shows nothing; a low report while plugged ends early.
-    p->onDevicePowerPlusIn(true);
-    p->onDeviceLowbat();
-    p->onDevicePowerPlusIn(false);
+    p->battery()->onDevicePowerPlusIn(true);
+    p->battery()->onDeviceLowbat();
+    p->battery()->onDevicePowerPlusIn(false);
     QVERIFY(rig->view.callsOf(QStringLiteral("showLowbatView")).isEmpty());
-    QVERIFY(!p->batteryState().powerPlugged);
-    QVERIFY(p->batteryState().lowbatSeen);
+    QVERIFY(!p->battery()->state().powerPlugged);
+    QVERIFY(p->battery()->state().lowbatSeen);
 
     p->recvLowbatSignalNoLongerRemind();
-    p->onMouseShutdown();
-    p->onMouseShutdown();
+    p->battery()->onMouseShutdown();
+    p->battery()->onMouseShutdown();
     QCOMPARE(rig->view.callsOf(QStringLiteral("showLowbatView")),
              QStringList{QStringLiteral("showLowbatView(2)")});
-    QVERIFY(!p->batteryState().lowbatNoLongerRemind);
+    QVERIFY(!p->battery()->state().lowbatNoLongerRemind);
     // Shut down: no low or critical notice.
-    p->onDeviceMinLowbat();
+    p->battery()->onDeviceMinLowbat();
     QCOMPARE(rig->view.callsOf(QStringLiteral("showLowbatView")).size(), 1);
 }
 
@@ -252,34 +252,34 @@ void TestConsoleState::batteryFigureRecovery()
     FakeHidBackend backend;
     auto rig = rigWith(&backend, 0);
     P* p = rig->presenter.get();
-    p->onDeviceLowbat();
-    p->onDeviceBatteryValue(3100);
-    QVERIFY(p->batteryState().recoveryWatch);
-    QCOMPARE(p->batteryState().watchBase, 3100);
-    p->onDeviceBatteryValue(3299);
-    QVERIFY(p->batteryState().lowbatSeen);
+    p->battery()->onDeviceLowbat();
+    p->battery()->onDeviceBatteryValue(3100);
+    QVERIFY(p->battery()->state().recoveryWatch);
+    QCOMPARE(p->battery()->state().watchBase, 3100);
+    p->battery()->onDeviceBatteryValue(3299);
+    QVERIFY(p->battery()->state().lowbatSeen);
     // 200 above the base: charging, whether or not a plug report came.
-    p->onDeviceBatteryValue(3300);
-    P::BatteryState b = p->batteryState();
+    p->battery()->onDeviceBatteryValue(3300);
+    BatteryWatch::State b = p->battery()->state();
     QVERIFY(!b.recoveryWatch && !b.lowbatSeen && b.powerPlugged);
     QCOMPARE(rig->errors().last(), 0);
-    QVERIFY(!p->timer(P::TimerLowbatGate)->isActive());
+    QVERIFY(!p->battery()->timer(BatteryWatch::TimerLowbatGate)->isActive());
     // A figure that fell over six reports (the recovering one counts) takes the plugged
     // state back.
     for (int i = 0; i < 4; ++i) {
-        p->onDeviceBatteryValue(3290);
+        p->battery()->onDeviceBatteryValue(3290);
     }
-    QVERIFY(p->batteryState().powerPlugged);
-    p->onDeviceBatteryValue(3280);
-    QVERIFY(!p->batteryState().powerPlugged);
+    QVERIFY(p->battery()->state().powerPlugged);
+    p->battery()->onDeviceBatteryValue(3280);
+    QVERIFY(!p->battery()->state().powerPlugged);
 
     // A healthy figure clears everything; offline it reports "no internet".
     p->onInternetStateChange(false);
-    p->onDeviceMinLowbat();
-    p->onDeviceBatteryValue(3700);
-    b = p->batteryState();
+    p->battery()->onDeviceMinLowbat();
+    p->battery()->onDeviceBatteryValue(3700);
+    b = p->battery()->state();
     QVERIFY(!b.minLowbatSeen && !b.powerPlugged);
-    QVERIFY(!p->timer(P::TimerLowbatBlink)->isActive());
+    QVERIFY(!p->battery()->timer(BatteryWatch::TimerLowbatBlink)->isActive());
     QVERIFY(!rig->errors().contains(5));
     QCOMPARE(rig->errors().last(), 3);
 }
@@ -335,15 +335,15 @@ void TestConsoleState::unplugKeepsTheDelayParked()
     FakeHidBackend backend;
     ConsoleRig rig(&backend);
     MainWindowPresenter* p = rig.start();
-    QTimer* delay = p->timer(MainWindowPresenter::TimerDeviceDelayOpen);
-    p->deviceInsert(true);
-    p->deviceInsert(false);
+    QTimer* delay = p->lifecycle()->timer(DeviceLifecycle::TimerDeviceDelayOpen);
+    p->lifecycle()->deviceInsert(true);
+    p->lifecycle()->deviceInsert(false);
     QVERIFY(delay->isActive() && !delay->isSingleShot());
     // The controller asked for the first delay just before the unplug; its request lands now
     // and must not end the parking, or Bluetooth would be tried with the receiver out.
-    emit p->signalStartDeviceDelayOpen();
+    emit p->lifecycle()->delayOpenWanted();
     QVERIFY(delay->isActive() && !delay->isSingleShot());
-    p->deviceInsert(true);
+    p->lifecycle()->deviceInsert(true);
     QVERIFY(delay->isActive() && delay->isSingleShot());
 }
 
@@ -362,12 +362,12 @@ void TestConsoleState::startsWithTheNetworkAsItIs()
     rig.internet = &watcher;
     MainWindowPresenter* p = rig.start();
     QCOMPARE(rig.errors(), QList<int>{3});
-    QVERIFY(!p->timer(MainWindowPresenter::TimerHttpController)->isActive());
+    QVERIFY(!p->ladder()->timer(BackendLadder::TimerController)->isActive());
 
     up = true;
     watcher.refresh();
     QVERIFY(!rig.errors().contains(3));
-    QVERIFY(p->timer(MainWindowPresenter::TimerHttpController)->isActive());
+    QVERIFY(p->ladder()->timer(BackendLadder::TimerController)->isActive());
 }
 
 void TestConsoleState::picturesFromTheBackendStayInTheirFolder()
@@ -406,12 +406,12 @@ void TestConsoleState::picturesFromTheBackendStayInTheirFolder()
     FakeHidBackend backend;
     ConsoleRig rig(&backend);
     MainWindowPresenter* p = rig.start(&http);
-    p->getDeviceList();
-    QTRY_VERIFY(p->httpAnswered(MainWindowPresenter::StepDeviceList));
+    p->ladder()->getDeviceList();
+    QTRY_VERIFY(p->ladder()->answered(BackendLadder::StepDeviceList));
     server.setAnswer(QStringLiteral("/BelmorZorvaneV2Mac/deviceInfo/download"), {200, "PNG", 0, "image/png"});
     QTest::ignoreMessage(QtWarningMsg,
                          QRegularExpression(QStringLiteral("picture name from the backend refused")));
-    p->onDeviceModule(1, 1, 1, 0, QStringLiteral("0A0B0C"), 0);
+    p->lifecycle()->onDeviceModule(1, 1, 1, 0, QStringLiteral("0A0B0C"), 0);
     QCOMPARE(rig.view.callsOf(QStringLiteral("setDefaultHomeImage")).size(), 1);
     QTRY_COMPARE(rig.view.callsOf(QStringLiteral("setExplainImage")),
                  QStringList{QStringLiteral("setExplainImage(%1)").arg(local("good.png"))});
@@ -420,7 +420,7 @@ void TestConsoleState::picturesFromTheBackendStayInTheirFolder()
     server.setAnswer(QStringLiteral("/BelmorZorvaneV2Mac/deviceInfo/download"),
                      {404, "not found", 0, "text/plain"});
     QFile::remove(local("gone.png"));
-    p->checkNavImage();
+    p->showPictures();
     auto downloads = [&server] {
         QList<QByteArray> targets;
         for (const LocalHttpServer::Request& request : server.requests()) {

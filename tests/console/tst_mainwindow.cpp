@@ -15,6 +15,7 @@
 #include "Widget/LineEdit.h"
 #include "Widget/Notices/LowbatDialog.h"
 #include "Widget/Panels/InputDialog.h"
+#include "WidgetPresenter/DeviceLifecycle.h"
 
 #include <QAbstractItemView>
 #include <QApplication>
@@ -109,7 +110,7 @@ void TestMainWindow::closeHidesAndQuitEnds()
     QVERIFY(mWindow->isShow());
     QVERIFY(!mWindow->close());
     QVERIFY(!mWindow->isVisible());
-    QVERIFY(mWindow->presenter()->isDeviceControllerRunning());
+    QVERIFY(mWindow->presenter()->lifecycle()->isDeviceControllerRunning());
     // A voice key press leaves a closed console closed, and puts a shown one aside.
     mWindow->inputDialog()->hideMainWindows();
     QVERIFY(!mWindow->isVisible());
@@ -207,14 +208,14 @@ void TestMainWindow::speedButtonsAnswerClicksNotReports()
     QVERIFY(!ui.radioLevel[3]->isHidden());
 
     // A report lights a button and chooses nothing.
-    p->onDeviceDpi(2);
+    p->lifecycle()->onDeviceDpi(2);
     QVERIFY(ui.radioLevel[0]->isChecked());
-    const int target = p->deviceStatus().targetDpi;
+    const int target = p->lifecycle()->deviceStatus().targetDpi;
     mWindow->setDeviceRadioLevel2Checked(true);
-    QCOMPARE(p->deviceStatus().targetDpi, target);
+    QCOMPARE(p->lifecycle()->deviceStatus().targetDpi, target);
     // The user's click on "快速" is level 1.
     ui.radioLevel[2]->click();
-    QCOMPARE(p->deviceStatus().targetDpi, 1);
+    QCOMPARE(p->lifecycle()->deviceStatus().targetDpi, 1);
     QCOMPARE(preferences().dpiValue, 1);
 
     // The mouse gone: nothing lit and nothing to click. A switch the mouse has not reported
@@ -225,10 +226,10 @@ void TestMainWindow::speedButtonsAnswerClicksNotReports()
     mWindow->setCheckShakeOnOffEnabled(true);
     QCOMPARE(ui.shake.onOff->checkState(), Qt::PartiallyChecked);
     ui.shake.onOff->click();
-    QVERIFY(p->deviceStatus().shake.target);
+    QVERIFY(p->lifecycle()->deviceStatus().shake.target);
     ui.shake.onOff->click();
     QCOMPARE(ui.shake.onOff->checkState(), Qt::Unchecked);
-    QVERIFY(!p->deviceStatus().shake.target);
+    QVERIFY(!p->lifecycle()->deviceStatus().shake.target);
 
     mWindow->setCpiValue(1440 / 1.2);
     QCOMPARE(ui.labelCpi->text(), QStringLiteral("1200 DPI"));
@@ -387,7 +388,7 @@ void TestMainWindow::screenshots()
     mWindow->setExplain(true);
     mWindow->setVipFunction(true);
     mWindow->setCpiValue(1440 / 1.2);
-    mWindow->presenter()->onDeviceDpi(0);
+    mWindow->presenter()->lifecycle()->onDeviceDpi(0);
     mWindow->showLamplightModule(1);
     using Setter = void (MainWindow::*)(bool);
     for (Setter set : {&MainWindow::setCheckShakeOnOffChecked, &MainWindow::setCheckShakeStatusChecked,

@@ -6,7 +6,9 @@
 #include "Hid/HidManager.h"
 #include "RecordingMainWindowView.h"
 #include "Utils/PreferencesUtils.h"
+#include "WidgetPresenter/BackendLadder.h"
 #include "WidgetPresenter/ConsoleNotices.h"
+#include "WidgetPresenter/DeviceLifecycle.h"
 #include "WidgetPresenter/MainWindowPresenter.h"
 
 #include <QFile>

@@ -1,7 +1,6 @@
-// Battery notices: which report reaches the user, how often, and when the battery counts as
-// recovered.
-#include "WidgetPresenter/MainWindowPresenter.h"
-#include "WidgetPresenter/MainWindowView.h"
+#include "WidgetPresenter/BatteryWatch.h"
+
+#include "Hid/DeviceManager.h"
 
 #include <QTimer>
 
@@ -16,9 +15,36 @@ void stopIfActive(QTimer* timer)
 
 }  // namespace
 
-void MainWindowPresenter::onDeviceLowbat()
+BatteryWatch::BatteryWatch(DeviceManager* device, std::function<bool()> online, QObject* parent)
+    : QObject(parent), mOnline(std::move(online))
 {
-    BatteryState& b = mBattery;
+    const int intervals[TimerCount] = {kLowbatGateMs, kMinLowbatGateMs, kLowbatBlinkMs};
+    for (int id = 0; id < TimerCount; ++id) {
+        mTimers[id] = new QTimer(this);
+        mTimers[id]->setInterval(intervals[id]);
+        mTimers[id]->setSingleShot(id != TimerLowbatBlink);
+    }
+    connect(mTimers[TimerLowbatBlink], &QTimer::timeout, this, [this] {
+        mBlinkStep = mBlinkStep == 3 ? 0 : 3;
+        emit blinkImage(mBlinkStep);
+    });
+    connect(device, &DeviceManager::signalLowbat, this, &BatteryWatch::onDeviceLowbat);
+    connect(device, &DeviceManager::signalMinLowbat, this, &BatteryWatch::onDeviceMinLowbat);
+    connect(device, &DeviceManager::signalDevicePowerPlugIn, this, &BatteryWatch::onDevicePowerPlusIn);
+    connect(device, &DeviceManager::signalMouseShutdown, this, &BatteryWatch::onMouseShutdown);
+    connect(device, &DeviceManager::signalBatteryValue, this, &BatteryWatch::onDeviceBatteryValue);
+}
+
+void BatteryWatch::stop()
+{
+    for (QTimer* timer : mTimers) {
+        timer->stop();
+    }
+}
+
+void BatteryWatch::onDeviceLowbat()
+{
+    State& b = mState;
     b.lowbatSeen = true;
     if (b.shutdown || b.minLowbatSeen || b.powerPlugged || b.lowbatNoLongerRemind) {
         return;
@@ -28,16 +54,16 @@ void MainWindowPresenter::onDeviceLowbat()
         return;
     }
     stopIfActive(mTimers[TimerMinLowbatGate]);
-    mView->showLowbatView(0);
+    emit noticeShown(0);
     mTimers[TimerLowbatGate]->start();
-    mView->setDeviceEnable(false);
-    addErrorStatus(4);
+    emit deviceEnabled(false);
+    emit errorRaised(4);
     stopIfActive(mTimers[TimerLowbatBlink]);
 }
 
-void MainWindowPresenter::onDeviceMinLowbat()
+void BatteryWatch::onDeviceMinLowbat()
 {
-    BatteryState& b = mBattery;
+    State& b = mState;
     b.minLowbatSeen = true;
     if (b.shutdown || b.powerPlugged || b.minLowbatNoLongerRemind) {
         return;
@@ -47,19 +73,19 @@ void MainWindowPresenter::onDeviceMinLowbat()
         return;
     }
     stopIfActive(mTimers[TimerLowbatGate]);
-    mView->showLowbatView(1);
+    emit noticeShown(1);
     mTimers[TimerMinLowbatGate]->start();
-    mView->setDeviceEnable(false);
-    removeErrorStatus(4);
-    addErrorStatus(5);
+    emit deviceEnabled(false);
+    emit errorCleared(4);
+    emit errorRaised(5);
     if (!mTimers[TimerLowbatBlink]->isActive()) {
         mTimers[TimerLowbatBlink]->start();
     }
 }
 
-void MainWindowPresenter::onDevicePowerPlusIn(bool plugged)
+void BatteryWatch::onDevicePowerPlusIn(bool plugged)
 {
-    BatteryState& b = mBattery;
+    State& b = mState;
     b.powerPlugged = plugged;
     if (!b.lowbatSeen && !b.minLowbatSeen) {
         return;  // plugging in a healthy mouse shows nothing
@@ -70,17 +96,17 @@ void MainWindowPresenter::onDevicePowerPlusIn(bool plugged)
     b.lowbatSeen = false;
     b.minLowbatSeen = false;
     b.shutdown = false;
-    mView->showLowbatView(3);
-    mView->setDeviceEnable(true);
-    removeErrorStatus(4);
-    removeErrorStatus(5);
-    addErrorStatus(6);
+    emit noticeShown(3);
+    emit deviceEnabled(true);
+    emit errorCleared(4);
+    emit errorCleared(5);
+    emit errorRaised(6);
     stopIfActive(mTimers[TimerLowbatBlink]);
 }
 
-void MainWindowPresenter::onMouseShutdown()
+void BatteryWatch::onMouseShutdown()
 {
-    BatteryState& b = mBattery;
+    State& b = mState;
     if (b.shutdown) {
         return;
     }
@@ -89,37 +115,30 @@ void MainWindowPresenter::onMouseShutdown()
     b.minLowbatNoLongerRemind = false;
     stopIfActive(mTimers[TimerLowbatGate]);
     stopIfActive(mTimers[TimerMinLowbatGate]);
-    removeErrorStatus(4);
-    removeErrorStatus(5);
-    mView->showLowbatView(2);
+    emit errorCleared(4);
+    emit errorCleared(5);
+    emit noticeShown(2);
 }
 
-void MainWindowPresenter::batteryBackToNormal()
+void BatteryWatch::backToNormal()
 {
-    removeErrorStatus(4);
-    removeErrorStatus(5);
-    addErrorStatus(mIsInternet ? 0 : 3);
+    emit errorCleared(4);
+    emit errorCleared(5);
+    emit errorRaised(!mOnline || mOnline() ? 0 : 3);
     stopIfActive(mTimers[TimerLowbatGate]);
     stopIfActive(mTimers[TimerMinLowbatGate]);
 }
 
-void MainWindowPresenter::onDeviceBatteryValue(int value)
+void BatteryWatch::onDeviceBatteryValue(int value)
 {
-    if (mPowerHint) {
-        const Device device = mDevice;
-        mView->setZorvaneMessage(QStringLiteral("电量:%1; 音量:%2\nRID:%3\nDID:%4")
-                                     .arg(value)
-                                     .arg(mView->getCurVolume())
-                                     .arg(device.remoteFlashID, device.dongleFlashID));
-    }
-    BatteryState& b = mBattery;
+    State& b = mState;
     if (value > 3600) {
         // A healthy battery.
         b.powerPlugged = false;
         b.lowbatSeen = false;
         b.minLowbatSeen = false;
         b.shutdown = false;
-        batteryBackToNormal();
+        backToNormal();
         stopIfActive(mTimers[TimerLowbatBlink]);
         return;
     }
@@ -148,7 +167,7 @@ void MainWindowPresenter::onDeviceBatteryValue(int value)
         b.minLowbatSeen = false;
         b.shutdown = false;
         b.powerPlugged = true;
-        batteryBackToNormal();
+        backToNormal();
     }
     if (b.powerPlugged) {
         ++b.reportCount;
@@ -164,12 +183,12 @@ void MainWindowPresenter::onDeviceBatteryValue(int value)
     }
 }
 
-void MainWindowPresenter::recvLowbatSignalNoLongerRemind()
+void BatteryWatch::recvLowbatSignalNoLongerRemind()
 {
-    mBattery.lowbatNoLongerRemind = true;
+    mState.lowbatNoLongerRemind = true;
 }
 
-void MainWindowPresenter::recvMinLowbatSignalNoLongerRemind()
+void BatteryWatch::recvMinLowbatSignalNoLongerRemind()
 {
-    mBattery.minLowbatNoLongerRemind = true;
+    mState.minLowbatNoLongerRemind = true;
 }
