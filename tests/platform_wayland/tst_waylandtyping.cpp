@@ -118,6 +118,7 @@ void TestWaylandTyping::heldShiftAndRestartChangeNothing()
     std::unique_ptr<InputBackend> first = InputBackendChoice::create();
     QCOMPARE(InputBackendChoice::describe(first.get()),
              QStringLiteral("available (Wayland virtual keyboard)"));
+    QCOMPARE(first->screenGeometry(), QRect(0, 0, 1280, 800));  // the output tests/sway-run-test sets
     const QString text = QStringLiteral("shift held: abc, Ünïcode ça 你好 1+1=2.");
     first->typeText(text);
     QCOMPARE(client.text(text), text);
