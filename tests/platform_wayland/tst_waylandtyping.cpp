@@ -58,7 +58,7 @@ class TestWaylandTyping : public QObject {
 private slots:
     void cleanup() { WinUtils::getInstance()->setBackend(nullptr); }
     void longDictationAndRewriteArriveExactly();
-    void heldShiftAndRestartChangeNothing();
+    void heldModifiersAndRestartChangeNothing();
 };
 
 // 1000 characters in pieces of 20 through the program's typing entry, then a revised tail:
@@ -105,23 +105,26 @@ void TestWaylandTyping::longDictationAndRewriteArriveExactly()
     qInfo("%d keymaps for %d different characters", backend.keymapCount(), int(seen.size()));
 }
 
-// The user holds Shift on a keyboard of their own while text is typed; then the program
-// restarts and a new backend types into the same view.
-void TestWaylandTyping::heldShiftAndRestartChangeNothing()
+// The user holds Shift and Control on a keyboard of their own while text is typed (with them,
+// "a" would select all and "c" copy); then the program restarts and a new backend types into
+// the same view.
+void TestWaylandTyping::heldModifiersAndRestartChangeNothing()
 {
     WaylandKeyboardBackend user;
     GtkClient client;
     QVERIFY(client.waitReady());
     user.sendKey(XK_Shift_L, true);
+    user.sendKey(XK_Control_L, true);
     user.waitUntilSent();
     // The program's own choice in this session.
     std::unique_ptr<InputBackend> first = InputBackendChoice::create();
     QCOMPARE(InputBackendChoice::describe(first.get()),
              QStringLiteral("available (Wayland virtual keyboard)"));
     QCOMPARE(first->screenGeometry(), QRect(0, 0, 1280, 800));  // the output tests/sway-run-test sets
-    const QString text = QStringLiteral("shift held: abc, Ünïcode ça 你好 1+1=2.");
+    const QString text = QStringLiteral("held: abc, Ünïcode ça 你好 1+1=2.");
     first->typeText(text);
     QCOMPARE(client.text(text), text);
+    user.sendKey(XK_Control_L, false);
     user.sendKey(XK_Shift_L, false);
 
     first->shutDown();
