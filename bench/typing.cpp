@@ -6,8 +6,11 @@
 // so that keycodes are reused while keys on them may still be unread.
 // Run under an X server of its own: tests/xvfb-run-test build/release/bench/typing [--smoke]
 // --smoke: short texts, checks that everything arrived, prints no table.
+// --wayland: the same 1000 characters and rewrites into the GTK 3 view on Wayland, through the
+// virtual keyboard, beside wtype; run under tests/sway-run-test.
 #include "BenchUtil.h"
 #include "MixedText.h"
+#include "Platform/Wayland/WaylandKeyboardBackend.h"
 #include "Platform/X11InputBackend.h"
 #include "ProcessLines.h"
 
@@ -15,6 +18,7 @@
 #include <QElapsedTimer>
 #include <QFile>
 #include <QProcess>
+#include <QStandardPaths>
 #include <QTemporaryDir>
 #include <QThread>
 
@@ -29,6 +33,7 @@
 namespace {
 
 bool gSmoke = false;
+bool gWayland = false;
 
 // A client window in its own process: "ready WINID" once focused, "get" for its text.
 class Client {
@@ -47,6 +52,11 @@ public:
             return;
         }
         const bool gtk = kind.startsWith(QLatin1String("gtk"));
+        if (gtk && gWayland) {
+            QProcessEnvironment env = QProcessEnvironment::systemEnvironment();
+            env.insert(QStringLiteral("GDK_BACKEND"), QStringLiteral("wayland"));
+            mProcess.setProcessEnvironment(env);
+        }
         QStringList arguments;
         if (kind == QLatin1String("gtk-busy")) {
             arguments << QStringLiteral("--busy") << QStringLiteral("2");
@@ -83,8 +93,8 @@ public:
         }
         return focused && QFile::exists(mFile);
     }
-    // What the field holds once it equals expected, or after the time-out.
-    QString text(const QString& expected, int timeoutMs = 3000)
+    // What the field holds once it equals expected, or after the time-out; asked every pollMs.
+    QString text(const QString& expected, int timeoutMs = 3000, int pollMs = 20)
     {
         QElapsedTimer clock;
         clock.start();
@@ -94,7 +104,7 @@ public:
             if (last == expected) {
                 break;
             }
-            QThread::msleep(20);
+            QThread::msleep(pollMs);
         } while (clock.elapsed() < timeoutMs);
         return last;
     }
@@ -307,6 +317,140 @@ Rewrites rewriteXdotool(const QString& kind, int count, Display* d)
     return result;
 }
 
+// On Wayland no client answers pings: the time runs until the view holds the whole text, for
+// ours and for wtype alike. Asked every 10 ms for the long text (each question costs the view a
+// copy of its text, which would slow what is measured) and every 2 ms for a rewrite.
+Outcome arrivedAfter(Client& client, const QString& text, const QElapsedTimer& clock)
+{
+    Outcome outcome;
+    const QString got = client.text(text, 15000, text.size() > 100 ? 10 : 2);
+    outcome.seconds = clock.nsecsElapsed() / 1e9;
+    outcome.characters = text.toUcs4().size();
+    outcome.arrival = Bench::compare(text, got);
+    return outcome;
+}
+
+Outcome typeOursWayland(const QString& text)
+{
+    Client client(QStringLiteral("gtk"));
+    WaylandKeyboardBackend backend;
+    if (!client.waitReady() || !backend.isAvailable()) {
+        Outcome failed;
+        failed.arrival.lost = text.toUcs4().size();
+        return failed;
+    }
+    QElapsedTimer clock;
+    clock.start();
+    for (const QString& piece : pieces(text, 20)) {
+        backend.typeText(piece);
+    }
+    const double sent = clock.nsecsElapsed() / 1e6;
+    backend.waitUntilSent();
+    const double handled = clock.nsecsElapsed() / 1e6;
+    Outcome outcome = arrivedAfter(client, text, clock);
+    outcome.remaps = backend.keymapCount();
+    std::fprintf(
+        stderr,
+        "typing wayland: sent after %.1f ms, handled by sway after %.1f ms, in the view after %.1f ms\n",
+        sent, handled, outcome.seconds * 1e3);
+    return outcome;
+}
+
+Outcome typeWtype(const QString& text)
+{
+    Client client(QStringLiteral("gtk"));
+    if (!client.waitReady()) {
+        Outcome failed;
+        failed.arrival.lost = text.toUcs4().size();
+        return failed;
+    }
+    QElapsedTimer clock;
+    clock.start();
+    QProcess::execute(QStringLiteral("wtype"), {text});
+    return arrivedAfter(client, text, clock);
+}
+
+// The revised tail, by us or by one wtype call (BackSpace ×20, then the text).
+Rewrites rewriteWayland(int count, bool wtype)
+{
+    Rewrites result;
+    Client client(QStringLiteral("gtk"));
+    WaylandKeyboardBackend backend;
+    if (!client.waitReady() || !backend.isAvailable()) {
+        result.exact = false;
+        return result;
+    }
+    QString expected = mixedText(20, 7);
+    backend.typeText(expected);
+    result.exact = client.text(expected) == expected;
+    for (int i = 0; i < count; ++i) {
+        const QString tail = mixedText(20, 100u + quint32(i));
+        QElapsedTimer clock;
+        clock.start();
+        if (wtype) {
+            QStringList arguments;
+            for (int k = 0; k < 20; ++k) {
+                arguments << QStringLiteral("-k") << QStringLiteral("BackSpace");
+            }
+            QProcess::execute(QStringLiteral("wtype"), arguments << tail);
+        } else {
+            for (int k = 0; k < 20; ++k) {
+                backend.sendKey(XK_BackSpace, true);
+                backend.sendKey(XK_BackSpace, false);
+            }
+            backend.typeText(tail);
+        }
+        expected = tail;
+        const Outcome outcome = arrivedAfter(client, expected, clock);
+        result.ms.push_back(outcome.seconds * 1e3);
+        result.exact = result.exact && outcome.arrival.exact();
+    }
+    return result;
+}
+
+QString rewriteText(const Rewrites& rewrites)
+{
+    return QStringLiteral("%1 / %2, %3")
+        .arg(Bench::ms(Bench::quantile(rewrites.ms, 0.5)), Bench::ms(Bench::quantile(rewrites.ms, 0.95)),
+             rewrites.exact ? QStringLiteral("exact") : QStringLiteral("not exact"));
+}
+
+int runWayland()
+{
+    // The user's keyboard: a seat without one gives no window the keyboard focus.
+    WaylandKeyboardBackend seatKeyboard;
+    if (!seatKeyboard.isAvailable()) {
+        std::fprintf(stderr, "typing: no virtual keyboard (%s): run it under tests/sway-run-test\n",
+                     qPrintable(seatKeyboard.unavailableReason()));
+        return 2;
+    }
+    if (gSmoke) {
+        const QString text = mixedText(300, 14);
+        const Outcome outcome = typeOursWayland(text);
+        const Rewrites rewrites = rewriteWayland(3, false);
+        std::printf("smoke wayland: %s, %d keymaps; rewrite %s\n", qPrintable(outcome.text()), outcome.remaps,
+                    rewrites.exact ? "exact" : "WRONG");
+        const bool ok = outcome.arrival.exact() && rewrites.exact;
+        std::printf("%s\n", ok ? "typing smoke: passed" : "typing smoke: FAILED");
+        return ok ? 0 : 1;
+    }
+    const QString text = mixedText(1000, 14);
+    const Outcome ours = typeOursWayland(text);
+    const Outcome peer =
+        QStandardPaths::findExecutable(QStringLiteral("wtype")).isEmpty() ? Outcome() : typeWtype(text);
+    std::fprintf(stderr, "typing wayland: ours %.3f s, %d keymaps\n", ours.seconds, ours.remaps);
+    Bench::row(QStringLiteral("1. 1000 mixed characters in pieces of 20, GTK 3 on sway (Wayland)"),
+               ours.text(), QStringLiteral("wtype: %1").arg(peer.text()),
+               QStringLiteral("0 lost, ≥ 1000 chars/s"), ours.arrival.exact() && ours.rate() >= 1000);
+    const Rewrites rewrites = rewriteWayland(30, false);
+    const Rewrites wtype = rewriteWayland(5, true);
+    Bench::row(QStringLiteral("2. Rewrite a 20-character tail, GTK 3 on sway (p50 / p95)"),
+               rewriteText(rewrites),
+               QStringLiteral("wtype -k BackSpace ×20 + text: %1").arg(rewriteText(wtype)),
+               QStringLiteral("≤ 40 ms, exact"), rewrites.exact && Bench::quantile(rewrites.ms, 0.95) <= 40);
+    return 0;
+}
+
 QString safetyName(X11InputBackend::Safety safety)
 {
     switch (safety) {
@@ -326,6 +470,10 @@ int main(int argc, char* argv[])
 {
     QCoreApplication app(argc, argv);
     gSmoke = app.arguments().contains(QStringLiteral("--smoke"));
+    gWayland = app.arguments().contains(QStringLiteral("--wayland"));
+    if (gWayland) {
+        return runWayland();
+    }
     Display* d = XOpenDisplay(nullptr);
     if (d == nullptr) {
         std::fprintf(stderr, "typing: no X display (run it under tests/xvfb-run-test)\n");

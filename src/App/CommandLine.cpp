@@ -1,7 +1,7 @@
 #include "App/CommandLine.h"
 
+#include "Platform/InputBackendChoice.h"
 #include "Platform/WinUtils.h"
-#include "Platform/X11InputBackend.h"
 #include "Utils/AppConfig.h"
 #include "Utils/AppVersion.h"
 #include "Utils/Logging.h"
@@ -129,12 +129,7 @@ QString CommandLine::startLine(const AppConfig& config, const QString& configFil
 
 QString CommandLine::typingState()
 {
-    auto* x11 = dynamic_cast<X11InputBackend*>(WinUtils::getInstance()->backend());
-    if (x11 == nullptr) {
-        return QStringLiteral("off (no X11 backend)");
-    }
-    return x11->isAvailable() ? QStringLiteral("available")
-                              : QStringLiteral("off (%1)").arg(x11->unavailableReason());
+    return InputBackendChoice::describe(WinUtils::getInstance()->backend());
 }
 
 void CommandLine::logStart()

@@ -9,6 +9,8 @@
 #include "Hid/VirtualBleTransport.h"
 #include "Hid/VirtualHidBackend.h"
 #include "IFlySpeech/IFlyWebSpeech.h"
+#include "Platform/InputBackend.h"
+#include "Platform/InputBackendChoice.h"
 #include "Platform/SleepNotification.h"
 #include "Platform/WinUtils.h"
 #include "Recorder/QtAudioSource.h"
@@ -123,6 +125,10 @@ bool Services::quitOnSignals()
 
 void Services::build(const AppConfig& config)
 {
+    // Typing into other windows: the backend the session calls for (X11, or a Wayland virtual
+    // keyboard).
+    WinUtils::getInstance(InputBackendChoice::create());
+
     // The device: its two links and the receiver's microphone, real or the virtual mouse's.
     const QString virtualMouse = config.deviceVirtualSocket();
     std::unique_ptr<HidBackend> hidBackend;

@@ -1,14 +1,17 @@
 #include "Platform/WinUtils.h"
 
 #include "Platform/ChineseConverter.h"
+#include "Platform/InputBackend.h"
+#include "Platform/InputBackendChoice.h"
 #include "Platform/MacKeyMap.h"
-#include "Platform/X11InputBackend.h"
 #include "Utils/Logging.h"
 
 #include <X11/keysym.h>
 
-WinUtils::WinUtils()
-    : mDesktop(std::make_unique<X11InputBackend>()), mConverter(std::make_unique<ChineseConverter>())
+WinUtils::WinUtils() : WinUtils(InputBackendChoice::create()) {}
+
+WinUtils::WinUtils(std::unique_ptr<InputBackend> desktop)
+    : mDesktop(std::move(desktop)), mConverter(std::make_unique<ChineseConverter>())
 {
     mBackend = mDesktop.get();
 }

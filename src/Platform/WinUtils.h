@@ -47,7 +47,9 @@ public:
 
 private:
     friend class Singleton<WinUtils>;
+    // The backend the session calls for.
     WinUtils();
+    explicit WinUtils(std::unique_ptr<InputBackend> desktop);
 
     void chord(unsigned long modifier, unsigned long key);
 

@@ -7,6 +7,7 @@ Q_DECLARE_LOGGING_CATEGORY(lcApp)            // zorvane.app: entry, single insta
 Q_DECLARE_LOGGING_CATEGORY(lcConfig)         // zorvane.config
 Q_DECLARE_LOGGING_CATEGORY(lcPrefs)          // zorvane.prefs
 Q_DECLARE_LOGGING_CATEGORY(lcX11)            // zorvane.platform.x11: typing, windows, caret
+Q_DECLARE_LOGGING_CATEGORY(lcWayland)        // zorvane.platform.wayland: typing on Wayland
 Q_DECLARE_LOGGING_CATEGORY(lcSystem)         // zorvane.platform.system: sleep, autostart, network
 Q_DECLARE_LOGGING_CATEGORY(lcDeviceHid)      // zorvane.device.hid
 Q_DECLARE_LOGGING_CATEGORY(lcDeviceBle)      // zorvane.device.ble

@@ -1,3 +1,4 @@
+#include "Platform/InputBackendChoice.h"
 #include "Platform/WinUtils.h"
 #include "Platform/X11InputBackend.h"
 #include "RecordingInputBackend.h"
@@ -16,6 +17,7 @@ private slots:
     void simplifiedToTraditional();
     void keysymsOfCharacters();
     void withoutADisplayNothingHappens();
+    void backendFollowsTheSession();
 
 private:
     RecordingInputBackend mRecorder;
@@ -107,6 +109,29 @@ void TestWinUtils::withoutADisplayNothingHappens()
     QVERIFY(backend.activeWindowClass().isEmpty());
     QCOMPARE(backend.focusedWindow(), 0UL);
     qputenv("DISPLAY", saved);
+}
+
+void TestWinUtils::backendFollowsTheSession()
+{
+    using InputBackendChoice::Kind;
+    int asked = 0;
+    auto offers = [&asked](bool answer) { return [&asked, answer] { return ++asked, answer; }; };
+    QCOMPARE(InputBackendChoice::choose("x11", "wayland-0", offers(true)), Kind::X11);
+    QCOMPARE(InputBackendChoice::choose("wayland", "", offers(true)), Kind::X11);
+    QCOMPARE(asked, 0);  // no compositor is asked where the session decides
+    QCOMPARE(InputBackendChoice::choose("wayland", "wayland-0", offers(true)), Kind::WaylandVirtualKeyboard);
+    QCOMPARE(InputBackendChoice::choose("", "wayland-0", offers(false)), Kind::X11);
+
+    // A Wayland session whose compositor cannot be reached: X11, and the log says what is lost.
+    qputenv("XDG_SESSION_TYPE", "wayland");
+    qputenv("WAYLAND_DISPLAY", "/nonexistent/wayland-9");
+    QTest::ignoreMessage(QtWarningMsg, QRegularExpression(QStringLiteral(
+                                           "^Wayland session without a virtual keyboard .*reaches "
+                                           "only X11 windows; native Wayland windows.*nothing$")));
+    const std::unique_ptr<InputBackend> chosen = InputBackendChoice::create();
+    QVERIFY(dynamic_cast<X11InputBackend*>(chosen.get()) != nullptr);
+    qunsetenv("XDG_SESSION_TYPE");
+    qunsetenv("WAYLAND_DISPLAY");
 }
 
 QTEST_GUILESS_MAIN(TestWinUtils)

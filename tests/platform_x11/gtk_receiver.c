@@ -1,5 +1,6 @@
 /* A GTK 3 window with one text view, the kind of field most desktop editors are. Speaks the
- * same lines as typing_receiver: prints "ready WINID" once the view has the keyboard focus; on
+ * same lines as typing_receiver: prints "ready WINID" once the view has the keyboard focus (0 as
+ * the id on Wayland, GDK_BACKEND=wayland); on
  * "get" prints "text:" and the buffer, on "quit" leaves (one request at a time). With "--busy MS" each change
  * of the buffer costs MS milliseconds of work, as in an editor that highlights or counts as you type. */
 #include <gdk/gdkx.h>
@@ -26,7 +27,8 @@ static void on_changed(GtkTextBuffer* buffer, gpointer data)
 static gboolean watch_focus(gpointer window)
 {
     if (gtk_widget_has_focus(view) && gtk_window_is_active(GTK_WINDOW(window))) {
-        printf("ready %lu\n", (unsigned long)gdk_x11_window_get_xid(gtk_widget_get_window(window)));
+        GdkWindow* native = gtk_widget_get_window(window);
+        printf("ready %lu\n", GDK_IS_X11_WINDOW(native) ? (unsigned long)gdk_x11_window_get_xid(native) : 0UL);
         fflush(stdout);
         return G_SOURCE_REMOVE;
     }

@@ -1,0 +1,61 @@
+#include "Platform/InputBackendChoice.h"
+
+#include "Platform/Wayland/WaylandKeyboardBackend.h"
+#include "Platform/X11InputBackend.h"
+#include "Utils/Logging.h"
+
+namespace InputBackendChoice {
+
+Kind choose(const QByteArray& sessionType, const QByteArray& waylandDisplay,
+            const std::function<bool()>& offersVirtualKeyboard)
+{
+    // An X11 session may carry a nested compositor's WAYLAND_DISPLAY: the session decides.
+    if (sessionType == "x11" || waylandDisplay.isEmpty()) {
+        return Kind::X11;
+    }
+    return offersVirtualKeyboard() ? Kind::WaylandVirtualKeyboard : Kind::X11;
+}
+
+std::unique_ptr<InputBackend> create()
+{
+    const QByteArray session = qgetenv("XDG_SESSION_TYPE");
+    std::unique_ptr<WaylandKeyboardBackend> wayland;
+    const Kind kind = choose(session, qgetenv("WAYLAND_DISPLAY"), [&wayland] {
+        wayland = std::make_unique<WaylandKeyboardBackend>();
+        return wayland->isAvailable();
+    });
+    if (kind == Kind::WaylandVirtualKeyboard) {
+        return wayland;
+    }
+    if (session == "wayland") {
+        const QString why =
+            wayland != nullptr ? wayland->unavailableReason() : QStringLiteral("WAYLAND_DISPLAY is not set");
+        qCWarning(lcWayland).noquote()
+            << QStringLiteral(
+                   "Wayland session without a virtual keyboard for clients (%1): text is typed "
+                   "through XWayland and reaches only X11 windows; native Wayland windows (most "
+                   "GNOME and KDE programs, Firefox on Wayland) get nothing")
+                   .arg(why);
+    }
+    return std::make_unique<X11InputBackend>();
+}
+
+QString describe(InputBackend* backend)
+{
+    if (auto* wayland = dynamic_cast<WaylandKeyboardBackend*>(backend)) {
+        return wayland->isAvailable() ? QStringLiteral("available (Wayland virtual keyboard)")
+                                      : QStringLiteral("off (%1)").arg(wayland->unavailableReason());
+    }
+    auto* x11 = dynamic_cast<X11InputBackend*>(backend);
+    if (x11 == nullptr) {
+        return QStringLiteral("off (no desktop backend)");
+    }
+    if (!x11->isAvailable()) {
+        return QStringLiteral("off (%1)").arg(x11->unavailableReason());
+    }
+    return qgetenv("XDG_SESSION_TYPE") == "wayland"
+               ? QStringLiteral("available (X11 through XWayland: X11 windows only)")
+               : QStringLiteral("available (X11)");
+}
+
+}  // namespace InputBackendChoice

@@ -1,0 +1,31 @@
+#pragma once
+
+#include <QByteArray>
+#include <QString>
+
+#include <functional>
+
+#include <memory>
+
+class InputBackend;
+
+// Which backend types into other windows, chosen once at start from the session:
+//  - an X11 session, or no Wayland compositor to reach: X11 (XTest);
+//  - a Wayland session whose compositor offers virtual keyboards (wlroots: sway, Hyprland,
+//    labwc, river): WaylandKeyboardBackend, which reaches native Wayland and XWayland windows;
+//  - a Wayland session without them (GNOME, KDE Plasma today): X11 through XWayland, which
+//    reaches only X11 windows; the log says so once.
+namespace InputBackendChoice {
+
+enum class Kind { X11, WaylandVirtualKeyboard };
+
+// The rule, from XDG_SESSION_TYPE, WAYLAND_DISPLAY and whether the compositor offers a virtual
+// keyboard (asked only when the rule needs it).
+Kind choose(const QByteArray& sessionType, const QByteArray& waylandDisplay,
+            const std::function<bool()>& offersVirtualKeyboard);
+// The backend for this process's session.
+std::unique_ptr<InputBackend> create();
+// What the start line says of typing: "available (...)" naming the backend, or "off (why)".
+QString describe(InputBackend* backend);
+
+}  // namespace InputBackendChoice
