@@ -94,7 +94,7 @@ MainWindow::MainWindow(QWidget* parent, const MainWindowPresenter::Collaborators
     mPresenter = new MainWindowPresenter(this, c, this);
 
     initDatas(voice);
-    mTray->watchDevice(c.device);
+    mTray->watchDevice(mPresenter->lifecycle());
     initViews();
     setListener();
     initAddCommandView();
