@@ -1,9 +1,22 @@
 #include "BleGuidancePresenter.h"
 
+#include "Hid/DeviceManager.h"
 #include "Platform/AppLauncher.h"
 #include "Utils/Logging.h"
 
 #include <QTimer>
+
+namespace {
+
+// The mouse link as the wizard needs it, reached only when used.
+class DeviceManagerGuidance : public BleGuidanceDevice {
+public:
+    bool isConnected() override { return DeviceManager::getInstance()->isConnected(); }
+    void scanBleDevice() override { DeviceManager::getInstance()->scanBleDevice(); }
+    void cancelScan() override { DeviceManager::getInstance()->cancelScan(); }
+};
+
+}  // namespace
 
 BleGuidancePresenter::BleGuidancePresenter(BleGuidanceView* view, BleGuidanceDevice* device,
                                            AppLauncher* launcher, QObject* parent)
@@ -20,6 +33,12 @@ BleGuidancePresenter::BleGuidancePresenter(BleGuidanceView* view, BleGuidanceDev
     mConnectTimeout->setSingleShot(true);
     mConnectTimeout->setInterval(kConnectTimeoutMs);
     connect(mConnectTimeout, &QTimer::timeout, this, &BleGuidancePresenter::onConnectTimeout);
+    if (mDevice == nullptr) {
+        mOwnDevice = std::make_unique<DeviceManagerGuidance>();
+        mDevice = mOwnDevice.get();
+        connect(DeviceManager::getInstance(), &DeviceManager::signalScanFinished, this,
+                &BleGuidancePresenter::onDeviceScanFinished);
+    }
 }
 
 void BleGuidancePresenter::showGuidance(const QString& savedDeviceUuid)

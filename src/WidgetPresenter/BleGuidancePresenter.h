@@ -4,11 +4,14 @@
 
 #include <QObject>
 
+#include <memory>
+
 class AppLauncher;
 class QTimer;
 
-// The pairing wizard's flow. The view and device are not owned; the launcher opens the
-// desktop's own Bluetooth settings.
+// The pairing wizard's flow. The view, device and launcher are not owned; without a device
+// the process's own mouse link is used, and the end of its scan reaches onDeviceScanFinished.
+// The launcher opens the desktop's own Bluetooth settings.
 class BleGuidancePresenter : public QObject {
     Q_OBJECT
 
@@ -54,6 +57,7 @@ public slots:
 
 private:
     BleGuidanceView* mView;
+    std::unique_ptr<BleGuidanceDevice> mOwnDevice;
     BleGuidanceDevice* mDevice;
     AppLauncher* mLauncher;
     QTimer* mScanDelay;

@@ -102,6 +102,17 @@ void DeviceLifecycle::connectDevice()
     connect(d, &DeviceManager::signalShake, this, &DeviceLifecycle::onDeviceShake);
     connect(d, &DeviceManager::signalSoundEffect, this, &DeviceLifecycle::onDeviceSoundEffect);
     connect(d, &DeviceManager::signalUSBChange, this, &DeviceLifecycle::onUSBChange);
+    // Passed on for the tray: the view reaches the device only through this class.
+    connect(d, &DeviceManager::signalDeviceReady, this, &DeviceLifecycle::deviceReady);
+    connect(d, &DeviceManager::signalBLEDeviceConnectState, this,
+            [this](bool connected, const QString&) { emit bleLinkChanged(connected); });
+    connect(d, &DeviceManager::signalMouseActive, this, &DeviceLifecycle::mouseActive);
+    connect(d, &DeviceManager::signalBatteryValue, this, &DeviceLifecycle::batteryFigure);
+}
+
+bool DeviceLifecycle::overBluetooth() const
+{
+    return mDeviceManager != nullptr && mDeviceManager->getDeviceType() == DeviceManager::DeviceTypeBle;
 }
 
 void DeviceLifecycle::runOnMain(std::function<void()> fn)

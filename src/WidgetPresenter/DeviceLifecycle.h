@@ -76,6 +76,8 @@ public:
     QTimer* timer(TimerId id) const { return mTimers[id]; }
     // No link, and the Bluetooth attempt has had its answer: the pairing guidance may help.
     bool awaitsPairing() const;
+    // Whether the open device is the Bluetooth one rather than the receiver; main thread.
+    bool overBluetooth() const;
 
     // What the backend tells: the known mice, the open delay (or, without a backend, the saved one).
     void setDeviceList(const QList<DeviceInfo>& list);
@@ -136,6 +138,11 @@ signals:
     void openTimeWanted();
     // From the controller: the first open delay is to start on the main thread.
     void delayOpenWanted();
+    // The device's own reports for the tray, passed on as they come (on the main thread).
+    void deviceReady();
+    void bleLinkChanged(bool connected);
+    void mouseActive(bool active);
+    void batteryFigure(int figure);
 
 private:
     using Lock = std::lock_guard<std::mutex>;

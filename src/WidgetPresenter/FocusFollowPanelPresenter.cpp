@@ -1,5 +1,7 @@
 #include "WidgetPresenter/FocusFollowPanelPresenter.h"
 
+#include "WidgetPresenter/ReadAloud.h"
+
 #include "BaiduSpeech/BaiduSpeech.h"
 #include "Http/HttpManager.h"
 #include "IFlySpeech/IFlyWebSpeech.h"
@@ -47,7 +49,10 @@ QString removeAll(QString text, const QStringList& signs)
 
 FocusFollowPanelPresenter::FocusFollowPanelPresenter(FocusFollowPanelView* view,
                                                      const Collaborators& collaborators, QObject* parent)
-    : QObject(parent), mPanelView(view), mHttp(collaborators.http)
+    : QObject(parent),
+      mPanelView(view),
+      mHttp(collaborators.http),
+      mReading(new ReadAloud(collaborators.synthesis, ReadAloud::ReachWhenUsed, this))
 {
     PreferencesUtils* store = PreferencesUtils::getInstance();
     mPreferences = store->getUserPreferences();

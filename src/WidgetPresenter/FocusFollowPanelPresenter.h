@@ -15,6 +15,8 @@
 class BaiduSpeech;
 class HttpManager;
 class IFlyWebSpeech;
+class ReadAloud;
+class SpeechSynthesisUtils;
 
 // The rules both voice panels share: the settings they read and write, the level, the
 // debounced translation of the spoken source and the delivery of the result into the
@@ -35,6 +37,8 @@ public:
         HttpManager* http = nullptr;
         BaiduSpeech* baidu = nullptr;
         IFlyWebSpeech* ifly = nullptr;
+        // Null: the process-wide one, reached when the panel first reads.
+        SpeechSynthesisUtils* synthesis = nullptr;
     };
 
     // What the panel does on a request to hide, decided from its state and the translation's.
@@ -51,6 +55,8 @@ public:
                               QObject* parent = nullptr);
 
     int getVolume() const { return mLevel; }
+    // The panel's reading of its translation.
+    ReadAloud* reading() const { return mReading; }
     virtual void translate(QString text);
     // The request for text goes out at once, without the debounce.
     void translateNow(const QString& text);
@@ -125,6 +131,7 @@ private:
     QString sourceLanguage() const;
 
     HttpManager* mHttp;
+    ReadAloud* mReading;
     int mLevel = 0;
     QString mSourceText;
     QString mTranslateResult;

@@ -5,6 +5,7 @@
 #include "Utils/LanguageTables.h"
 #include "Utils/Logging.h"
 #include "Utils/PreferencesUtils.h"
+#include "WidgetPresenter/ReadAloud.h"
 #include "WidgetPresenter/TextTranslateView.h"
 
 #include <QPointer>
@@ -34,10 +35,12 @@ QTimer* singleShotTimer(QObject* parent)
 }
 }  // namespace
 
-TextTranslatePresenter::TextTranslatePresenter(TextTranslateView* view, HttpManager* http, QObject* parent)
+TextTranslatePresenter::TextTranslatePresenter(TextTranslateView* view, HttpManager* http,
+                                               SpeechSynthesisUtils* synthesis, QObject* parent)
     : QObject(parent),
       mView(view),
       mHttp(http != nullptr ? http : HttpManager::getInstance()),
+      mReading(new ReadAloud(synthesis, ReadAloud::ReachNow, this)),
       mPreferences(PreferencesUtils::getInstance()->getUserPreferences()),
       mTimerRequest(singleShotTimer(this)),
       mTimerRetry(singleShotTimer(this)),

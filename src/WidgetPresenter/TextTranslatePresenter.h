@@ -7,6 +7,8 @@
 #include <QTimer>
 
 class HttpManager;
+class ReadAloud;
+class SpeechSynthesisUtils;
 class TextTranslateView;
 
 // The rules of the text translation window: when a request goes out (1 s after the text
@@ -22,9 +24,9 @@ public:
     static constexpr int kLastReadableLanguage = 5;
     static constexpr int kReadingPieceChars = 1024;
 
-    // http null: the process-wide one.
+    // http, synthesis null: the process-wide ones.
     explicit TextTranslatePresenter(TextTranslateView* view, HttpManager* http = nullptr,
-                                    QObject* parent = nullptr);
+                                    SpeechSynthesisUtils* synthesis = nullptr, QObject* parent = nullptr);
 
     void selectAll();
     void copy();
@@ -35,6 +37,8 @@ public:
     void setCurrentIpId(int id) { mCurrentIpId = id; }
     bool isSupportFollowSpeak() const;
     UserPreferences preferences() const { return mPreferences; }
+    // The reading of the translation.
+    ReadAloud* reading() const { return mReading; }
 
     // The box heights for documents of heights s and t: a box grows with its text from 51 to
     // 137 and stops at 134 above 138, where it scrolls. False: the sizes stay.
@@ -62,6 +66,7 @@ private:
 
     TextTranslateView* mView;
     HttpManager* mHttp;
+    ReadAloud* mReading;
     UserPreferences mPreferences;
     bool mTranslateFinish = true;
     QString mSourceText;

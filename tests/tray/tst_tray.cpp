@@ -17,6 +17,8 @@
 #include "Widget/Notices/LowbatDialog.h"
 #include "Widget/Notices/USBChangeMessageDialog.h"
 #include "Widget/Notices/WidgetConsoleNotices.h"
+#include "WidgetPresenter/DeviceLifecycle.h"
+#include "WidgetPresenter/PreferencesRecord.h"
 
 #include <QAction>
 #include <QApplication>
@@ -330,13 +332,19 @@ void TestTray::trayFollowsConsoleAndDevice()
     tray.setStatus(3);
     QCOMPARE(tray.state().link, SystemTray::LinkNone);
 
-    // The device layer's own reports, queued from its threads.
+    // The device layer's own reports, queued from its threads and passed on by the lifecycle.
     FakeHidBackend backend;
     HidManager hid(&backend);
     FakeBleTransport transport;
     BLEManager ble(&transport, nullptr);
     DeviceManager device(&hid, &ble);
-    tray.watchDevice(&device);
+    PreferencesRecord preferences;
+    const QString savedUuid = preferences.get().saveDeviceUuid;
+    DeviceLifecycle::Collaborators parts;
+    parts.device = &device;
+    parts.preferences = &preferences;
+    DeviceLifecycle lifecycle(parts);
+    tray.watchDevice(&lifecycle);
     emit device.signalBLEDeviceConnectState(true, QStringLiteral("uuid"));
     emit device.signalBatteryValue(3350);
     emit device.signalMouseActive(false);
@@ -345,6 +353,9 @@ void TestTray::trayFollowsConsoleAndDevice()
     QVERIFY(tray.state().asleep);
     emit device.signalBLEDeviceConnectState(false, QString());
     QTRY_COMPARE(tray.state().link, SystemTray::LinkNone);
+    // The link's answer saved the mouse: the suites after this one start without it.
+    preferences.change([&savedUuid](UserPreferences& p) { p.saveDeviceUuid = savedUuid; });
+    preferences.save();
 }
 
 void TestTray::trayMenuSpeaksThroughSignals()

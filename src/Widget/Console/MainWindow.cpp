@@ -3,7 +3,6 @@
 #include "Platform/AppAutoRunUtils.h"
 #include "Platform/DesktopNotifications.h"
 #include "Platform/WinUtils.h"
-#include "SpeechRec/SpeechSynthesisUtils.h"
 #include "Utils/AppConfig.h"
 #include "Utils/KeyTable.h"
 #include "Utils/Logging.h"
@@ -24,6 +23,7 @@
 #include "Widget/Notices/RestDialog.h"
 #include "Widget/Panels/InputDialog.h"
 #include "Widget/Panels/PaddleWordsDialog.h"
+#include "WidgetPresenter/ReadAloud.h"
 
 #include <QAbstractItemView>
 #include <QButtonGroup>
@@ -94,7 +94,7 @@ MainWindow::MainWindow(QWidget* parent, const MainWindowPresenter::Collaborators
     mPresenter = new MainWindowPresenter(this, c, this);
 
     initDatas(voice);
-    mTray->watchDevice(c.device);
+    mTray->watchDevice(mPresenter->lifecycle());
     initViews();
     setListener();
     initAddCommandView();
@@ -245,7 +245,7 @@ void MainWindow::setListener()
     connect(ui.checkTextTranslateOnOff, &QCheckBox::clicked, this, [p](bool checked) {
         p->onCheckTextTranslateMode(checked);
         if (!checked) {
-            SpeechSynthesisUtils::getInstance()->stop();
+            ReadAloud::stopAll();
             PaddleWordsDialog* toolbar = PaddleWordsDialog::getInstance(nullptr);
             if (toolbar->isVisible()) {
                 toolbar->toHide();

@@ -1,9 +1,9 @@
 #include "Widget/Console/SystemTray.h"
 
-#include "Hid/DeviceManager.h"
 #include "Utils/LanguageTables.h"
 #include "Utils/Logging.h"
 #include "Widget/Console/MainWindow.h"
+#include "WidgetPresenter/DeviceLifecycle.h"
 
 #include <QAction>
 #include <QActionGroup>
@@ -220,29 +220,27 @@ void SystemTray::connectWindow(MainWindow* window)
     });
 }
 
-void SystemTray::watchDevice(DeviceManager* device)
+void SystemTray::watchDevice(DeviceLifecycle* lifecycle)
 {
-    mDevice = device;
-    if (device == nullptr) {
+    mDevice = lifecycle;
+    if (lifecycle == nullptr) {
         return;
     }
-    // These come from the device's threads: the tray's context queues them to the main thread.
-    connect(device, &DeviceManager::signalDeviceReady, this, [this] { setLink(linkOfDevice()); });
-    connect(device, &DeviceManager::signalBLEDeviceConnectState, this,
-            [this](bool connected, const QString&) {
-                if (connected) {
-                    setLink(LinkBluetooth);
-                } else if (mState.link == LinkBluetooth) {
-                    setLink(LinkNone);
-                }
-            });
-    connect(device, &DeviceManager::signalMouseActive, this, [this](bool active) { setAsleep(!active); });
-    connect(device, &DeviceManager::signalBatteryValue, this, &SystemTray::setBatteryFigure);
+    connect(lifecycle, &DeviceLifecycle::deviceReady, this, [this] { setLink(linkOfDevice()); });
+    connect(lifecycle, &DeviceLifecycle::bleLinkChanged, this, [this](bool connected) {
+        if (connected) {
+            setLink(LinkBluetooth);
+        } else if (mState.link == LinkBluetooth) {
+            setLink(LinkNone);
+        }
+    });
+    connect(lifecycle, &DeviceLifecycle::mouseActive, this, [this](bool active) { setAsleep(!active); });
+    connect(lifecycle, &DeviceLifecycle::batteryFigure, this, &SystemTray::setBatteryFigure);
 }
 
 SystemTray::Link SystemTray::linkOfDevice() const
 {
-    if (mDevice != nullptr && mDevice->getDeviceType() == DeviceManager::DeviceTypeBle) {
+    if (mDevice != nullptr && mDevice->overBluetooth()) {
         return LinkBluetooth;
     }
     return LinkReceiver;

@@ -5,7 +5,7 @@
 #include <QObject>
 #include <QString>
 
-class DeviceManager;
+class DeviceLifecycle;
 class MainWindow;
 class QAction;
 class QMenu;
@@ -49,8 +49,8 @@ public:
     explicit SystemTray(MainWindow* window, QObject* parent = nullptr);
     ~SystemTray() override;
 
-    // Follows the device's link, sleep and battery; may be null.
-    void watchDevice(DeviceManager* device);
+    // Follows the device's link, sleep and battery as the lifecycle passes them on; may be null.
+    void watchDevice(DeviceLifecycle* lifecycle);
 
     const State& state() const { return mState; }
     QSystemTrayIcon* trayIcon() const { return mIcon; }
@@ -82,7 +82,7 @@ private:
     State mState;
     Look mShown;
     bool mShownOnce = false;
-    DeviceManager* mDevice = nullptr;
+    DeviceLifecycle* mDevice = nullptr;
     QSystemTrayIcon* mIcon = nullptr;
     QMenu* mMenu = nullptr;
     QMenu* mLanguageMenu = nullptr;

@@ -1,6 +1,5 @@
 #include "BLEConnentionGuidanceDialog.h"
 
-#include "Hid/DeviceManager.h"
 #include "Platform/DesktopLauncher.h"
 #include "Utils/PreferencesUtils.h"
 #include "Widget/Common/WindowLook.h"
@@ -30,14 +29,6 @@ QString picture(const char* name)
 {
     return QLatin1String(kPictures) + QLatin1String(name);
 }
-
-// The mouse link as the wizard needs it, reached only when used.
-class DeviceManagerGuidance : public BleGuidanceDevice {
-public:
-    bool isConnected() override { return DeviceManager::getInstance()->isConnected(); }
-    void scanBleDevice() override { DeviceManager::getInstance()->scanBleDevice(); }
-    void cancelScan() override { DeviceManager::getInstance()->cancelScan(); }
-};
 
 QLabel* pictureLabel(const QString& path, QWidget* parent)
 {
@@ -72,10 +63,6 @@ BLEConnentionGuidanceDialog::BLEConnentionGuidanceDialog(QWidget* parent, BleGui
 {
     Q_INIT_RESOURCE(reminders);
     if (device == nullptr) {
-        mOwnDevice = std::make_unique<DeviceManagerGuidance>();
-        device = mOwnDevice.get();
-        connect(DeviceManager::getInstance(), &DeviceManager::signalScanFinished, this,
-                &BLEConnentionGuidanceDialog::onDeviceScanFinished);
         // A mouse paired through the desktop's own settings moves the wizard on by itself.
         mLocalDevice = new QBluetoothLocalDevice(this);
         connect(mLocalDevice, &QBluetoothLocalDevice::deviceConnected, this,

@@ -23,9 +23,11 @@ FocusFollowDialog::FocusFollowDialog(QWidget* parent) : FocusFollowDialog(parent
 FocusFollowDialog::FocusFollowDialog(QWidget* parent,
                                      const FocusFollowPanelPresenter::Collaborators& collaborators,
                                      SpeechSynthesisUtils* synthesis)
-    : FocusFollowPanel(parent, synthesis)
+    : FocusFollowPanel(parent)
 {
-    mPresenter = collaborators.http != nullptr ? new FocusFollowPresenter(this, collaborators, this)
+    FocusFollowPanelPresenter::Collaborators parts = collaborators;
+    parts.synthesis = synthesis;
+    mPresenter = collaborators.http != nullptr ? new FocusFollowPresenter(this, parts, this)
                                                : new FocusFollowPresenter(this, this);
     setupUi(mPresenter);
     mArrow = new QLabel(this);
@@ -70,7 +72,7 @@ void FocusFollowDialog::toHide()
     hidePickers();
     emit signalStopVoiceStatus();
     mPresenter->setAudioEnable(false);
-    runHidePlan(mPresenter->planHide(mPlaying, mStack->currentIndex(), isEditState, mIsButtonSendPress));
+    runHidePlan(mPresenter->planHide(isPlaying(), mStack->currentIndex(), isEditState, mIsButtonSendPress));
 }
 
 void FocusFollowDialog::setCurrentStackedWidgetIndex(int index)

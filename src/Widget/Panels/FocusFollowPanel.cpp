@@ -1,9 +1,9 @@
 #include "Widget/Panels/FocusFollowPanel.h"
 
 #include "Platform/WinUtils.h"
-#include "SpeechRec/SpeechSynthesisUtils.h"
 #include "Widget/Common/WindowLook.h"
 #include "Widget/Panels/LevelAnimation.h"
+#include "WidgetPresenter/ReadAloud.h"
 
 #include <QAbstractTextDocumentLayout>
 #include <QAction>
@@ -89,8 +89,7 @@ QTextEdit* textBox(QWidget* parent, const QRect& geometry, const QString& color)
 
 }  // namespace
 
-FocusFollowPanel::FocusFollowPanel(QWidget* parent, SpeechSynthesisUtils* synthesis)
-    : QDialog(parent), mSynthesis(synthesis), mTranslucent(WindowLook::compositing())
+FocusFollowPanel::FocusFollowPanel(QWidget* parent) : QDialog(parent), mTranslucent(WindowLook::compositing())
 {
     // The pictures live in the static widget library; nothing else would pull them in.
     Q_INIT_RESOURCE(follow);
@@ -112,23 +111,10 @@ FocusFollowPanel::FocusFollowPanel(QWidget* parent, SpeechSynthesisUtils* synthe
 
 FocusFollowPanel::~FocusFollowPanel() = default;
 
-SpeechSynthesisUtils* FocusFollowPanel::synthesis()
-{
-    if (mSynthesis == nullptr) {
-        mSynthesis = SpeechSynthesisUtils::getInstance();
-        connect(mSynthesis, &SpeechSynthesisUtils::speechSynthesisOver, this,
-                &FocusFollowPanel::onSpeechSynthesisOver);
-    }
-    return mSynthesis;
-}
-
 void FocusFollowPanel::setupUi(FocusFollowPanelPresenter* presenter)
 {
     mPanelPresenter = presenter;
-    if (mSynthesis != nullptr) {
-        connect(mSynthesis, &SpeechSynthesisUtils::speechSynthesisOver, this,
-                &FocusFollowPanel::onSpeechSynthesisOver);
-    }
+    connect(presenter->reading(), &ReadAloud::over, this, &FocusFollowPanel::onReadingOver);
     setStyleSheet(
         QStringLiteral("QPushButton { border: none; background: transparent; border-radius: 4px; }"
                        "QPushButton:hover { background: #eef0f3; }"
@@ -713,43 +699,37 @@ void FocusFollowPanel::onEditFinish(bool send)
     }
 }
 
+bool FocusFollowPanel::isPlaying() const
+{
+    return mPanelPresenter->reading()->isReading();
+}
+
 void FocusFollowPanel::stopReading()
 {
-    if (mSynthesis != nullptr && mSynthesis->isPlaying()) {
-        mSynthesis->stop();
-    }
+    mPanelPresenter->reading()->stopPlaying();
 }
 
 void FocusFollowPanel::toggleReading()
 {
-    if (mPlaying) {
-        mPlaying = false;
-        synthesis()->stop();
+    ReadAloud* reading = mPanelPresenter->reading();
+    if (reading->isReading()) {
+        reading->stop();
         mReadButton->setIcon(QIcon(QStringLiteral(":/panels/follow/read.svg")));
         return;
     }
     const QString text = FocusFollowPanelPresenter::readableText(mTargetBox->toPlainText());
-    if (text.isEmpty()) {
+    if (text.isEmpty() || !reading->read(FocusFollowPanelPresenter::readingPieces(text))) {
         return;
-    }
-    SpeechSynthesisUtils* reader = synthesis();
-    if (reader->isPlaying()) {
-        reader->stop();
-    }
-    mPlaying = true;
-    for (const QString& piece : FocusFollowPanelPresenter::readingPieces(text)) {
-        emit reader->speechSynthesis(piece, 0, 5, 5, 5);
     }
     mReadButton->setIcon(QIcon(QStringLiteral(":/panels/follow/read_active.svg")));
 }
 
-void FocusFollowPanel::onSpeechSynthesisOver()
+void FocusFollowPanel::onReadingOver(bool own)
 {
     // The end of somebody else's reading (the selection toolbar's) is none of this panel's.
-    if (!mPlaying) {
+    if (!own) {
         return;
     }
-    mPlaying = false;
     toWaitingHide();
     mReadButton->setIcon(QIcon(QStringLiteral(":/panels/follow/read.svg")));
 }

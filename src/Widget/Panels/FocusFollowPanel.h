@@ -52,7 +52,7 @@ public:
 
     bool isOnMouseEnter() const { return mMouseOnPanel; }
     bool isOnEditing() const { return isEditState; }
-    bool isPlaying() const { return mPlaying; }
+    bool isPlaying() const;
     bool isMouseOnSetSendModeMenuView() const;
     bool isMouseOnTargetMenuView() const;
     void changeVoiceTranslateLang();
@@ -100,13 +100,14 @@ public slots:
     virtual void onHoverTick() = 0;
     virtual void onPickerTimeout() = 0;
     void onWaitingHideTimeout();
-    void onSpeechSynthesisOver();
+    // The service ended a piece; own: it was this panel's reading.
+    void onReadingOver(bool own);
     virtual void onPickerMouseEnter();
     virtual void onPickerMouseLeave();
     void onEditTimeout();
 
 protected:
-    FocusFollowPanel(QWidget* parent, SpeechSynthesisUtils* synthesis);
+    explicit FocusFollowPanel(QWidget* parent);
     // Builds the pages; called by the subclass once its presenter exists.
     void setupUi(FocusFollowPanelPresenter* presenter);
 
@@ -141,7 +142,6 @@ protected:
     void showPicker(int x, int y);
     void toggleReading();
     void stopReading();
-    SpeechSynthesisUtils* synthesis();
 
     bool eventFilter(QObject* watched, QEvent* event) override;
     void paintEvent(QPaintEvent* event) override;
@@ -204,7 +204,6 @@ protected:
 
     bool mMouseOnPanel = false;
     bool isEditState = false;
-    bool mPlaying = false;
     bool mIsButtonSendPress = false;
     bool mEditByButton = false;
     bool mMicOn = true;
@@ -218,6 +217,5 @@ private:
     void fillContextMenu(QMenu* menu);
     static void markAction(QAction* action, bool on);
 
-    SpeechSynthesisUtils* mSynthesis;
     bool mTranslucent;
 };

@@ -15,9 +15,11 @@ NoFocusFollowDialog::NoFocusFollowDialog(QWidget* parent) : NoFocusFollowDialog(
 NoFocusFollowDialog::NoFocusFollowDialog(QWidget* parent,
                                          const FocusFollowPanelPresenter::Collaborators& collaborators,
                                          SpeechSynthesisUtils* synthesis)
-    : FocusFollowPanel(parent, synthesis)
+    : FocusFollowPanel(parent)
 {
-    mPresenter = collaborators.http != nullptr ? new NoFocusFollowPresenter(this, collaborators, this)
+    FocusFollowPanelPresenter::Collaborators parts = collaborators;
+    parts.synthesis = synthesis;
+    mPresenter = collaborators.http != nullptr ? new NoFocusFollowPresenter(this, parts, this)
                                                : new NoFocusFollowPresenter(this, this);
     setupUi(mPresenter);
     // Nothing here is edited: the source is only what was heard.
@@ -94,7 +96,7 @@ void NoFocusFollowDialog::toHide()
     hidePickers();
     emit signalStopVoiceStatus();
     mPresenter->setAudioEnable(false);
-    runHidePlan(mPresenter->planHide(mPlaying, mStack->currentIndex(), isEditState, mIsButtonSendPress));
+    runHidePlan(mPresenter->planHide(isPlaying(), mStack->currentIndex(), isEditState, mIsButtonSendPress));
 }
 
 void NoFocusFollowDialog::setVoiceTranslateSourceText(QString text)

@@ -1,8 +1,8 @@
 #include "Widget/Panels/PaddleWordsDialog.h"
 
-#include "SpeechRec/SpeechSynthesisUtils.h"
 #include "Utils/PreferencesUtils.h"
 #include "WidgetPresenter/PaddleWordsPresenter.h"
+#include "WidgetPresenter/ReadAloud.h"
 
 #include <QCursor>
 #include <QLabel>
@@ -22,8 +22,7 @@ const struct {
 
 PaddleWordsDialog::PaddleWordsDialog(QWidget* parent, SpeechSynthesisUtils* synthesis)
     : FloatingCardDialog(parent),
-      mPresenter(new PaddleWordsPresenter(this, this)),
-      mSynthesis(synthesis != nullptr ? synthesis : SpeechSynthesisUtils::getInstance()),
+      mPresenter(new PaddleWordsPresenter(this, synthesis, this)),
       mMenu(new QMenu(this))
 {
     setFixedSize(144, 32);
@@ -51,8 +50,7 @@ PaddleWordsDialog::PaddleWordsDialog(QWidget* parent, SpeechSynthesisUtils* synt
     connect(mRead, &QPushButton::clicked, this, &PaddleWordsDialog::onReadButton);
     connect(mReader, &QPushButton::clicked, this,
             [this] { mMenu->popup(mReader->mapToGlobal(QPoint(0, mReader->height()))); });
-    connect(mSynthesis, &SpeechSynthesisUtils::speechSynthesisOver, this,
-            &PaddleWordsDialog::onSpeechSynthesisOver);
+    connect(mPresenter->reading(), &ReadAloud::over, this, &PaddleWordsDialog::onSpeechSynthesisOver);
     createPronPersonMenu();
 }
 
@@ -101,20 +99,25 @@ void PaddleWordsDialog::onTimeout()
 
 void PaddleWordsDialog::onReadButton()
 {
-    if (!mIsPlaying) {
+    ReadAloud* reading = mPresenter->reading();
+    if (!reading->isReading()) {
         emit signalReadingButtonPress(mPronPerson);
         setReadLook(true);
         // A reading keeps the toolbar up, wherever the pointer goes.
         mTimer.stop();
         mOutsideCount = 0;
-        mIsPlaying = true;
+        reading->markReading();
         return;
     }
-    mIsPlaying = false;
     mOutsideCount = 0;
     mTimer.start();
-    mSynthesis->stop();
+    reading->stop();
     setReadLook(false);
+}
+
+bool PaddleWordsDialog::isFollowSpeakPlaying() const
+{
+    return mPresenter->reading()->isReading();
 }
 
 void PaddleWordsDialog::onReader(QAction* chosen)
@@ -131,18 +134,18 @@ void PaddleWordsDialog::onReader(QAction* chosen)
         record.pronPerson = mPronPerson;
         PreferencesUtils::getInstance()->setUserPreferences(record);
     }
-    if (mIsPlaying) {
-        mSynthesis->stop();
+    ReadAloud* reading = mPresenter->reading();
+    if (reading->isReading()) {
+        reading->stop();
         emit signalReadingButtonPress(mPronPerson);
         setReadLook(true);
         mTimer.stop();
-        mIsPlaying = true;
+        reading->markReading();
     }
 }
 
 void PaddleWordsDialog::onSpeechSynthesisOver()
 {
-    mIsPlaying = false;
     mOutsideCount = 0;
     mTimer.start();
     setReadLook(false);
@@ -156,9 +159,7 @@ void PaddleWordsDialog::setReadLook(bool active)
 
 void PaddleWordsDialog::closeEvent(QCloseEvent* event)
 {
-    if (mSynthesis->isPlaying()) {
-        mSynthesis->stop();
-    }
+    mPresenter->reading()->stopPlaying();
     QDialog::closeEvent(event);
 }
 

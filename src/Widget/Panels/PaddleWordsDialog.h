@@ -32,7 +32,7 @@ public:
     void startShow();
     void toHide();
     QPoint getPaddleWordViewPoint() const { return mPoint; }
-    bool isFollowSpeakPlaying() const { return mIsPlaying; }
+    bool isFollowSpeakPlaying() const;
 
     // For tests and screenshots.
     int pronPerson() const { return mPronPerson; }
@@ -63,11 +63,9 @@ private:
     void setReadLook(bool active);
 
     PaddleWordsPresenter* mPresenter;
-    SpeechSynthesisUtils* mSynthesis;
     int mPronPerson = 0;
     QPoint mPoint;
     int mOutsideCount = 0;
-    bool mIsPlaying = false;
     QTimer mTimer;
     QMenu* mMenu;
     QPushButton* mTranslate;

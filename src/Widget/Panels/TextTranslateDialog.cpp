@@ -1,12 +1,12 @@
 #include "Widget/Panels/TextTranslateDialog.h"
 
-#include "SpeechRec/SpeechSynthesisUtils.h"
 #include "Utils/LanguageTables.h"
 #include "Widget/Common/ComboBox.h"
 #include "Widget/Common/TextEdit.h"
 #include "Widget/Common/WindowLook.h"
 #include "Widget/Panels/FloatingCardDialog.h"
 #include "Widget/Panels/PaddleWordsDialog.h"
+#include "WidgetPresenter/ReadAloud.h"
 #include "WidgetPresenter/TextTranslatePresenter.h"
 
 #include <QApplication>
@@ -45,7 +45,6 @@ TextTranslateDialog::TextTranslateDialog(QWidget* parent, PaddleWordsDialog* pad
                                          SpeechSynthesisUtils* synthesis, HttpManager* http)
     : QDialog(parent),
       mPaddle(paddle != nullptr ? paddle : PaddleWordsDialog::getInstance(parent)),
-      mSynthesis(synthesis != nullptr ? synthesis : SpeechSynthesisUtils::getInstance()),
       mAnimation(new QParallelAnimationGroup(this))
 {
     // An ordinary window, so that the window manager gives it the keyboard when the user
@@ -56,13 +55,12 @@ TextTranslateDialog::TextTranslateDialog(QWidget* parent, PaddleWordsDialog* pad
     // Shown beside the selection without taking the keyboard from the application.
     setAttribute(Qt::WA_ShowWithoutActivating);
     setupUi();
-    mPresenter = new TextTranslatePresenter(this, http, this);
+    mPresenter = new TextTranslatePresenter(this, http, synthesis, this);
     mLanguage->setCurrentIndex(mPresenter->preferences().textTranslateLanguage);
 
     mTimerHint.setInterval(1000);
     connect(&mTimerHint, &QTimer::timeout, this, &TextTranslateDialog::onCloseLabel);
-    connect(mSynthesis, &SpeechSynthesisUtils::speechSynthesisOver, this,
-            &TextTranslateDialog::onSpeechSynthesisOver);
+    connect(mPresenter->reading(), &ReadAloud::over, this, &TextTranslateDialog::onSpeechSynthesisOver);
     connect(mSource->document(), &QTextDocument::contentsChanged, this, &TextTranslateDialog::onTextChange,
             Qt::QueuedConnection);
     connect(mTarget->document(), &QTextDocument::contentsChanged, this, &TextTranslateDialog::onTextChange,
@@ -427,38 +425,32 @@ void TextTranslateDialog::onChangeLanguage(int index)
 {
     mPresenter->onTextTranslateLanguageChange(index);
     mRead->setVisible(index >= 0 && index <= TextTranslatePresenter::kLastReadableLanguage);
-    if (mIsPlaying) {
-        mIsPlaying = false;
-        mSynthesis->stop();
+    if (mPresenter->reading()->isReading()) {
+        mPresenter->reading()->stop();
         setReadLook(false);
     }
 }
 
 void TextTranslateDialog::onReadButton()
 {
-    if (mIsPlaying) {
-        mIsPlaying = false;
-        mSynthesis->stop();
+    ReadAloud* reading = mPresenter->reading();
+    if (reading->isReading()) {
+        reading->stop();
         setReadLook(false);
         return;
     }
-    const QStringList pieces = TextTranslatePresenter::readingPieces(mTarget->toPlainText());
-    if (pieces.isEmpty()) {
-        return;
+    if (reading->read(TextTranslatePresenter::readingPieces(mTarget->toPlainText()))) {
+        setReadLook(true);
     }
-    if (mSynthesis->isPlaying()) {
-        mSynthesis->stop();
-    }
-    mIsPlaying = true;
-    for (const QString& piece : pieces) {
-        emit mSynthesis->speechSynthesis(piece, 0, 5, 5, 5);
-    }
-    setReadLook(true);
+}
+
+bool TextTranslateDialog::isPlaying() const
+{
+    return mPresenter->reading()->isReading();
 }
 
 void TextTranslateDialog::onSpeechSynthesisOver()
 {
-    mIsPlaying = false;
     setReadLook(false);
 }
 
@@ -470,10 +462,8 @@ void TextTranslateDialog::setReadLook(bool active)
 
 void TextTranslateDialog::stopReading()
 {
-    if (mSynthesis->isPlaying()) {
-        mSynthesis->stop();
-    }
-    mIsPlaying = false;
+    mPresenter->reading()->stopPlaying();
+    mPresenter->reading()->forget();
     setReadLook(false);
 }
 

@@ -48,7 +48,7 @@ public:
     void setCurrentIpId(int id) override;
 
     void toHide();
-    bool isPlaying() const { return mIsPlaying; }
+    bool isPlaying() const;
     void moveWindow();
     void startShowCopySuccess();
     void setNewTextTranslateView(int s, int t);
@@ -96,8 +96,6 @@ private:
 
     TextTranslatePresenter* mPresenter;
     PaddleWordsDialog* mPaddle;
-    SpeechSynthesisUtils* mSynthesis;
-    bool mIsPlaying = false;
     bool mDragging = false;
     QPoint mDragPoint;
     bool mEditByButton = false;
