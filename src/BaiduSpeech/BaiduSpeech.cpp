@@ -45,10 +45,37 @@ BaiduSpeech::BaiduSpeech(const QString& host, quint16 controlPort, QObject* pare
     connect(&mTimerEnd, &QTimer::timeout, this, &BaiduSpeech::onEndTimeout);
     connect(&mTimerTail, &QTimer::timeout, this, &BaiduSpeech::onTailTimeout);
 
-    connect(mControlSocket, &QTcpSocket::connected, this, &BaiduSpeech::readPortList);
-    connect(mControlSocket, &QTcpSocket::readyRead, this, &BaiduSpeech::onControlReadyRead);
-    connect(mControlSocket, &QTcpSocket::disconnected, mControlSocket, &QTcpSocket::close);
+    for (QTimer* timer : {&mControlConnect, &mSdkConnect}) {
+        timer->setSingleShot(true);
+        timer->setInterval(kConnectTimeoutMs);
+    }
+    connect(&mControlConnect, &QTimer::timeout, this, [this] { connectFailed(mControlSocket); });
+    connect(&mSdkConnect, &QTimer::timeout, this, [this] { connectFailed(mSDKSocket); });
+    connect(mControlSocket, &QTcpSocket::errorOccurred, this, [this] {
+        if (mControlConnect.isActive()) {
+            connectFailed(mControlSocket);
+        }
+    });
+    connect(mSDKSocket, &QTcpSocket::errorOccurred, this, [this] {
+        if (mSdkConnect.isActive()) {
+            connectFailed(mSDKSocket);
+        }
+    });
+
+    connect(mControlSocket, &QTcpSocket::connected, this, [this] {
+        mControlConnect.stop();
+        readPortList();
+    });
+    connect(mControlSocket, &QTcpSocket::readyRead, this, [this] { onControlReadyRead(false); });
+    connect(mControlSocket, &QTcpSocket::disconnected, this, [this] {
+        // A reply that never parsed is taken for what it is once the gateway hangs up.
+        if (!mControlReply.isEmpty()) {
+            onControlReadyRead(true);
+        }
+        mControlSocket->close();
+    });
     connect(mSDKSocket, &QTcpSocket::connected, this, [this] {
+        mSdkConnect.stop();
         sendStart();
         mTimerStart.start();
     });
@@ -137,15 +164,30 @@ void BaiduSpeech::start(int language)
 
 void BaiduSpeech::connectControl()
 {
-    if (mControlSocket->state() == QAbstractSocket::ConnectedState) {
+    if (mControlSocket->state() == QAbstractSocket::ConnectedState || mControlConnect.isActive()) {
         return;
     }
     mControlSocket->abort();
-    mControlSocket->connectToHost(mHost, mControlPort, QIODevice::ReadWrite, QAbstractSocket::AnyIPProtocol);
-    if (!mControlSocket->waitForConnected(kConnectTimeoutMs)) {
+    mControlReply.clear();
+    connectAsync(mControlSocket, &mControlConnect, mControlPort);
+}
+
+void BaiduSpeech::connectAsync(QTcpSocket* socket, QTimer* timer, quint16 port)
+{
+    timer->start();
+    socket->connectToHost(mHost, port, QIODevice::ReadWrite, QAbstractSocket::AnyIPProtocol);
+}
+
+void BaiduSpeech::connectFailed(QTcpSocket* socket)
+{
+    (socket == mControlSocket ? mControlConnect : mSdkConnect).stop();
+    socket->abort();
+    if (socket == mControlSocket) {
         qCWarning(lcSpeechGateway) << "cannot reach the gateway at" << mHost << mControlPort;
-        Notice::show(kConnectFailed);
+    } else {
+        qCWarning(lcSpeechGateway) << "cannot reach SDK server" << mCurrentServer.port;
     }
+    Notice::show(kConnectFailed);
 }
 
 void BaiduSpeech::readPortList()
@@ -153,16 +195,22 @@ void BaiduSpeech::readPortList()
     mControlSocket->write(ElvUtil::readServerList());
 }
 
-void BaiduSpeech::onControlReadyRead()
+void BaiduSpeech::onControlReadyRead(bool ended)
 {
-    // The whole reply in one read, as the gateway sends it.
-    mServerList = ElvUtil::parseServerList(mControlSocket->readAll());
+    // The reply may come in several reads: it is whole once it parses (or past the limit).
+    mControlReply += mControlSocket->readAll();
+    if (!ended && !ElvUtil::isWholeServerList(mControlReply)) {
+        return;
+    }
+    mServerList = ElvUtil::parseServerList(mControlReply);
+    mControlReply.clear();
     mControlSocket->close();
     reconnectSDKServer();
 }
 
 void BaiduSpeech::reconnectSDKServer()
 {
+    mSdkConnect.stop();
     if (mSDKSocket->isOpen()) {
         mSDKSocket->close();
     }
@@ -180,14 +228,9 @@ void BaiduSpeech::reconnectSDKServer()
         return;
     }
     mCurrentServer = getPort(mServerList);
-    mOpenLineBytes = 0;
+    mOpenLine.clear();
     mSdkUtterance = mUtterance;
-    mSDKSocket->connectToHost(mHost, static_cast<quint16>(mCurrentServer.port), QIODevice::ReadWrite,
-                              QAbstractSocket::AnyIPProtocol);
-    if (!mSDKSocket->waitForConnected(kConnectTimeoutMs)) {
-        qCWarning(lcSpeechGateway) << "cannot reach SDK server" << mCurrentServer.port;
-        Notice::show(kConnectFailed);
-    }
+    connectAsync(mSDKSocket, &mSdkConnect, static_cast<quint16>(mCurrentServer.port));
 }
 
 void BaiduSpeech::sendStart()
@@ -237,16 +280,16 @@ void BaiduSpeech::onEndTimeout()
 void BaiduSpeech::onSDKReadyRead()
 {
     const qint64 readAt = Trace::enabled() ? Trace::now() : 0;
-    // Lines cut by a segment boundary are not put together: their halves fail to parse.
-    const QByteArray text = mSDKSocket->readAll();
-    // But the length of a line is counted across reads: a gateway that never ends its line
-    // is cut off, as a gateway error.
-    const int lastBreak = text.lastIndexOf('\n');
-    mOpenLineBytes = lastBreak < 0 ? mOpenLineBytes + text.size() : text.size() - lastBreak - 1;
-    if (mOpenLineBytes > ElvUtil::kMaxLineBytes) {
+    // Only whole lines are parsed: the rest waits for its end in the next read. A gateway that
+    // never ends its line is cut off, as a gateway error.
+    mOpenLine += mSDKSocket->readAll();
+    const int lastBreak = mOpenLine.lastIndexOf('\n');
+    const QByteArray text = mOpenLine.left(lastBreak + 1);
+    mOpenLine.remove(0, lastBreak + 1);
+    if (mOpenLine.size() > ElvUtil::kMaxLineBytes) {
         qCWarning(lcSpeechGateway) << "a line of over" << ElvUtil::kMaxLineBytes << "bytes from SDK server"
                                    << mCurrentServer.port << "- connection closed";
-        mOpenLineBytes = 0;
+        mOpenLine.clear();
         mSDKSocket->abort();
         if (mSdkUtterance == mUtterance) {
             emit signalError(404, QStringLiteral("识别错误"));

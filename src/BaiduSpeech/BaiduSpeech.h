@@ -60,8 +60,12 @@ private:
     BaiduSpeech();
 
     void connectControl();
+    // Connects without waiting; a connection not up within kConnectTimeoutMs is given up with
+    // the warning and the notice.
+    void connectAsync(QTcpSocket* socket, QTimer* timer, quint16 port);
+    void connectFailed(QTcpSocket* socket);
     void readPortList();
-    void onControlReadyRead();
+    void onControlReadyRead(bool ended);
     void reconnectSDKServer();
     void sendStart();
     void onSDKReadyRead();
@@ -85,7 +89,8 @@ private:
     QList<SDKServer> mServerList;
     SDKServer mCurrentServer;
     bool mListRenewed = false;  // the control port was asked again this session
-    qint64 mOpenLineBytes = 0;  // received since the last line feed on the SDK socket
+    QByteArray mControlReply;   // the server list as far as it came
+    QByteArray mOpenLine;       // received since the last line feed on the SDK socket
     bool mFlushSeen = false;
     bool mSilenceSent = false;
     int mMinVolume = 32767;
@@ -94,6 +99,8 @@ private:
     QTimer mTimerStart;
     QTimer mTimerEnd;
     QTimer mTimerTail;
+    QTimer mControlConnect;
+    QTimer mSdkConnect;
     QList<QByteArray> mSamples;
     VolumeJudge mVolumeJudge;
 };

@@ -81,6 +81,13 @@ QString ElvUtil::buildParams(int language, const QString& uid)
     return QString::fromUtf8(QJsonDocument(object).toJson(QJsonDocument::Indented));
 }
 
+bool ElvUtil::isWholeServerList(const QByteArray& text)
+{
+    QJsonParseError error{};
+    QJsonDocument::fromJson(text, &error);
+    return error.error == QJsonParseError::NoError || text.size() > kMaxServerListBytes;
+}
+
 QList<SDKServer> ElvUtil::parseServerList(const QByteArray& text)
 {
     QList<SDKServer> servers;

@@ -71,6 +71,8 @@ public:
     // The parameter object in its indented form: language as a decimal string, then uid.
     static QString buildParams(int language, const QString& uid);
 
+    // Whether the server list has come whole (it parses) or is past kMaxServerListBytes.
+    static bool isWholeServerList(const QByteArray& text);
     // Empty for a list past kMaxServerListBytes or kMaxServers.
     static QList<SDKServer> parseServerList(const QByteArray& text);
     // Every non-empty line that holds a JSON object and is no longer than kMaxLineBytes.

@@ -58,6 +58,9 @@ bool BleAudioHandler::handlePacket(const QByteArray& packet)
     if (packet.isEmpty()) {
         return false;
     }
+    if (mResetPending.exchange(false)) {
+        mBufferSize = 0;
+    }
     const auto first = static_cast<quint8>(packet.at(0));
     const int fragment = (first >> 5) & 0x07;
     unsigned char frame[kMaxFrame];
@@ -104,6 +107,9 @@ bool BleAudioHandler::handlePacket(const QByteArray& packet)
         case 14:
         case 46:
         case 78:
+            if (fragment == 0) {
+                mBufferSize = 0;
+            }
             take(packet, 2, 18, frame);
             appendToBuffer(frame, 18);
             if ((fragment == 1 || fragment == 2) && mBufferSize >= 27) {

@@ -3,6 +3,8 @@
 #include <QByteArray>
 #include <QObject>
 
+#include <atomic>
+
 // Takes the SBC audio packets of the Bluetooth channel apart, puts back the frame prefixes the
 // mouse leaves out, decodes and emits 16 kHz PCM, 256 bytes (8 ms) per frame.
 //
@@ -15,8 +17,10 @@
 //
 // A frame that does not decode is 256 bytes of silence, so the stream keeps its timing (but
 // a long group A packet emits only what decodes). A packet shorter than its group's layout is
-// zero-filled to it, which then fails its CRC and plays as silence. DeviceManager owns the
-// audio-active flag: signalAudioActive() asks it to be set. Main thread only.
+// zero-filled to it, which then fails its CRC and plays as silence. A lost group D fragment
+// would leave every later 27-byte frame straddling two encoder frames: the buffer starts afresh
+// at each fragment 0 and at each voice-key press (reset()). DeviceManager owns the
+// audio-active flag: signalAudioActive() asks it to be set. Main thread only, but reset().
 //
 // This runs every 8 ms while the voice key is held: frames are put together on the stack and
 // in a fixed reassembly buffer, so the 256-byte output is the only allocation per frame.
@@ -30,6 +34,9 @@ public:
 
     // False when the packet is not audio (a record).
     bool handlePacket(const QByteArray& packet);
+    // A new stream starts: the next packet drops a partly assembled frame. Any thread (the
+    // receiver's key records arrive on its read loop).
+    void reset() { mResetPending = true; }
 
     // Tests: the reassembly buffer of groups C and D.
     int bufferSize() const { return mBufferSize; }
@@ -48,4 +55,5 @@ private:
     static constexpr int kBufferCapacity = 512;
     unsigned char mBuffer[kBufferCapacity];
     int mBufferSize = 0;
+    std::atomic<bool> mResetPending{false};
 };

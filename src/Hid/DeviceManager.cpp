@@ -426,6 +426,7 @@ void DeviceManager::interactiveMessageHandle(const st_small_base_com_msg& msg)
             if (isVoiceKey(key)) {
                 Trace::mark(status != 0 ? "voice-key-down" : "voice-key-up");
                 if (status != 0) {
+                    mAudio.reset();
                     setAudioEnable(true);
                 } else {
                     mAudioActive = false;

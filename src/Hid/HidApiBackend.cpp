@@ -18,8 +18,7 @@ namespace {
 // What a handle stands for: hidapi's device, and the descriptors the read loop waits on.
 struct Device {
     hid_device* hid = nullptr;
-    int watch = -1;  // the same hidraw node, read only to learn that a report came
-    int wakeup = -1;
+    HidReportWait wait;  // watch: the same hidraw node, read only to learn that a report came
 };
 
 Device* handleOf(HidBackend::Handle handle)
@@ -82,47 +81,64 @@ HidBackend::Handle HidApiBackend::openPath(const QString& path)
     }
     auto* handle = new Device;
     handle->hid = hid;
-    handle->watch = ::open(path.toLocal8Bit().constData(), O_RDONLY | O_NONBLOCK | O_CLOEXEC);
-    handle->wakeup = eventfd(0, EFD_NONBLOCK | EFD_CLOEXEC);
-    if (handle->watch < 0 || handle->wakeup < 0) {
+    HidReportWait& wait = handle->wait;
+    wait.watch = ::open(path.toLocal8Bit().constData(), O_RDONLY | O_NONBLOCK | O_CLOEXEC);
+    wait.wakeup = eventfd(0, EFD_NONBLOCK | EFD_CLOEXEC);
+    if (wait.watch < 0 || wait.wakeup < 0) {
         // Reads in short slices then, as hidapi alone allows.
         qCInfo(lcDeviceHid) << "cannot wait on" << path << "- reading in slices";
-        if (handle->watch >= 0) {
-            ::close(handle->watch);
+        if (wait.watch >= 0) {
+            ::close(wait.watch);
         }
-        handle->watch = -1;
+        wait.watch = -1;
     }
     return handle;
+}
+
+int HidReportWait::read(const Take& take, unsigned char* buffer, int length, int milliseconds)
+{
+    if (mayHoldMore) {
+        const int result = take(buffer, length);
+        mayHoldMore = result > 0;
+        if (result != 0) {
+            return result;
+        }
+    }
+    pollfd fds[2] = {{watch, POLLIN, 0}, {wakeup, POLLIN, 0}};
+    if (::poll(fds, 2, milliseconds) < 0) {
+        return errno == EINTR ? 0 : take(buffer, length);
+    }
+    if ((fds[1].revents & POLLIN) != 0) {
+        std::uint64_t count = 0;
+        const ssize_t taken = ::read(wakeup, &count, sizeof(count));
+        Q_UNUSED(taken)
+    }
+    if ((fds[0].revents & POLLIN) != 0) {
+        // The same reports wait on hidapi's descriptor: the copies here only said they came.
+        unsigned char copy[256];
+        while (::read(watch, copy, sizeof(copy)) > 0) {
+        }
+        const int result = take(buffer, length);
+        mayHoldMore = result > 0;
+        return result;
+    }
+    if ((fds[0].revents & (POLLERR | POLLHUP | POLLNVAL)) != 0) {
+        // Pulled out: hidapi sees it on its own descriptor; never wait on a hung-up one again.
+        const int result = take(buffer, length);
+        return result != 0 ? result : -1;
+    }
+    return 0;
 }
 
 int HidApiBackend::readTimeout(Handle handle, unsigned char* buffer, int length, int milliseconds)
 {
     Device* d = handleOf(handle);
-    if (d->watch < 0) {
+    if (d->wait.watch < 0) {
         return hid_read_timeout(d->hid, buffer, static_cast<size_t>(length), milliseconds);
     }
-    pollfd fds[2] = {{d->watch, POLLIN, 0}, {d->wakeup, POLLIN, 0}};
-    if (::poll(fds, 2, milliseconds) < 0) {
-        return errno == EINTR ? 0 : hid_read_timeout(d->hid, buffer, static_cast<size_t>(length), 0);
-    }
-    if ((fds[1].revents & POLLIN) != 0) {
-        std::uint64_t count = 0;
-        const ssize_t taken = ::read(d->wakeup, &count, sizeof(count));
-        Q_UNUSED(taken)
-    }
-    if ((fds[0].revents & POLLIN) != 0) {
-        // The same report waits on hidapi's descriptor: the copy here only said it came.
-        unsigned char copy[256];
-        const ssize_t taken = ::read(d->watch, copy, sizeof(copy));
-        Q_UNUSED(taken)
-        return hid_read_timeout(d->hid, buffer, static_cast<size_t>(length), 0);
-    }
-    if ((fds[0].revents & (POLLERR | POLLHUP | POLLNVAL)) != 0) {
-        // Pulled out: hidapi sees it on its own descriptor; never wait on a hung-up one again.
-        const int result = hid_read_timeout(d->hid, buffer, static_cast<size_t>(length), 0);
-        return result != 0 ? result : -1;
-    }
-    return 0;
+    return d->wait.read([d](unsigned char* out,
+                            int size) { return hid_read_timeout(d->hid, out, static_cast<size_t>(size), 0); },
+                        buffer, length, milliseconds);
 }
 
 int HidApiBackend::write(Handle handle, const unsigned char* data, int length)
@@ -134,7 +150,7 @@ void HidApiBackend::close(Handle handle)
 {
     Device* d = handleOf(handle);
     hid_close(d->hid);
-    for (int fd : {d->watch, d->wakeup}) {
+    for (int fd : {d->wait.watch, d->wait.wakeup}) {
         if (fd >= 0) {
             ::close(fd);
         }
@@ -149,13 +165,13 @@ QString HidApiBackend::deviceFolder() const
 
 bool HidApiBackend::canWake(Handle handle)
 {
-    return handleOf(handle)->watch >= 0;
+    return handleOf(handle)->wait.watch >= 0;
 }
 
 void HidApiBackend::wake(Handle handle)
 {
     const std::uint64_t one = 1;
-    const ssize_t written = ::write(handleOf(handle)->wakeup, &one, sizeof(one));
+    const ssize_t written = ::write(handleOf(handle)->wait.wakeup, &one, sizeof(one));
     Q_UNUSED(written)
 }
 

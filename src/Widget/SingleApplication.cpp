@@ -5,18 +5,25 @@
 #include "Utils/SocketPath.h"
 
 #include <QDir>
+#include <QElapsedTimer>
 #include <QLocalServer>
 #include <QLocalSocket>
 #include <QStandardPaths>
 #include <QTextStream>
+#include <QThread>
 #include <QWidget>
 
+#include <fcntl.h>
+#include <sys/file.h>
 #include <unistd.h>
 
 namespace {
 constexpr int kConnectTimeoutMs = 500;
 constexpr int kWriteTimeoutMs = 30000;
 constexpr int kReadTimeoutMs = 1000;
+// How long a start that lost the lock waits for the winner to listen.
+constexpr int kStartingInstanceMs = 10000;
+constexpr int kRetryMs = 50;
 }  // namespace
 
 SingleApplication::SingleApplication(int& argc, char** argv)
@@ -49,26 +56,59 @@ void SingleApplication::initLocalConnection()
         qCWarning(lcApp).noquote() << tooLong << "- running without the single-instance guard";
         return;
     }
+    const QByteArray lockPath = (socketPath() + QStringLiteral(".lock")).toLocal8Bit();
+    mLock = ::open(lockPath.constData(), O_RDWR | O_CREAT | O_CLOEXEC, 0600);
+    if (mLock >= 0 && ::flock(mLock, LOCK_EX | LOCK_NB) != 0) {
+        // Another instance holds it, perhaps started this very moment and not listening yet.
+        ::close(mLock);
+        mLock = -1;
+        mIsRunning = true;
+        if (!pokeRunningInstance(kStartingInstanceMs)) {
+            qCWarning(lcApp) << "another instance holds" << lockPath << "but does not answer";
+        }
+        return;
+    }
+    if (mLock < 0) {
+        // Only where there is no runtime folder and another user left a lock in the shared
+        // folder: the socket alone decides, as well as it can.
+        qCInfo(lcApp) << "cannot lock" << lockPath << "- deciding by the socket";
+        if (pokeRunningInstance(kConnectTimeoutMs)) {
+            mIsRunning = true;
+            return;
+        }
+    }
+    newLocalServer();
+}
+
+bool SingleApplication::pokeRunningInstance(int waitMs)
+{
+    QElapsedTimer clock;
+    clock.start();
     QLocalSocket socket;
-    socket.connectToServer(socketPath(), QIODevice::ReadWrite);
-    if (socket.waitForConnected(kConnectTimeoutMs) &&
-        !PeerCredentials::isSameUser(socket.socketDescriptor())) {
-        // Only where there is no runtime folder: another user's socket in the shared folder
-        // is no instance of ours, and it is told nothing.
+    do {
+        socket.connectToServer(socketPath(), QIODevice::ReadWrite);
+        if (socket.waitForConnected(kConnectTimeoutMs)) {
+            break;
+        }
+        QThread::msleep(kRetryMs);
+    } while (clock.elapsed() < waitMs);
+    if (socket.state() != QLocalSocket::ConnectedState) {
+        return false;
+    }
+    if (!PeerCredentials::isSameUser(socket.socketDescriptor())) {
+        // Another user's socket in the shared folder is no instance of ours: told nothing.
         qCWarning(lcApp) << "the instance socket" << socketPath() << "belongs to user"
                          << PeerCredentials::peerUid(socket.socketDescriptor()) << "- not ours";
         socket.abort();
-    } else if (socket.state() == QLocalSocket::ConnectedState) {
-        mIsRunning = true;
-        QTextStream stream(&socket);
-        const QStringList args = QCoreApplication::arguments();
-        stream << (args.size() < 2 ? QString() : args.last());
-        stream.flush();
-        socket.waitForBytesWritten(kWriteTimeoutMs);
-        qCInfo(lcApp) << "another instance is running; asked it to come to the front";
-        return;
+        return false;
     }
-    newLocalServer();
+    QTextStream stream(&socket);
+    const QStringList args = QCoreApplication::arguments();
+    stream << (args.size() < 2 ? QString() : args.last());
+    stream.flush();
+    socket.waitForBytesWritten(kWriteTimeoutMs);
+    qCInfo(lcApp) << "another instance is running; asked it to come to the front";
+    return true;
 }
 
 void SingleApplication::newLocalServer()
@@ -81,7 +121,7 @@ void SingleApplication::newLocalServer()
         return;
     }
     if (mLocalServer->serverError() == QAbstractSocket::AddressInUseError) {
-        // Left behind by a crash: nobody answered above, so the file is stale.
+        // Left behind by a crash: we hold the lock (or nobody answered), so the file is stale.
         qCInfo(lcApp) << "removing the stale instance socket" << path;
         QLocalServer::removeServer(path);
         if (mLocalServer->listen(path)) {

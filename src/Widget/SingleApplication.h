@@ -5,8 +5,9 @@
 class QLocalServer;
 class QWidget;
 
-// One instance per user: the first start listens on the local socket "Zorvane", a
-// second start pokes it (the first raises its window) and leaves with 0.
+// One instance per user: the start that holds the lock file beside the local socket "Zorvane"
+// listens on it; any other start pokes it (the first raises its window) and leaves with 0.
+// Two starts at the same moment are told apart by the lock, never by a failed connect.
 class SingleApplication : public QApplication {
     Q_OBJECT
 
@@ -29,9 +30,12 @@ private slots:
 
 private:
     void initLocalConnection();
+    // Asks the running instance to come to the front; false when nobody answered.
+    bool pokeRunningInstance(int waitMs);
     void newLocalServer();
 
     bool mIsRunning = false;
     QLocalServer* mLocalServer = nullptr;
     QString mServerName;
+    int mLock = -1;  // held open (and locked) for the life of the instance
 };

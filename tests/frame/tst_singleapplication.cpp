@@ -4,6 +4,7 @@
 #include <QFileInfo>
 #include <QLocalSocket>
 #include <QProcess>
+#include <QTemporaryDir>
 #include <QtTest>
 
 #include <sys/socket.h>
@@ -21,6 +22,7 @@ private slots:
     void staleSocketWasReplacedAndIsPrivate();
     void aSecondStartBringsTheWindowBack();
     void secondStartBeforeTheWindowExistsDoesNothing();
+    void twoStartsAtOnceLeaveOne();
 
 private:
     int startSecondInstance();
@@ -78,6 +80,35 @@ void TestSingleApplication::secondStartBeforeTheWindowExistsDoesNothing()
     QCOMPARE(startSecondInstance(), 0);
     QTest::qWait(100);
     QVERIFY(!window->isVisible());
+}
+
+void TestSingleApplication::twoStartsAtOnceLeaveOne()
+{
+    // Autostart and a menu click at the same moment, in a session of their own (this process
+    // is the instance of ours): one runs on, the other leaves with 0.
+    for (int round = 0; round < 4; ++round) {
+        QTemporaryDir runtime(QDir::tempPath() + QStringLiteral("/pair-XXXXXX"));
+        QVERIFY(runtime.isValid());
+        QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();
+        environment.insert(QStringLiteral("XDG_RUNTIME_DIR"), runtime.path());
+        QProcess starts[2];
+        for (QProcess& start : starts) {
+            start.setProcessEnvironment(environment);
+            start.setProcessChannelMode(QProcess::ForwardedChannels);
+        }
+        for (QProcess& start : starts) {
+            start.start(QStringLiteral(ZORVANE_BINARY), QStringList());
+        }
+        QTRY_VERIFY_WITH_TIMEOUT(
+            starts[0].state() == QProcess::NotRunning || starts[1].state() == QProcess::NotRunning, 20000);
+        QProcess& loser = starts[0].state() == QProcess::NotRunning ? starts[0] : starts[1];
+        QProcess& winner = &loser == &starts[0] ? starts[1] : starts[0];
+        QCOMPARE(loser.exitStatus(), QProcess::NormalExit);
+        QCOMPARE(loser.exitCode(), 0);
+        QVERIFY2(winner.state() == QProcess::Running, qPrintable(QString::number(round)));
+        winner.terminate();
+        QVERIFY(winner.waitForFinished(20000));
+    }
 }
 
 namespace {

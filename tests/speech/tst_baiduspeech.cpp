@@ -9,6 +9,11 @@
 #include <QtEndian>
 #include <QtTest>
 
+#include <arpa/inet.h>
+#include <netinet/in.h>
+#include <sys/socket.h>
+#include <unistd.h>
+
 namespace {
 
 constexpr quint32 kParams = 0x5A5B6C10;
@@ -54,6 +59,7 @@ private slots:
     void stopSkipAndEnds();
     void repressDropsTheEarlierUtterance();
     void unreachableGatewayIsANotice();
+    void linesAndTheListAcrossReads();
     void endlessLineClosesTheConnection();
 };
 
@@ -309,7 +315,6 @@ void TestBaiduSpeech::repressDropsTheEarlierUtterance()
     RecordingNoticeSink sink;
     Notice::setSink(&sink);
     speech.start(1537);
-    Notice::setSink(nullptr);
     QVERIFY(!speech.timerTail()->isActive());
     gateway.sendEvent(52, 0, FakeSpeechGateway::result(QStringLiteral("旧的")));
     gateway.sendEvent(53);
@@ -317,6 +322,7 @@ void TestBaiduSpeech::repressDropsTheEarlierUtterance()
     QCOMPARE(result.size(), 0);
     QCOMPARE(end.size(), 0);
     QVERIFY(speech.isRunning());
+    Notice::setSink(nullptr);
 }
 
 void TestBaiduSpeech::unreachableGatewayIsANotice()
@@ -327,11 +333,53 @@ void TestBaiduSpeech::unreachableGatewayIsANotice()
     gateway.closeControl();
     RecordingNoticeSink sink;
     Notice::setSink(&sink);
-    BaiduSpeech speech(QStringLiteral("127.0.0.1"), port);
-    speech.start(1537);
-    QCOMPARE(sink.notices, QStringList({QStringLiteral("无法连接到服务!")}));
-    QVERIFY(speech.isRunning());
+    BaiduSpeech refused(QStringLiteral("127.0.0.1"), port);
+    refused.start(1537);
+    QTRY_COMPARE(sink.notices, QStringList({QStringLiteral("无法连接到服务!")}));
+    QVERIFY(refused.isRunning());
+
+    // A gateway that never answers the connection (its queue full, the handshake dropped): the
+    // press does not wait for it, the notice comes once the time is up.
+    const int listener = ::socket(AF_INET, SOCK_STREAM, 0);
+    sockaddr_in address{};
+    address.sin_family = AF_INET;
+    address.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
+    socklen_t size = sizeof(address);
+    QVERIFY(::bind(listener, reinterpret_cast<sockaddr*>(&address), size) == 0 && ::listen(listener, 0) == 0);
+    QVERIFY(::getsockname(listener, reinterpret_cast<sockaddr*>(&address), &size) == 0);
+    QList<QTcpSocket*> queue;
+    for (int i = 0; i < 3; ++i) {
+        queue << new QTcpSocket(this);
+        queue.last()->connectToHost(QHostAddress::LocalHost, ntohs(address.sin_port));
+    }
+    QTest::qWait(100);  // let the queue fill
+    BaiduSpeech blackHoled(QStringLiteral("127.0.0.1"), ntohs(address.sin_port));
+    QElapsedTimer clock;
+    clock.start();
+    blackHoled.start(1537);
+    QVERIFY2(clock.elapsed() < 1000, qPrintable(QString::number(clock.elapsed())));
+    QTRY_COMPARE_WITH_TIMEOUT(sink.notices.size(), 2, 3 * BaiduSpeech::kConnectTimeoutMs);
+    QVERIFY2(clock.elapsed() >= BaiduSpeech::kConnectTimeoutMs * 9 / 10, qPrintable(QString::number(clock.elapsed())));
     Notice::setSink(nullptr);
+    qDeleteAll(queue);
+    ::close(listener);
+}
+
+void TestBaiduSpeech::linesAndTheListAcrossReads()
+{
+    // Everything the gateway sends arrives in two reads: the list, the acknowledgement, a final.
+    FakeSpeechGateway gateway;
+    QVERIFY(gateway.start({5, 2}));
+    gateway.setSplitWrites(true);
+    BaiduSpeech speech(QStringLiteral("127.0.0.1"), gateway.controlPort());
+    QSignalSpy result(&speech, &BaiduSpeech::signalResult);
+    speech.start(1537);
+    QTRY_VERIFY(!gateway.frames.isEmpty());
+    QCOMPARE(gateway.sdkConnections, QList<quint16>({gateway.sdkPorts().at(1)}));
+    QTRY_VERIFY(!speech.timerStart()->isActive());
+    gateway.sendEvent(52, 0, FakeSpeechGateway::result(QStringLiteral("你好。")));
+    QTRY_COMPARE(result.size(), 1);
+    QCOMPARE(result.at(0).at(0).toString(), QStringLiteral("你好。"));
 }
 
 void TestBaiduSpeech::endlessLineClosesTheConnection()

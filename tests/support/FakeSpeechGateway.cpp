@@ -5,6 +5,7 @@
 #include <QJsonObject>
 #include <QTcpServer>
 #include <QTcpSocket>
+#include <QTimer>
 #include <QtEndian>
 
 FakeSpeechGateway::FakeSpeechGateway(QObject* parent) : QObject(parent), mControl(new QTcpServer(this))
@@ -19,7 +20,7 @@ FakeSpeechGateway::FakeSpeechGateway(QObject* parent) : QObject(parent), mContro
                         list.append(QJsonObject{{QStringLiteral("port"), mSdk.at(i)->serverPort()},
                                                 {QStringLiteral("count"), mCounts.value(i)}});
                     }
-                    socket->write(QJsonDocument(list).toJson(QJsonDocument::Compact));
+                    writeTo(socket, QJsonDocument(list).toJson(QJsonDocument::Compact));
                 }
             });
         }
@@ -110,7 +111,18 @@ void FakeSpeechGateway::sendEvent(int type, int code, const QString& data)
     if (!data.isNull()) {
         line.insert(QStringLiteral("data"), data);
     }
-    mClient->write(QJsonDocument(line).toJson(QJsonDocument::Compact) + '\n');
+    writeTo(mClient, QJsonDocument(line).toJson(QJsonDocument::Compact) + '\n');
+}
+
+void FakeSpeechGateway::writeTo(QTcpSocket* socket, const QByteArray& bytes)
+{
+    if (!mSplit) {
+        socket->write(bytes);
+        return;
+    }
+    socket->write(bytes.left(bytes.size() / 2));
+    socket->flush();
+    QTimer::singleShot(30, socket, [socket, rest = bytes.mid(bytes.size() / 2)] { socket->write(rest); });
 }
 
 bool FakeSpeechGateway::sendRaw(const QByteArray& bytes)

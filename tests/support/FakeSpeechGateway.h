@@ -29,6 +29,8 @@ public:
     void setCounts(const QList<int>& counts);
     void setParamsAnswer(ParamsAnswer answer) { mParamsAnswer = answer; }
     void closeControl();
+    // The server list and each line go out in two pieces, the second 30 ms later.
+    void setSplitWrites(bool split) { mSplit = split; }
 
     QList<Frame> frames;      // every frame on every SDK port, in order
     int controlRequests = 0;  // server-list requests seen
@@ -42,6 +44,7 @@ public:
 
 private:
     void onSdkData(QTcpSocket* socket);
+    void writeTo(QTcpSocket* socket, const QByteArray& bytes);
 
     QTcpServer* mControl;
     QList<QTcpServer*> mSdk;
@@ -49,4 +52,5 @@ private:
     QTcpSocket* mClient = nullptr;
     QByteArray mBuffer;
     ParamsAnswer mParamsAnswer = Accept;
+    bool mSplit = false;
 };

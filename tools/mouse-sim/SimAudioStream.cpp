@@ -84,7 +84,11 @@ void SimAudioStream::send(const QByteArray& pcm)
 {
     if (mPacketizer) {
         for (const QByteArray& packet : mPacketizer->feed(pcm)) {
-            mServer->sendBlePacket(packet);
+            if (mToLose > 0) {
+                --mToLose;
+            } else {
+                mServer->sendBlePacket(packet);
+            }
         }
     } else {
         mServer->sendPcm(pcm);

@@ -29,6 +29,8 @@ public:
     // Ends the stream without a report.
     void stop();
     bool isStreaming() const;
+    // The next count Bluetooth audio packets are lost on the way.
+    void losePackets(int count) { mToLose = count; }
 
 signals:
     // A played file has gone out whole.
@@ -45,5 +47,6 @@ private:
     QTimer* mTimer;
     QByteArray mPending;  // file audio still to send
     bool mLive = false;
+    int mToLose = 0;
     std::unique_ptr<SbcPacketizer> mPacketizer;  // set while a stream goes over Bluetooth
 };

@@ -125,6 +125,7 @@ QString SimScript::help()
                "                                as SBC packets of GROUP (A, A64, A30, B, C, D; default D)\n"
                "                                when attached over Bluetooth, else into the receiver's\n"
                "                                audio input while it is recording\n"
+               "  ble-lose [COUNT]              the next COUNT (default 1) Bluetooth audio packets are lost\n"
                "  set FIELD VALUE               change the device state; fields:\n"
                "      %1\n"
                "      levels takes V1,V2,V3 or 'none'; customer 6 and flash ids 16 hex digits\n"
@@ -295,6 +296,12 @@ int SimScript::execute(const QString& rawLine)
             return 0;
         }
         mAudio->play(pcm, group);
+    } else if (cmd == QLatin1String("ble-lose")) {
+        const int count = argInt(w, 1, 1, &ok);
+        if (!ok || count < 0) {
+            return fail("expected a packet count");
+        }
+        mAudio->losePackets(count);
     } else if (cmd == QLatin1String("echo")) {
         *mOut << line.mid(5) << Qt::endl;
     } else if (cmd == QLatin1String("quit")) {
