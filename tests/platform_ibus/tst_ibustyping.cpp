@@ -129,6 +129,9 @@ void TestIBusTyping::waylandSessionTypesThroughOurEngine()
     qputenv("XDG_SESSION_TYPE", "wayland");
     qputenv("WAYLAND_DISPLAY", "zvib-none");
     const std::unique_ptr<InputBackend> chosen = InputBackendChoice::create();
+    // A second one in the process (WinUtils' own default) stays off and, going, leaves the
+    // first one's engine serving.
+    QVERIFY(!IBusTypingBackend().isAvailable());
     qunsetenv("XDG_SESSION_TYPE");
     qunsetenv("WAYLAND_DISPLAY");
     QCOMPARE(InputBackendChoice::describe(chosen.get()),

@@ -86,10 +86,11 @@ IBusTypingBackend::IBusTypingBackend() : mBus(InputMethodSwitch::ibusBus())
     mThread.setObjectName(QStringLiteral("ibus engine"));
     mThread.start();
     if (!served) {
-        mUnavailable =
-            QStringLiteral("cannot serve an engine on ibus's bus: %1").arg(mBus.lastError().message());
+        // Another backend of this process serves there (one connection, one factory path).
+        mUnavailable = QStringLiteral("another ibus typing backend runs in this process");
         return;
     }
+    mServing = true;
     QDBusMessage call = QDBusMessage::createMethodCall(QStringLiteral("org.freedesktop.IBus"), kObjectRoot,
                                                        QStringLiteral("org.freedesktop.IBus"),
                                                        QStringLiteral("RegisterComponent"));
@@ -120,7 +121,9 @@ void IBusTypingBackend::shutDown()
         mUnavailable = QStringLiteral("shut down");
     }
     // The daemon stops our engines while the user's comes back: they answer until then.
-    mBus.unregisterObject(kObjectRoot, QDBusConnection::UnregisterTree);
+    if (mServing) {
+        mBus.unregisterObject(kObjectRoot, QDBusConnection::UnregisterTree);
+    }
     mThread.quit();
     mThread.wait();
     mService.reset();

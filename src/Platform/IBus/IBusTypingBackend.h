@@ -63,6 +63,7 @@ private:
     std::unique_ptr<IBusEngineService> mService;
     InputMethodSwitch mSwitch;
     QString mUnavailable;
+    bool mServing = false;        // our objects are on the bus: only then are they taken off
     unsigned int mModifiers = 0;  // held through sendKey, in ibus's modifier bits
     QElapsedTimer mSinceForward;  // valid after a forwarded key
 };
