@@ -1,5 +1,6 @@
 #include "Platform/InputBackendChoice.h"
 
+#include "Platform/IBus/IBusTypingBackend.h"
 #include "Platform/Wayland/WaylandKeyboardBackend.h"
 #include "Platform/X11InputBackend.h"
 #include "Utils/Logging.h"
@@ -7,35 +8,48 @@
 namespace InputBackendChoice {
 
 Kind choose(const QByteArray& sessionType, const QByteArray& waylandDisplay,
-            const std::function<bool()>& offersVirtualKeyboard)
+            const std::function<bool()>& offersVirtualKeyboard, const std::function<bool()>& takesIbusEngine)
 {
     // An X11 session may carry a nested compositor's WAYLAND_DISPLAY: the session decides.
     if (sessionType == "x11" || waylandDisplay.isEmpty()) {
         return Kind::X11;
     }
-    return offersVirtualKeyboard() ? Kind::WaylandVirtualKeyboard : Kind::X11;
+    if (offersVirtualKeyboard()) {
+        return Kind::WaylandVirtualKeyboard;
+    }
+    return takesIbusEngine() ? Kind::IBus : Kind::X11;
 }
 
 std::unique_ptr<InputBackend> create()
 {
     const QByteArray session = qgetenv("XDG_SESSION_TYPE");
     std::unique_ptr<WaylandKeyboardBackend> wayland;
-    const Kind kind = choose(session, qgetenv("WAYLAND_DISPLAY"), [&wayland] {
-        wayland = std::make_unique<WaylandKeyboardBackend>();
-        return wayland->isAvailable();
-    });
+    std::unique_ptr<IBusTypingBackend> ibus;
+    const Kind kind = choose(
+        session, qgetenv("WAYLAND_DISPLAY"),
+        [&wayland] {
+            wayland = std::make_unique<WaylandKeyboardBackend>();
+            return wayland->isAvailable();
+        },
+        [&ibus] {
+            ibus = std::make_unique<IBusTypingBackend>();
+            return ibus->isAvailable();
+        });
     if (kind == Kind::WaylandVirtualKeyboard) {
         return wayland;
+    }
+    if (kind == Kind::IBus) {
+        return ibus;
     }
     if (session == "wayland") {
         const QString why =
             wayland != nullptr ? wayland->unavailableReason() : QStringLiteral("WAYLAND_DISPLAY is not set");
         qCWarning(lcWayland).noquote()
             << QStringLiteral(
-                   "Wayland session without a virtual keyboard for clients (%1): text is typed "
-                   "through XWayland and reaches only X11 windows; native Wayland windows (most "
-                   "GNOME and KDE programs, Firefox on Wayland) get nothing")
-                   .arg(why);
+                   "Wayland session without a virtual keyboard for clients (%1) nor ibus (%2): text "
+                   "is typed through XWayland and reaches only X11 windows; native Wayland windows "
+                   "(most GNOME and KDE programs, Firefox on Wayland) get nothing")
+                   .arg(why, ibus != nullptr ? ibus->unavailableReason() : QStringLiteral("not asked"));
     }
     return std::make_unique<X11InputBackend>();
 }
@@ -45,6 +59,10 @@ QString describe(InputBackend* backend)
     if (auto* wayland = dynamic_cast<WaylandKeyboardBackend*>(backend)) {
         return wayland->isAvailable() ? QStringLiteral("available (Wayland virtual keyboard)")
                                       : QStringLiteral("off (%1)").arg(wayland->unavailableReason());
+    }
+    if (auto* ibus = dynamic_cast<IBusTypingBackend*>(backend)) {
+        return ibus->isAvailable() ? QStringLiteral("available (IBus engine on Wayland)")
+                                   : QStringLiteral("off (%1)").arg(ibus->unavailableReason());
     }
     auto* x11 = dynamic_cast<X11InputBackend*>(backend);
     if (x11 == nullptr) {

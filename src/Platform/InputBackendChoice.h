@@ -13,16 +13,20 @@ class InputBackend;
 //  - an X11 session, or no Wayland compositor to reach: X11 (XTest);
 //  - a Wayland session whose compositor offers virtual keyboards (wlroots: sway, Hyprland,
 //    labwc, river): WaylandKeyboardBackend, which reaches native Wayland and XWayland windows;
-//  - a Wayland session without them (GNOME, KDE Plasma today): X11 through XWayland, which
+//  - a Wayland session without them but with an ibus-daemon (GNOME): IBusTypingBackend, an
+//    engine of ours that ibus runs for the focused field while we type;
+//  - a Wayland session with neither (KDE Plasma without ibus): X11 through XWayland, which
 //    reaches only X11 windows; the log says so once.
 namespace InputBackendChoice {
 
-enum class Kind { X11, WaylandVirtualKeyboard };
+enum class Kind { X11, WaylandVirtualKeyboard, IBus };
 
-// The rule, from XDG_SESSION_TYPE, WAYLAND_DISPLAY and whether the compositor offers a virtual
-// keyboard (asked only when the rule needs it).
-Kind choose(const QByteArray& sessionType, const QByteArray& waylandDisplay,
-            const std::function<bool()>& offersVirtualKeyboard);
+// The rule, from XDG_SESSION_TYPE, WAYLAND_DISPLAY, whether the compositor offers a virtual
+// keyboard and whether ibus takes our engine (each asked only when the rule needs it).
+Kind choose(
+    const QByteArray& sessionType, const QByteArray& waylandDisplay,
+    const std::function<bool()>& offersVirtualKeyboard,
+    const std::function<bool()>& takesIbusEngine = [] { return false; });
 // The backend for this process's session.
 std::unique_ptr<InputBackend> create();
 // What the start line says of typing: "available (...)" naming the backend, or "off (why)".

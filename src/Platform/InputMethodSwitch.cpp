@@ -81,7 +81,9 @@ QString ibusAddress()
     return QString();
 }
 
-QDBusConnection ibusBus()
+}  // namespace
+
+QDBusConnection InputMethodSwitch::ibusBus()
 {
     QDBusConnection bus(ibusConnectionName());
     if (!bus.isConnected()) {
@@ -93,6 +95,8 @@ QDBusConnection ibusBus()
     }
     return bus;
 }
+
+namespace {
 
 QDBusMessage ibusCall(const QDBusConnection& bus, const QString& interface, const QString& method,
                       const QVariantList& arguments, int timeoutMs = kCallTimeoutMs)
@@ -201,30 +205,41 @@ void InputMethodSwitch::suspendFcitx()
 
 void InputMethodSwitch::suspendIbus()
 {
-    if (!mIbusEngine.isEmpty()) {
+    if (mIbusSwitched) {
         return;
     }
     const QDBusConnection bus = ibusBus();
+    if (!bus.isConnected()) {
+        return;
+    }
     QString name;
     QString layout;
-    if (!bus.isConnected() || !ibusGlobalEngine(bus, &name, &layout) ||
-        name.startsWith(QLatin1String("xkb:"))) {
-        return;
-    }
-    if (layout != QLatin1String("us") && layout != QLatin1String("default")) {
-        qCInfo(lcX11) << "ibus engine" << name << "types on layout" << layout << "and is left on";
-        return;
+    const bool known = ibusGlobalEngine(bus, &name, &layout);
+    QString target = mIbusTypingEngine;
+    if (target.isEmpty()) {
+        if (!known || name.startsWith(QLatin1String("xkb:"))) {
+            return;
+        }
+        if (layout != QLatin1String("us") && layout != QLatin1String("default")) {
+            qCInfo(lcX11) << "ibus engine" << name << "types on layout" << layout << "and is left on";
+            return;
+        }
+        target = QStringLiteral("xkb:us::eng");
+    } else if (name == target) {
+        // Left on by a run that ended without giving the user's engine back: nothing to restore.
+        name.clear();
     }
     QString error;
-    if (setIbusGlobalEngine(bus, QStringLiteral("xkb:us::eng"), &error)) {
+    if (setIbusGlobalEngine(bus, target, &error)) {
+        mIbusSwitched = true;
         mIbusEngine = name;
         if (error.isEmpty()) {
-            qCDebug(lcX11) << "ibus engine" << name << "off while typing";
+            qCDebug(lcX11) << "ibus engine" << target << "instead of" << name << "while typing";
         } else {
-            qCWarning(lcX11) << "ibus did not confirm switching" << name << "off:" << error;
+            qCWarning(lcX11) << "ibus did not confirm switching to" << target << ":" << error;
         }
     } else {
-        qCWarning(lcX11) << "could not switch ibus off:" << error;
+        qCWarning(lcX11) << "could not switch ibus to" << target << ":" << error;
     }
 }
 
@@ -257,9 +272,13 @@ void InputMethodSwitch::restore()
             qCWarning(lcX11) << "could not switch fcitx5 back on:" << reply.errorMessage();
         }
     }
-    if (!mIbusEngine.isEmpty()) {
+    if (mIbusSwitched) {
+        mIbusSwitched = false;
         const QString engine = mIbusEngine;
         mIbusEngine.clear();
+        if (engine.isEmpty()) {
+            return;
+        }
         QString error;
         setIbusGlobalEngine(ibusBus(), engine, &error);
         if (!error.isEmpty()) {

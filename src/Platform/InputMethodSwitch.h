@@ -1,5 +1,6 @@
 #pragma once
 
+#include <QDBusConnection>
 #include <QObject>
 #include <QString>
 #include <QTimer>
@@ -16,6 +17,9 @@
 // composing engine types on the US layout too: another engine would change the keyboard layout.
 // Typing waits until ibus has the new engine running: keys sent during a switch get mixed up.
 // Without either nothing happens. Main thread only.
+//
+// With a typing engine set (setIbusTypingEngine), ibus is switched to that engine instead, whatever
+// the user's engine is: the IBus typing backend types through an engine of its own.
 class InputMethodSwitch : public QObject {
     Q_OBJECT
 
@@ -31,7 +35,13 @@ public:
     void scheduleRestore();
     // At quit: switches it back on now, after what is left of the delay.
     void finish();
-    bool isSuspended() const { return mFcitxSuspended || !mIbusEngine.isEmpty(); }
+    bool isSuspended() const { return mFcitxSuspended || mIbusSwitched; }
+    // The engine ibus runs while text is typed; empty: the US keyboard, for composing engines only.
+    void setIbusTypingEngine(const QString& engine) { mIbusTypingEngine = engine; }
+
+    // The connection to the ibus-daemon of this session (IBUS_ADDRESS, or the address file it
+    // writes per display); not connected when there is none.
+    static QDBusConnection ibusBus();
 
 public slots:
     void restore();
@@ -41,6 +51,8 @@ private:
     void suspendIbus();
 
     bool mFcitxSuspended = false;
-    QString mIbusEngine;  // the engine to give back, while ibus is switched
+    bool mIbusSwitched = false;
+    QString mIbusEngine;  // the engine to give back, while ibus is switched; empty if it had none
+    QString mIbusTypingEngine;
     QTimer mRestoreTimer;
 };

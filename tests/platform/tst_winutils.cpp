@@ -116,11 +116,13 @@ void TestWinUtils::backendFollowsTheSession()
     using InputBackendChoice::Kind;
     int asked = 0;
     auto offers = [&asked](bool answer) { return [&asked, answer] { return ++asked, answer; }; };
-    QCOMPARE(InputBackendChoice::choose("x11", "wayland-0", offers(true)), Kind::X11);
-    QCOMPARE(InputBackendChoice::choose("wayland", "", offers(true)), Kind::X11);
-    QCOMPARE(asked, 0);  // no compositor is asked where the session decides
-    QCOMPARE(InputBackendChoice::choose("wayland", "wayland-0", offers(true)), Kind::WaylandVirtualKeyboard);
-    QCOMPARE(InputBackendChoice::choose("", "wayland-0", offers(false)), Kind::X11);
+    QCOMPARE(InputBackendChoice::choose("x11", "wayland-0", offers(true), offers(true)), Kind::X11);
+    QCOMPARE(InputBackendChoice::choose("wayland", "", offers(true), offers(true)), Kind::X11);
+    QCOMPARE(asked, 0);  // neither compositor nor ibus is asked where the session decides
+    QCOMPARE(InputBackendChoice::choose("wayland", "wayland-0", offers(true), offers(true)),
+             Kind::WaylandVirtualKeyboard);
+    QCOMPARE(InputBackendChoice::choose("wayland", "wayland-0", offers(false), offers(true)), Kind::IBus);
+    QCOMPARE(InputBackendChoice::choose("", "wayland-0", offers(false), offers(false)), Kind::X11);
 
     // A Wayland session whose compositor cannot be reached: X11, and the log says what is lost.
     qputenv("XDG_SESSION_TYPE", "wayland");

@@ -1,0 +1,189 @@
+#include "Platform/IBus/IBusTypingBackend.h"
+
+#include "Platform/IBus/IBusEngineService.h"
+#include "Platform/IBus/IBusSerialization.h"
+#include "Utils/Logging.h"
+
+#include <QDBusMessage>
+#include <QGuiApplication>
+#include <QScreen>
+
+#include <X11/keysym.h>
+
+#include <utility>
+
+const QString IBusTypingBackend::kEngineName = QStringLiteral("zorvane");
+
+namespace {
+
+const QString kObjectRoot = QStringLiteral("/org/freedesktop/IBus");
+constexpr unsigned int kShiftMask = 1u << 0;
+constexpr unsigned int kControlMask = 1u << 2;
+constexpr unsigned int kAltMask = 1u << 3;
+constexpr unsigned int kSuperMask = (1u << 6) | (1u << 26);
+constexpr unsigned int kReleaseMask = 1u << 30;
+
+unsigned int modifierOf(unsigned long keysym)
+{
+    switch (keysym) {
+        case XK_Shift_L:
+        case XK_Shift_R:
+            return kShiftMask;
+        case XK_Control_L:
+        case XK_Control_R:
+            return kControlMask;
+        case XK_Alt_L:
+        case XK_Alt_R:
+            return kAltMask;
+        case XK_Super_L:
+        case XK_Super_R:
+            return kSuperMask;
+        default:
+            return 0;
+    }
+}
+
+// The evdev code of a key on a US keyboard: the field's shortcuts (Ctrl+A) are matched by key,
+// not by symbol. 0 where we have none.
+unsigned int keycodeOf(unsigned long keysym)
+{
+    static const char kLetters[] = "qwertyuiop----asdfghjkl-----zxcvbnm";
+    if (keysym >= XK_a && keysym <= XK_z) {
+        for (unsigned int i = 0; i + 1 < sizeof(kLetters); ++i) {
+            if (kLetters[i] == static_cast<char>(keysym)) {
+                return 16 + i;
+            }
+        }
+    }
+    if (keysym >= XK_1 && keysym <= XK_9) {
+        return 2 + static_cast<unsigned int>(keysym - XK_1);
+    }
+    static const std::pair<unsigned long, unsigned int> kKeys[] = {
+        {XK_0, 11},     {XK_Escape, 1}, {XK_BackSpace, 14}, {XK_Tab, 15},   {XK_Return, 28},
+        {XK_space, 57}, {XK_Home, 102}, {XK_Up, 103},       {XK_Left, 105}, {XK_Right, 106},
+        {XK_End, 107},  {XK_Down, 108}, {XK_Delete, 111},
+    };
+    for (const auto& key : kKeys) {
+        if (key.first == keysym) {
+            return key.second;
+        }
+    }
+    return 0;
+}
+
+}  // namespace
+
+IBusTypingBackend::IBusTypingBackend() : mBus(InputMethodSwitch::ibusBus())
+{
+    if (!mBus.isConnected()) {
+        mUnavailable = QStringLiteral("no ibus-daemon reachable");
+        return;
+    }
+    mService = std::make_unique<IBusEngineService>(mBus);
+    // Registered before it moves: the bus gives it a helper child, which moves with it.
+    const bool served = mBus.registerVirtualObject(kObjectRoot, mService.get(), QDBusConnection::SubPath);
+    mService->moveToThread(&mThread);
+    mThread.setObjectName(QStringLiteral("ibus engine"));
+    mThread.start();
+    if (!served) {
+        // Another backend of this process serves there (one connection, one factory path).
+        mUnavailable = QStringLiteral("another ibus typing backend runs in this process");
+        return;
+    }
+    mServing = true;
+    QDBusMessage call = QDBusMessage::createMethodCall(QStringLiteral("org.freedesktop.IBus"), kObjectRoot,
+                                                       QStringLiteral("org.freedesktop.IBus"),
+                                                       QStringLiteral("RegisterComponent"));
+    call << QVariant::fromValue(IBusSerialization::component(
+        QStringLiteral("org.zorvane.Typing"), QStringLiteral("Zorvane dictation"),
+        {kEngineName, QStringLiteral("Zorvane"), QStringLiteral("Text dictated with the Zorvane mouse"),
+         QStringLiteral("other")}));
+    const QDBusMessage reply = mBus.call(call, QDBus::Block, kFocusTimeoutMs);
+    if (reply.type() != QDBusMessage::ReplyMessage) {
+        mUnavailable = QStringLiteral("ibus refused our engine: %1").arg(reply.errorMessage());
+        return;
+    }
+    mSwitch.setIbusTypingEngine(kEngineName);
+}
+
+IBusTypingBackend::~IBusTypingBackend()
+{
+    shutDown();
+}
+
+void IBusTypingBackend::shutDown()
+{
+    if (mService == nullptr) {
+        return;
+    }
+    if (mUnavailable.isEmpty()) {
+        mSwitch.finish();
+        mUnavailable = QStringLiteral("shut down");
+    }
+    // The daemon stops our engines while the user's comes back: they answer until then.
+    if (mServing) {
+        mBus.unregisterObject(kObjectRoot, QDBusConnection::UnregisterTree);
+    }
+    mThread.quit();
+    mThread.wait();
+    mService.reset();
+}
+
+bool IBusTypingBackend::activate()
+{
+    mSwitch.suspend();
+    if (mService->waitForFocus(kFocusTimeoutMs)) {
+        return true;
+    }
+    qCWarning(lcWayland) << "ibus did not give our engine the focused field: nothing typed";
+    return false;
+}
+
+void IBusTypingBackend::typeText(const QString& text)
+{
+    if (!isAvailable() || !activate()) {
+        return;
+    }
+    settleForwardedKeys();
+    mService->commitText(text);
+    mSwitch.scheduleRestore();
+}
+
+void IBusTypingBackend::settleForwardedKeys()
+{
+    if (mSinceForward.isValid()) {
+        const qint64 left = kForwardSettleMs - mSinceForward.elapsed();
+        mSinceForward.invalidate();
+        if (left > 0) {
+            QThread::msleep(static_cast<unsigned long>(left));
+        }
+    }
+}
+
+void IBusTypingBackend::sendKey(unsigned long keysym, bool down)
+{
+    if (const unsigned int modifier = modifierOf(keysym)) {
+        mModifiers = down ? (mModifiers | modifier) : (mModifiers & ~modifier);
+        return;
+    }
+    if (!isAvailable() || !activate()) {
+        return;
+    }
+    if (keysym == XK_BackSpace && mModifiers == 0 && mService->focusedTakesDeletes()) {
+        if (down) {
+            settleForwardedKeys();
+            mService->deleteBeforeCaret(1);
+        }
+    } else {
+        mService->forwardKey(static_cast<unsigned int>(keysym), keycodeOf(keysym),
+                             mModifiers | (down ? 0 : kReleaseMask));
+        mSinceForward.start();
+    }
+    mSwitch.scheduleRestore();
+}
+
+QRect IBusTypingBackend::screenGeometry()
+{
+    auto* app = qobject_cast<QGuiApplication*>(QCoreApplication::instance());
+    return app != nullptr && app->primaryScreen() != nullptr ? app->primaryScreen()->geometry() : QRect();
+}

@@ -1,0 +1,221 @@
+#include "MixedText.h"
+#include "Platform/IBus/IBusTypingBackend.h"
+#include "Platform/InputBackendChoice.h"
+#include "Platform/InputMethodSwitch.h"
+#include "Platform/WinUtils.h"
+#include "PrivateBus.h"
+#include "ProcessLines.h"
+
+#include <QDBusArgument>
+#include <QDBusMessage>
+#include <QElapsedTimer>
+#include <QProcess>
+#include <QtTest>
+
+#include <algorithm>
+
+namespace {
+
+// The GTK 3 receiver with the ibus input module: "ready" once focused, "get" for its text.
+class GtkClient {
+public:
+    GtkClient()
+    {
+        QProcessEnvironment env = QProcessEnvironment::systemEnvironment();
+        env.insert(QStringLiteral("GTK_IM_MODULE"), QStringLiteral("ibus"));
+        env.insert(QStringLiteral("GDK_BACKEND"), QStringLiteral("x11"));
+        mProcess.setProcessEnvironment(env);
+        mProcess.start(QStringLiteral(GTK_RECEIVER), QStringList());
+    }
+    ~GtkClient()
+    {
+        mProcess.write("quit\n");
+        if (!mProcess.waitForFinished(2000)) {
+            mProcess.kill();
+            mProcess.waitForFinished();
+        }
+    }
+    bool waitReady() { return readLineWithin(mProcess, 10000).startsWith(QLatin1String("ready ")); }
+    // What the field holds once it equals `expected`, or what it held at the time-out.
+    QString text(const QString& expected, int timeoutMs = 5000)
+    {
+        QElapsedTimer clock;
+        clock.start();
+        QString last;
+        do {
+            mProcess.write("get\n");
+            last = readLineWithin(mProcess, 2000).mid(5);
+        } while (last != expected && clock.elapsed() < timeoutMs && (QTest::qWait(5), true));
+        return last;
+    }
+
+private:
+    QProcess mProcess;
+};
+
+QDBusMessage callIbus(const QString& method, const QVariantList& arguments)
+{
+    QDBusMessage call = QDBusMessage::createMethodCall(QStringLiteral("org.freedesktop.IBus"),
+                                                       QStringLiteral("/org/freedesktop/IBus"),
+                                                       QStringLiteral("org.freedesktop.IBus"), method);
+    call.setArguments(arguments);
+    return InputMethodSwitch::ibusBus().call(call);
+}
+
+// The engine of the focused field, as the user's own tools report it.
+QString currentEngine()
+{
+    QProcess ibus;
+    ibus.start(QStringLiteral("ibus"), {QStringLiteral("engine")});
+    ibus.waitForFinished(3000);
+    return QString::fromUtf8(ibus.readAllStandardOutput()).trimmed();
+}
+
+}  // namespace
+
+class TestIBusTyping : public QObject {
+    Q_OBJECT
+
+private slots:
+    void initTestCase();
+    void cleanupTestCase();
+    void waylandSessionTypesThroughOurEngine();
+    void dictationArrivesExactlyAndPinyinComesBack();
+
+private:
+    QProcess mBus;
+    QProcess mDaemon;
+};
+
+void TestIBusTyping::initTestCase()
+{
+    if (QStandardPaths::findExecutable(QStringLiteral("ibus-daemon")).isEmpty()) {
+        QSKIP("ibus is not installed (scripts/bootstrap installs it)");
+    }
+    // A session bus and an ibus-daemon of our own: the developer's never see our engine.
+    mBus.start(QStringLiteral("dbus-daemon"), {QStringLiteral("--session"), QStringLiteral("--nofork"),
+                                               QStringLiteral("--print-address=1"), busInRuntimeFolder()});
+    QVERIFY(mBus.waitForReadyRead(5000));
+    qputenv("DBUS_SESSION_BUS_ADDRESS", mBus.readLine().trimmed());
+    QProcessEnvironment env = QProcessEnvironment::systemEnvironment();
+    env.insert(QStringLiteral("GSETTINGS_BACKEND"), QStringLiteral("memory"));
+    mDaemon.setProcessEnvironment(env);
+    mDaemon.setProcessChannelMode(QProcess::ForwardedErrorChannel);
+    // The bus socket in the short runtime folder: the build tree may leave too little of a
+    // socket path's 107 bytes.
+    mDaemon.start(QStringLiteral("ibus-daemon"),
+                  {QStringLiteral("--panel=disable"),
+                   QStringLiteral("--address=unix:tmpdir=") + qEnvironmentVariable("XDG_RUNTIME_DIR")});
+    // The user's engine: Pinyin, which would compose our Latin letters if it saw them.
+    QTRY_VERIFY_WITH_TIMEOUT(
+        callIbus(QStringLiteral("SetGlobalEngine"), {QStringLiteral("libpinyin")}).type() ==
+            QDBusMessage::ReplyMessage,
+        15000);
+}
+
+void TestIBusTyping::cleanupTestCase()
+{
+    for (QProcess* process : {&mDaemon, &mBus}) {
+        process->terminate();
+        process->waitForFinished(3000);
+    }
+}
+
+// A Wayland session without a virtual keyboard (no compositor answers here) but with ibus: our
+// engine. The daemon took our component as we serialised it: switched to our engine, it
+// describes it with the fields we wrote, read back in its own layout.
+void TestIBusTyping::waylandSessionTypesThroughOurEngine()
+{
+    qputenv("XDG_SESSION_TYPE", "wayland");
+    qputenv("WAYLAND_DISPLAY", "zvib-none");
+    const std::unique_ptr<InputBackend> chosen = InputBackendChoice::create();
+    // A second one in the process (WinUtils' own default) stays off and, going, leaves the
+    // first one's engine serving.
+    QVERIFY(!IBusTypingBackend().isAvailable());
+    qunsetenv("XDG_SESSION_TYPE");
+    qunsetenv("WAYLAND_DISPLAY");
+    QCOMPARE(InputBackendChoice::describe(chosen.get()),
+             QStringLiteral("available (IBus engine on Wayland)"));
+    QCOMPARE(callIbus(QStringLiteral("SetGlobalEngine"), {IBusTypingBackend::kEngineName}).type(),
+             QDBusMessage::ReplyMessage);
+    QDBusMessage get = QDBusMessage::createMethodCall(
+        QStringLiteral("org.freedesktop.IBus"), QStringLiteral("/org/freedesktop/IBus"),
+        QStringLiteral("org.freedesktop.DBus.Properties"), QStringLiteral("Get"));
+    get << QStringLiteral("org.freedesktop.IBus") << QStringLiteral("GlobalEngine");
+    const QDBusMessage reply = InputMethodSwitch::ibusBus().call(get);
+    callIbus(QStringLiteral("SetGlobalEngine"), {QStringLiteral("libpinyin")});
+    QVERIFY2(reply.type() == QDBusMessage::ReplyMessage, qPrintable(reply.errorMessage()));
+    QVariant value = reply.arguments().value(0).value<QDBusVariant>().variant();
+    if (value.userType() == qMetaTypeId<QDBusVariant>()) {
+        value = value.value<QDBusVariant>().variant();
+    }
+    const QDBusArgument description = value.value<QDBusArgument>();
+    description.beginStructure();
+    QString type;
+    QVariantMap attachments;
+    description >> type >> attachments;
+    QStringList fields;
+    while (!description.atEnd() && fields.size() < 8) {
+        fields << description.asVariant().toString();
+    }
+    QCOMPARE(type, QStringLiteral("IBusEngineDesc"));
+    QCOMPARE(fields.value(0), IBusTypingBackend::kEngineName);
+    QCOMPARE(fields.value(1), QStringLiteral("Zorvane"));
+    QCOMPARE(fields.value(7), QStringLiteral("default"));  // the user's keyboard layout stays
+}
+
+void TestIBusTyping::dictationArrivesExactlyAndPinyinComesBack()
+{
+    GtkClient receiver;
+    QVERIFY(receiver.waitReady());
+    QTRY_COMPARE_WITH_TIMEOUT(currentEngine(), QStringLiteral("libpinyin"), 10000);
+    IBusTypingBackend backend;
+    QVERIFY2(backend.isAvailable(), qPrintable(backend.unavailableReason()));
+    WinUtils* win = WinUtils::getInstance();
+    win->setBackend(&backend);
+
+    const QString text = mixedText(1000, 27);
+    QElapsedTimer clock;
+    clock.start();
+    for (const QString& piece : pieces(text, 20)) {
+        win->sendInput(piece);
+    }
+    QCOMPARE(receiver.text(text, 15000), text);
+    qInfo("1000 characters in %lld ms, until all had arrived", clock.elapsed());
+
+    // The last 20 characters rewritten, again and again, as a recogniser revises its partial
+    // result: one BackSpace per character, Chinese and emoji alike.
+    const QVector<uint> all = text.toUcs4();
+    const QString head = QString::fromUcs4(all.constData(), all.size() - 20);
+    QVector<qint64> latencies;
+    for (int round = 0; round < 20; ++round) {
+        const QString tail = pieces(mixedText(20, 100 + static_cast<quint32>(round)), 20).value(0);
+        const int previous = receiver.text(QString(), 0).toUcs4().size() - head.toUcs4().size();
+        clock.restart();
+        for (int i = 0; i < previous; ++i) {
+            win->backspace();
+        }
+        win->sendInput(tail);
+        QCOMPARE(receiver.text(head + tail), head + tail);
+        latencies << clock.elapsed();
+    }
+    std::sort(latencies.begin(), latencies.end());
+    qInfo("tail rewrite: median %lld ms, p95 %lld ms", latencies.at(latencies.size() / 2),
+          latencies.at(latencies.size() * 95 / 100));
+
+    // Editing chords reach the field as keys: Ctrl+A selects all, the next text replaces it.
+    win->selectAll();
+    win->sendInput(QStringLiteral("q"));
+    QCOMPARE(receiver.text(QStringLiteral("q")), QStringLiteral("q"));
+
+    // The user's Pinyin is back once the typing is over, and after the program quits.
+    QTRY_COMPARE_WITH_TIMEOUT(currentEngine(), QStringLiteral("libpinyin"), 3000);
+    win->sendInput(QStringLiteral("x"));
+    QCOMPARE(currentEngine(), IBusTypingBackend::kEngineName);
+    win->setBackend(nullptr);
+    backend.shutDown();
+    QCOMPARE(currentEngine(), QStringLiteral("libpinyin"));
+}
+
+QTEST_GUILESS_MAIN(TestIBusTyping)
+#include "tst_ibustyping.moc"
