@@ -1,8 +1,8 @@
 #include "MixedText.h"
 #include "Platform/InputBackendChoice.h"
 #include "Platform/Wayland/WaylandKeyboardBackend.h"
-#include "ProcessLines.h"
 #include "Platform/WinUtils.h"
+#include "ProcessLines.h"
 
 #include <QSet>
 #include <QtTest>

@@ -359,7 +359,8 @@ void TestBaiduSpeech::unreachableGatewayIsANotice()
     blackHoled.start(1537);
     QVERIFY2(clock.elapsed() < 1000, qPrintable(QString::number(clock.elapsed())));
     QTRY_COMPARE_WITH_TIMEOUT(sink.notices.size(), 2, 3 * BaiduSpeech::kConnectTimeoutMs);
-    QVERIFY2(clock.elapsed() >= BaiduSpeech::kConnectTimeoutMs * 9 / 10, qPrintable(QString::number(clock.elapsed())));
+    QVERIFY2(clock.elapsed() >= BaiduSpeech::kConnectTimeoutMs * 9 / 10,
+             qPrintable(QString::number(clock.elapsed())));
     Notice::setSink(nullptr);
     qDeleteAll(queue);
     ::close(listener);
