@@ -50,6 +50,10 @@ BaiduSpeech::BaiduSpeech(const QString& host, quint16 controlPort, QObject* pare
         timer->setInterval(kConnectTimeoutMs);
     }
     connect(&mControlConnect, &QTimer::timeout, this, [this] { connectFailed(mControlSocket); });
+    // A gateway that sends part of a list and neither finishes nor hangs up would hold the press.
+    mControlQuiet.setSingleShot(true);
+    mControlQuiet.setInterval(kListQuietMs);
+    connect(&mControlQuiet, &QTimer::timeout, this, [this] { onControlReadyRead(true); });
     connect(&mSdkConnect, &QTimer::timeout, this, [this] { connectFailed(mSDKSocket); });
     connect(mControlSocket, &QTcpSocket::errorOccurred, this, [this] {
         if (mControlConnect.isActive()) {
@@ -169,6 +173,7 @@ void BaiduSpeech::connectControl()
     }
     mControlSocket->abort();
     mControlReply.clear();
+    mControlQuiet.stop();
     connectAsync(mControlSocket, &mControlConnect, mControlPort);
 }
 
@@ -200,8 +205,10 @@ void BaiduSpeech::onControlReadyRead(bool ended)
     // The reply may come in several reads: it is whole once it parses (or past the limit).
     mControlReply += mControlSocket->readAll();
     if (!ended && !ElvUtil::isWholeServerList(mControlReply)) {
+        mControlQuiet.start();
         return;
     }
+    mControlQuiet.stop();
     mServerList = ElvUtil::parseServerList(mControlReply);
     mControlReply.clear();
     mControlSocket->close();

@@ -20,6 +20,8 @@ public:
     enum State { Idle = 0, Running = 1, Skipped = 2 };
     static constexpr int kFrameBytes = 4096;
     static constexpr int kConnectTimeoutMs = 3000;
+    // A server list that stops short of parsing is taken as it is after this long without more.
+    static constexpr int kListQuietMs = 1000;
     static constexpr int kQuietVolumeBand = 150;
     static constexpr int kQuietMsForSilence = 500;
     // Packets kept for the volume judgment without growing the list: 16 s of 8 ms frames.
@@ -100,6 +102,7 @@ private:
     QTimer mTimerEnd;
     QTimer mTimerTail;
     QTimer mControlConnect;
+    QTimer mControlQuiet;
     QTimer mSdkConnect;
     QList<QByteArray> mSamples;
     VolumeJudge mVolumeJudge;
