@@ -64,7 +64,7 @@ int main(int argc, char* argv[])
     WidgetNoticeSink notices;
     Notice::setSink(&notices);
 
-    MainWindow* window = MainWindow::getInstance(nullptr);
+    MainWindow* window = MainWindow::getInstance(nullptr, &services.console(), &services.voice());
     app.mainWindow = window;
     FirstExposeMark exposed;
     if (Trace::enabled()) {

@@ -1,16 +1,22 @@
 #include "App/Services.h"
 
 #include "BaiduSpeech/BaiduSpeech.h"
+#include "Database/DBManager.h"
 #include "Hid/BLEManager.h"
 #include "Hid/DeviceManager.h"
 #include "Hid/HidApiBackend.h"
 #include "Hid/HidManager.h"
+#include "Hid/HookManager.h"
 #include "Hid/QtBleTransport.h"
 #include "Hid/VirtualBleTransport.h"
 #include "Hid/VirtualHidBackend.h"
+#include "Http/BaiduTranslate.h"
+#include "Http/HttpManager.h"
 #include "IFlySpeech/IFlyWebSpeech.h"
+#include "Platform/AppAutoRunUtils.h"
 #include "Platform/InputBackend.h"
 #include "Platform/InputBackendChoice.h"
+#include "Platform/InternetUtils.h"
 #include "Platform/SleepNotification.h"
 #include "Platform/WinUtils.h"
 #include "Recorder/QtAudioSource.h"
@@ -149,9 +155,31 @@ void Services::build(const AppConfig& config)
     RecordManager* recorder = RecordManager::getInstance(std::move(microphone));
     DeviceManager* device = DeviceManager::getInstance(hid, ble);
 
+    // The stores and the network under the recognisers and the console: the command words, the
+    // backend's client, the network watch.
+    DBManager* db = DBManager::getInstance();
+    HttpManager* http = HttpManager::getInstance();
+    InternetUtils* internet = InternetUtils::getInstance();
+
+    BaiduSpeech* baidu = BaiduSpeech::getInstance();
     IFlyWebSpeech* ifly = IFlyWebSpeech::getInstance();
     ifly->setDeviceType([device] { return device->getDeviceType(); });
-    routeAudio(device, recorder, {BaiduSpeech::getInstance(), ifly});
+    routeAudio(device, recorder, {baidu, ifly});
+
+    // What the presenters act through: the key hook, the login entry, translation, reading aloud.
+    HookManager* hook = HookManager::getInstance();
+    AppAutoRunUtils* autoRun = AppAutoRunUtils::getInstance();
+    BaiduTranslate* translator = BaiduTranslate::getInstance();
+    SpeechSynthesisUtils* synthesis = SpeechSynthesisUtils::getInstance();
+
+    mConsole.device = device;
+    mConsole.db = db;
+    mConsole.http = http;
+    mConsole.hook = hook;
+    mConsole.internet = internet;
+    mConsole.autoRun = autoRun;
+    mConsole.record = recorder;
+    mVoice = InputPresenter::Collaborators{device, baidu, ifly, hook, http, translator, synthesis};
 }
 
 void Services::routeAudio(DeviceManager* device, RecordManager* recorder,

@@ -1,5 +1,8 @@
 #pragma once
 
+#include "WidgetPresenter/InputPresenter.h"
+#include "WidgetPresenter/MainWindowPresenter.h"
+
 #include <QObject>
 #include <QString>
 
@@ -37,6 +40,9 @@ public:
     bool quitOnSignals();
     // Makes the services below the windows. Once, before the first window.
     void build(const AppConfig& config);
+    // What build() made, as the console's and the voice panels' presenters take it.
+    const MainWindowPresenter::Collaborators& console() const { return mConsole; }
+    const InputPresenter::Collaborators& voice() const { return mVoice; }
     // Both roads of the audio (the mouse's Bluetooth frames, the receiver's microphone) reach every
     // recogniser, and the microphone runs while a recogniser asks for it.
     static void routeAudio(DeviceManager* device, RecordManager* recorder,
@@ -58,6 +64,8 @@ private:
         QString name;
         Stop stop;
     };
+    MainWindowPresenter::Collaborators mConsole;
+    InputPresenter::Collaborators mVoice;
     std::vector<Part> mParts;
     std::unique_ptr<QSocketNotifier> mSignals;
 };

@@ -159,8 +159,8 @@ protected:
 
 private:
     friend class Singleton<MainWindow>;
-    // Tests hand in their own collaborators; the process-wide ones otherwise.
-    // Tests may also hand in the voice presenter's collaborators.
+    // The program hands in what its services made, tests their own; without them the
+    // process-wide instances. The same for the voice presenter's collaborators.
     explicit MainWindow(QWidget* parent = nullptr,
                         const MainWindowPresenter::Collaborators* collaborators = nullptr,
                         const InputPresenter::Collaborators* voice = nullptr);
