@@ -1,16 +1,10 @@
 #pragma once
 
+#include "Platform/InstalledApplication.h"
+
 #include <QList>
 #include <QString>
 #include <QStringList>
-
-// An application the user can pick: one desktop entry.
-struct InstalledApplication {
-    QString id;    // the entry's id, "org.gnome.Calculator.desktop"
-    QString name;  // in the user's language where the entry has it
-    QString icon;  // a theme icon name or an absolute path, as the entry says
-    QString path;  // the entry's file
-};
 
 // The applications installed for this user, read from the desktop entries in
 // $XDG_DATA_HOME/applications and each $XDG_DATA_DIRS/applications, in that order of

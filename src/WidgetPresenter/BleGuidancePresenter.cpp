@@ -2,6 +2,7 @@
 
 #include "Hid/DeviceManager.h"
 #include "Platform/AppLauncher.h"
+#include "Platform/DesktopLauncher.h"
 #include "Utils/Logging.h"
 
 #include <QTimer>
@@ -33,6 +34,10 @@ BleGuidancePresenter::BleGuidancePresenter(BleGuidanceView* view, BleGuidanceDev
     mConnectTimeout->setSingleShot(true);
     mConnectTimeout->setInterval(kConnectTimeoutMs);
     connect(mConnectTimeout, &QTimer::timeout, this, &BleGuidancePresenter::onConnectTimeout);
+    if (mLauncher == nullptr) {
+        mOwnLauncher = std::make_unique<DesktopLauncher>();
+        mLauncher = mOwnLauncher.get();
+    }
     if (mDevice == nullptr) {
         mOwnDevice = std::make_unique<DeviceManagerGuidance>();
         mDevice = mOwnDevice.get();
@@ -40,6 +45,8 @@ BleGuidancePresenter::BleGuidancePresenter(BleGuidanceView* view, BleGuidanceDev
                 &BleGuidancePresenter::onDeviceScanFinished);
     }
 }
+
+BleGuidancePresenter::~BleGuidancePresenter() = default;
 
 void BleGuidancePresenter::showGuidance(const QString& savedDeviceUuid)
 {

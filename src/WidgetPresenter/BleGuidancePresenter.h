@@ -11,7 +11,7 @@ class QTimer;
 
 // The pairing wizard's flow. The view, device and launcher are not owned; without a device
 // the process's own mouse link is used, and the end of its scan reaches onDeviceScanFinished.
-// The launcher opens the desktop's own Bluetooth settings.
+// The launcher opens the desktop's own Bluetooth settings; without one the desktop's.
 class BleGuidancePresenter : public QObject {
     Q_OBJECT
 
@@ -30,6 +30,7 @@ public:
 
     BleGuidancePresenter(BleGuidanceView* view, BleGuidanceDevice* device, AppLauncher* launcher,
                          QObject* parent = nullptr);
+    ~BleGuidancePresenter() override;
 
     // Opens on page 4 when no mouse was ever saved, else on page 5.
     void showGuidance(const QString& savedDeviceUuid);
@@ -59,6 +60,7 @@ private:
     BleGuidanceView* mView;
     std::unique_ptr<BleGuidanceDevice> mOwnDevice;
     BleGuidanceDevice* mDevice;
+    std::unique_ptr<AppLauncher> mOwnLauncher;
     AppLauncher* mLauncher;
     QTimer* mScanDelay;
     QTimer* mConnectTimeout;

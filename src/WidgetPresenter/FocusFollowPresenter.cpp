@@ -3,6 +3,7 @@
 #include "BaiduSpeech/BaiduSpeech.h"
 #include "Http/HttpManager.h"
 #include "IFlySpeech/IFlyWebSpeech.h"
+#include "Platform/WinUtils.h"
 
 FocusFollowPresenter::FocusFollowPresenter(FocusFollowView* view, QObject* parent)
     : FocusFollowPresenter(
@@ -64,6 +65,12 @@ FocusFollowPanelPresenter::HidePlan FocusFollowPresenter::planHide(bool playing,
     plan.clearEdit = true;
     plan.clear = true;
     return plan;
+}
+
+FocusFollowPresenter::Placement FocusFollowPresenter::placeAtCaret(QSize panel, int arrowWidth, int page)
+{
+    WinUtils* desktop = WinUtils::getInstance();
+    return place(desktop->getPosition1(), desktop->getScreen(), panel, arrowWidth, page);
 }
 
 FocusFollowPresenter::Placement FocusFollowPresenter::place(QPoint p, const QRect& screen, QSize panel,

@@ -32,6 +32,8 @@ public:
 
     // page: the stacked widget's page; arrowWidth 0 for a page without arrow.
     static Placement place(QPoint p, const QRect& screen, QSize panel, int arrowWidth, int page);
+    // The same at the caret the desktop reports now.
+    static Placement placeAtCaret(QSize panel, int arrowWidth, int page);
 
 public slots:
     void onMoveTimeout();

@@ -1069,3 +1069,11 @@ void InputPresenter::onSyncDeviceVolume()
         mDeviceManager->getAudioVolume();
     }
 }
+
+bool InputPresenter::foregroundTakesToolbar() const
+{
+    static const QStringList kNoToolbar = {
+        QStringLiteral("XLMAIN"),  QStringLiteral("bosa_sdm_XL9"), QStringLiteral("Net UI Tool Window"),
+        QStringLiteral("Flash12"), QStringLiteral("illustrator"),  QStringLiteral("Photoshop")};
+    return !kNoToolbar.contains(WinUtils::getInstance()->getForegroundWindowName());
+}

@@ -97,6 +97,8 @@ public:
     void restartHook();
     void stopRecogningAnimation();
     bool isVoiceKeyPressing() const { return mVoiceKeyPressing; }
+    // False in the applications whose own floating bars the selection toolbar would cover.
+    bool foregroundTakesToolbar() const;
     bool isDelSign() const { return mUserPreferences.isDelAllSign != 0; }
     void setDelSign(int sign);
     bool isSupSingleClick() const { return mUserPreferences.isClickMode != 0; }

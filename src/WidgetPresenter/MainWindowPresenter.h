@@ -2,6 +2,7 @@
 
 #include "Database/CommandWord.h"
 #include "Http/BackendRecords.h"
+#include "Platform/ApplicationCatalog.h"
 #include "Utils/UserPreferences.h"
 #include "WidgetPresenter/BatteryWatch.h"
 #include "WidgetPresenter/CommandWords.h"
@@ -120,6 +121,8 @@ public:
     // The number on the fourth speed button for a resolution, which the view is given; 0 for a
     // label without one.
     static int cpiLabel(int value);
+    // What the add page suggests for an application word.
+    static ApplicationCatalog::Sample applicationExample() { return ApplicationCatalog::sampleApplication(); }
 
     // Whether Zorvane starts with the session; false without a way to ask.
     bool isAppAutoRun() const;

@@ -1,5 +1,6 @@
 // The command-word pages of the console: the add, edit and delete flows as the view shows
 // them, and the browse button's dialogs. The words themselves are CommandWords'.
+#include "Platform/ApplicationCatalog.h"
 #include "WidgetPresenter/MainWindowPresenter.h"
 #include "WidgetPresenter/MainWindowView.h"
 #include "WidgetPresenter/PathPicker.h"
@@ -96,6 +97,6 @@ void MainWindowPresenter::showDesktopFolder()
 void MainWindowPresenter::showApplicationsFile()
 {
     if (mPicker != nullptr) {
-        setPickedContent(mPicker->pickApplication());
+        setPickedContent(mPicker->pickApplication(ApplicationCatalog::applications()));
     }
 }

@@ -1,5 +1,8 @@
 #pragma once
 
+#include "Platform/InstalledApplication.h"
+
+#include <QList>
 #include <QString>
 
 // The dialogs behind the command pages' browse button. The console presenter links no
@@ -12,6 +15,6 @@ public:
     // filter as a file dialog takes it ("*.*").
     virtual QString pickFile(const QString& title, const QString& folder, const QString& filter) = 0;
     virtual QString pickFolder(const QString& title, const QString& folder) = 0;
-    // The desktop entry file of an installed application.
-    virtual QString pickApplication() = 0;
+    // The desktop entry file of one of these applications.
+    virtual QString pickApplication(const QList<InstalledApplication>& applications) = 0;
 };

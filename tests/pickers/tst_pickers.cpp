@@ -35,7 +35,7 @@ public:
         asked << QStringList{QStringLiteral("folder"), title, folder}.join(QLatin1Char('|'));
         return answers.takeFirst();
     }
-    QString pickApplication() override
+    QString pickApplication(const QList<InstalledApplication>&) override
     {
         asked << QStringLiteral("application");
         return answers.takeFirst();

@@ -1,6 +1,6 @@
 #include "Widget/Common/WindowLook.h"
 
-#include "Platform/WinUtils.h"
+#include "WidgetPresenter/DesktopArea.h"
 
 #include <QGuiApplication>
 #include <QPainterPath>
@@ -23,7 +23,7 @@ bool compositing()
 
 QRect workArea()
 {
-    return WinUtils::getInstance()->getScreen();
+    return DesktopArea::workArea();
 }
 
 QPoint bottomRight(QSize size, int margin)

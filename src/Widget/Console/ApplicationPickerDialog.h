@@ -1,6 +1,6 @@
 #pragma once
 
-#include "Platform/ApplicationCatalog.h"
+#include "Platform/InstalledApplication.h"
 #include "Widget/Common/FramelessDialog.h"
 
 class QLabel;

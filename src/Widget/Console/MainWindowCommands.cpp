@@ -1,5 +1,4 @@
 // The console's command word pages: the table, and the add and edit forms with their samples.
-#include "Platform/ApplicationCatalog.h"
 #include "Utils/AppConfig.h"
 #include "Widget/Console/MainWindow.h"
 #include "Widget/LineEdit.h"
@@ -155,7 +154,7 @@ void MainWindow::changeCommandType(Ui_MainWindow::CommandForm& form, int index)
             content = QStringLiteral("Contrl + A");
             break;
         default: {
-            const ApplicationCatalog::Sample sample = ApplicationCatalog::sampleApplication();
+            const ApplicationCatalog::Sample sample = MainWindowPresenter::applicationExample();
             command = sample.word;
             content = sample.path.isEmpty() ? QStringLiteral("点击“浏览”选择已安装的应用程序") : sample.path;
             break;

@@ -1,6 +1,5 @@
 #include "Widget/Console/WidgetPathPicker.h"
 
-#include "Platform/ApplicationCatalog.h"
 #include "Widget/Console/ApplicationPickerDialog.h"
 
 #include <QFileDialog>
@@ -15,9 +14,9 @@ QString WidgetPathPicker::pickFolder(const QString& title, const QString& folder
     return QFileDialog::getExistingDirectory(mParent, title, folder);
 }
 
-QString WidgetPathPicker::pickApplication()
+QString WidgetPathPicker::pickApplication(const QList<InstalledApplication>& applications)
 {
-    ApplicationPickerDialog dialog(ApplicationCatalog::applications(), mParent);
+    ApplicationPickerDialog dialog(applications, mParent);
     dialog.centreOver(mParent != nullptr ? mParent->window() : nullptr);
     return dialog.exec() == QDialog::Accepted ? dialog.selectedPath() : QString();
 }

@@ -13,7 +13,7 @@ public:
 
     QString pickFile(const QString& title, const QString& folder, const QString& filter) override;
     QString pickFolder(const QString& title, const QString& folder) override;
-    QString pickApplication() override;
+    QString pickApplication(const QList<InstalledApplication>& applications) override;
 
 private:
     QWidget* mParent;

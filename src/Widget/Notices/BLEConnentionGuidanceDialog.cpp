@@ -1,6 +1,5 @@
 #include "BLEConnentionGuidanceDialog.h"
 
-#include "Platform/DesktopLauncher.h"
 #include "Utils/PreferencesUtils.h"
 #include "Widget/Common/WindowLook.h"
 #include "Widget/Notices/NoticePanel.h"
@@ -69,10 +68,6 @@ BLEConnentionGuidanceDialog::BLEConnentionGuidanceDialog(QWidget* parent, BleGui
                 [this](const QBluetoothAddress& address) {
                     mPresenter->onSystemDeviceConnected(address.toString());
                 });
-    }
-    if (launcher == nullptr) {
-        mOwnLauncher = std::make_unique<DesktopLauncher>();
-        launcher = mOwnLauncher.get();
     }
     mPresenter = new BleGuidancePresenter(this, device, launcher, this);
 

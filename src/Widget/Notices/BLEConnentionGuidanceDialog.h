@@ -77,7 +77,6 @@ private:
     QPushButton* settingsButton();
     void placeAtBottomCentre();
 
-    std::unique_ptr<AppLauncher> mOwnLauncher;
     BleGuidancePresenter* mPresenter = nullptr;
     QStackedWidget* mStack = nullptr;
     QPushButton* mCross = nullptr;

@@ -1,8 +1,8 @@
 #include "Widget/Panels/ChangeTranLanguageDialog.h"
 
-#include "Platform/WinUtils.h"
 #include "Utils/LanguageTables.h"
 #include "Utils/PreferencesUtils.h"
+#include "Widget/Common/WindowLook.h"
 #include "Widget/Panels/ChangeTranMoreLanguageDialog.h"
 
 #include <QPushButton>
@@ -100,7 +100,7 @@ void ChangeTranLanguageDialog::onMore()
 
 void ChangeTranLanguageDialog::moveChangeTranMoreLanguageDialog(int x, int y)
 {
-    const QRect screen = WinUtils::getInstance()->getScreen();
+    const QRect screen = WindowLook::workArea();
     const int overhang = x + mMore->width() - (screen.x() + screen.width());
     if (overhang > 0) {
         x -= overhang;

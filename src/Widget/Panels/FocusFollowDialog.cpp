@@ -1,6 +1,5 @@
 #include "Widget/Panels/FocusFollowDialog.h"
 
-#include "Platform/WinUtils.h"
 #include "Widget/Common/WindowLook.h"
 
 #include <QCursor>
@@ -86,9 +85,8 @@ void FocusFollowDialog::moveWindow()
     const int arrowWidth = page == FocusFollowPanelPresenter::MicPage         ? 0
                            : page == FocusFollowPanelPresenter::DictationPage ? kBadgeArrowWidth
                                                                               : kWideArrowWidth;
-    WinUtils* desktop = WinUtils::getInstance();
     const FocusFollowPresenter::Placement placement =
-        FocusFollowPresenter::place(desktop->getPosition1(), desktop->getScreen(), size(), arrowWidth, page);
+        FocusFollowPresenter::placeAtCaret(size(), arrowWidth, page);
     if (!placement.move) {
         return;
     }

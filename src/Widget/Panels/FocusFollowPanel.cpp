@@ -1,6 +1,5 @@
 #include "Widget/Panels/FocusFollowPanel.h"
 
-#include "Platform/WinUtils.h"
 #include "Widget/Common/WindowLook.h"
 #include "Widget/Panels/LevelAnimation.h"
 #include "WidgetPresenter/ReadAloud.h"
@@ -375,7 +374,7 @@ void FocusFollowPanel::moveChangeTranLanguageDialog(int x, int y)
     if (mPicker == nullptr) {
         return;
     }
-    const QRect area = WinUtils::getInstance()->getScreen();
+    const QRect area = WindowLook::workArea();
     const int overRight = x + mPicker->width() - area.right() - 1;
     if (overRight > 0) {
         x -= overRight;

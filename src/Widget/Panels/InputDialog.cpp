@@ -1,6 +1,5 @@
 #include "Widget/Panels/InputDialog.h"
 
-#include "Platform/WinUtils.h"
 #include "Utils/Logging.h"
 #include "Widget/Common/WindowLook.h"
 #include "Widget/Common/label.h"
@@ -201,7 +200,7 @@ void InputDialog::setVoiceSearchViewStyle(int style)
 
 void InputDialog::placeOnScreen()
 {
-    const QRect screen = WinUtils::getInstance()->getScreen();
+    const QRect screen = WindowLook::workArea();
     if (screen.isValid()) {
         move(screen.x() + screen.width() - width() - 2, screen.y() + screen.height() - height() - 2);
     }

@@ -1,6 +1,5 @@
 // The strip as the voice session's view of the other panels: the caret panel (Fo), the fixed
 // panel (NoFo), the selection toolbar, the text translation window and the language pickers.
-#include "Platform/WinUtils.h"
 #include "Widget/Common/ZorvaneMessageDialog.h"
 #include "Widget/Common/label.h"
 #include "Widget/Console/ExplainDialog.h"
@@ -230,12 +229,8 @@ void InputDialog::forceFinish()
 
 bool InputDialog::isShowPaddlewordsView()
 {
-    static const QStringList kNoToolbar = {
-        QStringLiteral("XLMAIN"),  QStringLiteral("bosa_sdm_XL9"), QStringLiteral("Net UI Tool Window"),
-        QStringLiteral("Flash12"), QStringLiteral("illustrator"),  QStringLiteral("Photoshop")};
-    const QString window = WinUtils::getInstance()->getForegroundWindowName();
-    return !kNoToolbar.contains(window) && !mMouseOnMainWindow && !mPaddleWords->isFollowSpeakPlaying() &&
-           mFo->isHidden() && mNoFo->isHidden();
+    return mPresenter->foregroundTakesToolbar() && !mMouseOnMainWindow &&
+           !mPaddleWords->isFollowSpeakPlaying() && mFo->isHidden() && mNoFo->isHidden();
 }
 
 // ---- the caret panel
