@@ -30,8 +30,18 @@ const QString kDelete = QStringLiteral("delete from command_word where id=%1");
 // stays on the current file.
 const QString kOldConnection = QStringLiteral("zorvane_old_db");
 
-// What SQLite says of a file it cannot use: SQLITE_CORRUPT, SQLITE_NOTADB.
-const QStringList kBrokenFileCodes = {QStringLiteral("11"), QStringLiteral("26")};
+// The file's user_version once the old folder's words are in it. Set in the transaction that
+// writes them, so that no interruption can leave the words in without the mark.
+constexpr int kMigratedVersion = 1;
+
+// What SQLite says of a file it cannot use: SQLITE_CORRUPT, SQLITE_NOTADB, with or without
+// an extended code. Anything else (a lock, a full disk, no memory) says nothing of the file.
+bool isBrokenFile(const QSqlError& error)
+{
+    bool ok = false;
+    const int primary = error.nativeErrorCode().toInt(&ok) & 0xff;
+    return ok && (primary == 11 || primary == 26);
+}
 
 CommandWord readRow(const QSqlQuery& query)
 {
@@ -55,6 +65,39 @@ bool readAll(QSqlDatabase db, QList<CommandWord>* words)
         words->append(readRow(query));
     }
     return true;
+}
+
+// The open default connection, or an invalid one after logging "db close".
+bool openDatabase(QSqlDatabase* db)
+{
+    *db = QSqlDatabase::database(QLatin1String(QSqlDatabase::defaultConnection), false);
+    if (!db->isOpen()) {
+        qCWarning(lcDatabase) << "db close";
+        return false;
+    }
+    return true;
+}
+
+bool writeWord(const QString& statement, const CommandWord& word, bool withId)
+{
+    QSqlDatabase db;
+    if (!openDatabase(&db)) {
+        return false;
+    }
+    QSqlQuery query(db);
+    query.prepare(statement);
+    query.addBindValue(TextUtils::base64Encode(word.keyword));
+    query.addBindValue(TextUtils::base64Encode(word.target));
+    query.addBindValue(word.type);
+    query.addBindValue(word.pro);
+    if (withId) {
+        query.addBindValue(word.id);
+    }
+    if (!query.exec()) {
+        qCWarning(lcDatabase) << "write failed:" << query.lastError().text();
+        return false;
+    }
+    return !withId || query.numRowsAffected() > 0;
 }
 
 QString sibling(const QString& dataDir)
@@ -89,8 +132,8 @@ void DBManager::init(const QString& dataDir, const QString& oldDataDir)
 {
     QList<CommandWord> oldWords;
     const QString oldPath = oldDataDir + QLatin1Char('/') + fileName();
-    const bool migrate = oldDataDir != dataDir && QFile::exists(oldPath);
-    if (migrate) {
+    const bool oldFileThere = oldDataDir != dataDir && QFile::exists(oldPath);
+    if (oldFileThere) {
         {
             QSqlDatabase old = QSqlDatabase::addDatabase(QStringLiteral("QSQLITE"), kOldConnection);
             old.setDatabaseName(oldPath);
@@ -115,27 +158,51 @@ void DBManager::init(const QString& dataDir, const QString& oldDataDir)
     if (oldWords.isEmpty()) {
         return;
     }
+    if (!open()) {
+        qCWarning(lcDatabase) << "ZorvaneV2 database open fialed!";
+        return;
+    }
+    if (migrate(oldWords)) {
+        QFile::remove(oldPath);
+    } else {
+        qCWarning(lcDatabase) << "the" << oldWords.size() << "command words were not moved; kept" << oldPath;
+    }
+    close();
+}
+
+bool DBManager::migrate(const QList<CommandWord>& oldWords)
+{
+    QSqlDatabase db = QSqlDatabase::database(QLatin1String(QSqlDatabase::defaultConnection), false);
+    QSqlQuery version(db);
+    if (version.exec(QStringLiteral("pragma user_version")) && version.next() &&
+        version.value(0).toInt() >= kMigratedVersion) {
+        // Moved by a run that ended before it could remove the old file.
+        qCInfo(lcDatabase) << "the old command words are here already";
+        return true;
+    }
+    version.finish();
     // The migration writes into the current file: a copy of it comes first.
     const QString copy = FileAside::copyAside(mPath, QStringLiteral("before-migration"));
     if (!copy.isEmpty()) {
         qCInfo(lcDatabase) << "copied" << mPath << "to" << copy << "before the migration";
     }
-    if (!open()) {
-        qCWarning(lcDatabase) << "ZorvaneV2 database open fialed!";
-        return;
+    // All words or none: a run cut short leaves nothing that the next would add a second time.
+    if (!db.transaction()) {
+        qCWarning(lcDatabase) << "cannot begin the migration:" << db.lastError().text();
+        return false;
     }
-    int moved = 0;
-    for (const CommandWord& word : qAsConst(oldWords)) {
-        moved += addCommandWord(word) ? 1 : 0;
+    bool written = true;
+    for (const CommandWord& word : oldWords) {
+        written = written && writeWord(kInsert, word, false);
     }
-    // The old file goes only once all its words are here.
-    if (moved == oldWords.size()) {
-        QFile::remove(oldPath);
-    } else {
-        qCWarning(lcDatabase) << "moved" << moved << "of" << oldWords.size() << "command words; kept"
-                              << oldPath;
+    QSqlQuery mark(db);
+    if (written && mark.exec(QStringLiteral("pragma user_version = %1").arg(kMigratedVersion)) &&
+        db.commit()) {
+        return true;
     }
-    close();
+    qCWarning(lcDatabase) << "the migration failed:" << db.lastError().text();
+    db.rollback();
+    return false;
 }
 
 void DBManager::checkFile()
@@ -153,7 +220,13 @@ void DBManager::checkFile()
         {
             QSqlQuery check(db);
             if (!check.exec(QStringLiteral("pragma quick_check"))) {
-                problem = check.lastError().text();
+                // A check that could not run (the file locked, the disk failing) is no verdict.
+                if (isBrokenFile(check.lastError())) {
+                    problem = check.lastError().text();
+                } else {
+                    qCWarning(lcDatabase)
+                        << "cannot check the command word file:" << check.lastError().text();
+                }
             } else if (!check.next() || check.value(0).toString() != QLatin1String("ok")) {
                 problem = check.value(0).toString();
             }
@@ -210,7 +283,7 @@ bool DBManager::open()
         query.finish();
         db.close();
         // A file that broke while the program ran: aside with it, and once more on a fresh one.
-        if (!kBrokenFileCodes.contains(error.nativeErrorCode()) || !setAside(error.text(), {})) {
+        if (!isBrokenFile(error) || !setAside(error.text(), {})) {
             return false;
         }
         mSettingAside = true;
@@ -231,43 +304,6 @@ void DBManager::close()
         db.close();
     }
 }
-
-namespace {
-
-// The open default connection, or an invalid one after logging "db close".
-bool openDatabase(QSqlDatabase* db)
-{
-    *db = QSqlDatabase::database(QLatin1String(QSqlDatabase::defaultConnection), false);
-    if (!db->isOpen()) {
-        qCWarning(lcDatabase) << "db close";
-        return false;
-    }
-    return true;
-}
-
-bool writeWord(const QString& statement, const CommandWord& word, bool withId)
-{
-    QSqlDatabase db;
-    if (!openDatabase(&db)) {
-        return false;
-    }
-    QSqlQuery query(db);
-    query.prepare(statement);
-    query.addBindValue(TextUtils::base64Encode(word.keyword));
-    query.addBindValue(TextUtils::base64Encode(word.target));
-    query.addBindValue(word.type);
-    query.addBindValue(word.pro);
-    if (withId) {
-        query.addBindValue(word.id);
-    }
-    if (!query.exec()) {
-        qCWarning(lcDatabase) << "write failed:" << query.lastError().text();
-        return false;
-    }
-    return !withId || query.numRowsAffected() > 0;
-}
-
-}  // namespace
 
 bool DBManager::addCommandWord(CommandWord word)
 {

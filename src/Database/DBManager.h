@@ -12,7 +12,7 @@
 // time: every user brackets its work in open() and close(). Main thread only.
 // The words are not lost to a broken file: one SQLite cannot read is moved aside (the words it
 // still gives are carried into the fresh file), and the file is copied aside before a migration
-// writes into it.
+// writes into it. The migration happens once: the file says whether the old words are in.
 class DBManager : public QObject, public Singleton<DBManager> {
     Q_OBJECT
 
@@ -39,6 +39,9 @@ private:
     DBManager();
 
     void init(const QString& dataDir, const QString& oldDataDir);
+    // Into the open file, in one transaction that also marks the file; true once the words are
+    // in, also when an earlier run put them there.
+    bool migrate(const QList<CommandWord>& oldWords);
     // At start: a file that fails SQLite's quick check is set aside.
     void checkFile();
     // Moves the file aside; the words given are written into the fresh file.

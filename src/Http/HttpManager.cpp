@@ -6,7 +6,6 @@
 #include "Utils/Logging.h"
 #include "Utils/UrlRules.h"
 
-#include <QHostAddress>
 #include <QJsonDocument>
 #include <QJsonObject>
 #include <QTimer>
@@ -26,12 +25,13 @@ QString trimSlash(const QUrl& url)
 // stand-in services).
 bool isTrustedDownload(const QUrl& url)
 {
-    if (url.scheme() == QLatin1String("https")) {
-        return true;
-    }
-    const QString host = url.host();
-    return url.scheme() == QLatin1String("http") &&
-           (host == QLatin1String("localhost") || QHostAddress(host).isLoopback());
+    return url.scheme() == QLatin1String("https") || HttpRequest::isLoopbackHttp(url);
+}
+
+// A backend string inside a query: an '&', '#' or '%' in it would end the item or cut the query.
+QString queryValue(const QString& text)
+{
+    return QString::fromLatin1(QUrl::toPercentEncoding(text));
 }
 
 // Bodies go in the indented form.
@@ -159,7 +159,8 @@ void HttpManager::getIpAddress(ResultFunc<QString> result, TimeoutFunc onTimeout
 
 void HttpManager::getIpInfo(QString ip, ResultFunc<IpInfo> result, TimeoutFunc onTimeout, ErrorFunc onError)
 {
-    const QString url = trimSlash(mIpLookupBase) + QStringLiteral("/service/getIpInfo.php?ip=%1").arg(ip);
+    const QString url =
+        trimSlash(mIpLookupBase) + QStringLiteral("/service/getIpInfo.php?ip=%1").arg(queryValue(ip));
     mRequest->get(url, parsing(&JsonUtils::getIpInfo, std::move(result)), mTimeout, std::move(onTimeout),
                   std::move(onError));
 }
@@ -212,11 +213,8 @@ void HttpManager::analyzeWord(QString content, int serviceCategory, int ip, QStr
 void HttpManager::feedback(QString title, QString content, int timeout, BoolFunc result,
                            TimeoutFunc onTimeout, ErrorFunc onError)
 {
-    // Each text is encoded on its own: an '&', '#', '+' or '%' typed by the user would otherwise
-    // cut the query or change what the backend reads.
-    auto encoded = [](const QString& text) { return QString::fromLatin1(QUrl::toPercentEncoding(text)); };
     const QString url = backendUrl(
-        QStringLiteral("/feedback/upload?title=%1&content=%2").arg(encoded(title), encoded(content)));
+        QStringLiteral("/feedback/upload?title=%1&content=%2").arg(queryValue(title), queryValue(content)));
     mRequest->get(
         url,
         [result](const QByteArray& reply) {
@@ -237,14 +235,15 @@ void HttpManager::getCalendarPhrases(ResultFunc<CalendarPhrases> result, Timeout
 void HttpManager::downloadImage(QString image, QString path, HttpRequest::DownloadResultFunc result,
                                 ErrorFunc onError)
 {
-    mRequest->downloadFile(backendUrl(QStringLiteral("/deviceInfo/download?image=%1").arg(image)), path,
-                           nullptr, std::move(result), std::move(onError), kMaxPictureBytes);
+    mRequest->downloadFile(backendUrl(QStringLiteral("/deviceInfo/download?image=%1").arg(queryValue(image))),
+                           path, nullptr, std::move(result), std::move(onError), kMaxPictureBytes);
 }
 
 void HttpManager::downloadApp(QString version, QString path, HttpRequest::DownloadProgressFunc progress,
                               HttpRequest::DownloadResultFunc result, ErrorFunc onError)
 {
-    const QString url = backendUrl(QStringLiteral("/version/appDownload?version=%1").arg(version));
+    const QString url =
+        backendUrl(QStringLiteral("/version/appDownload?version=%1").arg(queryValue(version)));
     if (!isTrustedDownload(QUrl::fromUserInput(url))) {
         qCWarning(lcHttp) << "the update is not fetched over plain http:" << UrlRules::forLog(url);
         QTimer::singleShot(0, mRequest, [url, onError] {

@@ -5,15 +5,27 @@
 
 #include <QEventLoop>
 #include <QFile>
+#include <QHostAddress>
 #include <QPointer>
 #include <QTimer>
 
+#include <cerrno>
+#include <cstdio>
+#include <cstring>
 #include <memory>
+
+#include <unistd.h>
 
 namespace {
 
 const char kOversizeProperty[] = "zorvaneOversize";
 const char kWriteFailedProperty[] = "zorvaneWriteFailed";
+const char kRedirectRefusedProperty[] = "zorvaneRedirectRefused";
+
+QString partName(const QString& path)
+{
+    return path + QStringLiteral(".part");
+}
 
 }  // namespace
 
@@ -117,20 +129,36 @@ void HttpRequest::limitBody(QNetworkReply* reply, qint64 maxBytes,
 
 QNetworkReply::NetworkError HttpRequest::errorOf(QNetworkReply* reply)
 {
+    if (reply->property(kRedirectRefusedProperty).toBool()) {
+        return QNetworkReply::InsecureRedirectError;
+    }
     return reply->property(kOversizeProperty).toBool() ? QNetworkReply::UnknownContentError : reply->error();
+}
+
+bool HttpRequest::isLoopbackHttp(const QUrl& url)
+{
+    const QString host = url.host();
+    return url.scheme() == QLatin1String("http") &&
+           (host == QLatin1String("localhost") || QHostAddress(host).isLoopback());
 }
 
 void HttpRequest::downloadFile(const QString url, const QString path, DownloadProgressFunc progress,
                                DownloadResultFunc result, ErrorFunc onError, qint64 maxBytes)
 {
-    auto* file = new QFile(path);
-    mRequest.setUrl(QUrl::fromUserInput(url));
+    // The body goes to a name of its own and takes the file's name only once whole: a download
+    // cut short (killed, cancelled, over its limit) never passes for the file.
+    auto* file = new QFile(partName(path));
+    QNetworkRequest request = mRequest;
+    request.setUrl(QUrl::fromUserInput(url));
+    request.setAttribute(QNetworkRequest::RedirectPolicyAttribute,
+                         QNetworkRequest::UserVerifiedRedirectPolicy);
+    request.setMaximumRedirectsAllowed(kMaxRedirects);
     if (!file->open(QIODevice::WriteOnly | QIODevice::Truncate)) {
         // Nothing to keep the download in: failed before it starts, as the caller learns of
         // any failure, instead of a success with no file behind it.
-        qCWarning(lcHttp) << "cannot write" << path << file->errorString();
+        qCWarning(lcHttp) << "cannot write" << file->fileName() << file->errorString();
         delete file;
-        const QString target = UrlRules::forLog(mRequest.url());
+        const QString target = UrlRules::forLog(request.url());
         QTimer::singleShot(0, this, [target, onError] {
             if (onError) {
                 onError(target, QNetworkReply::UnknownContentError);
@@ -138,8 +166,21 @@ void HttpRequest::downloadFile(const QString url, const QString path, DownloadPr
         });
         return;
     }
-    QNetworkReply* reply = mManager.get(mRequest);
+    QNetworkReply* reply = mManager.get(request);
     connect(this, &HttpRequest::signalCancelDownload, reply, &QNetworkReply::abort);
+    // Only to https: a redirect must not take the file off the secure channel. Plain http only
+    // between the stand-in services on this machine.
+    connect(reply, &QNetworkReply::redirected, reply, [reply](const QUrl& target) {
+        if (target.scheme() == QLatin1String("https") ||
+            (isLoopbackHttp(reply->url()) && isLoopbackHttp(target))) {
+            emit reply->redirectAllowed();
+            return;
+        }
+        qCWarning(lcHttp) << "redirect from" << UrlRules::forLog(reply->url()) << "to"
+                          << UrlRules::forLog(target) << "refused";
+        reply->setProperty(kRedirectRefusedProperty, true);
+        reply->abort();
+    });
     // A write that falls short (a full disk) fails the download rather than leave a cut file.
     limitBody(reply, maxBytes, [reply, file](const QByteArray& piece) {
         if (file->isOpen() && file->write(piece) != piece.size()) {
@@ -154,27 +195,41 @@ void HttpRequest::downloadFile(const QString url, const QString path, DownloadPr
             progress(static_cast<int>(total), static_cast<int>(received));
         }
     });
-    connect(reply, &QNetworkReply::finished, reply, [reply, file, result, onError] {
+    connect(reply, &QNetworkReply::finished, reply, [reply, file, path, result, onError] {
         QNetworkReply::NetworkError error = errorOf(reply);
+        // A redirect not followed, or any other answer than the file: its body is not the file.
+        const int status = reply->attribute(QNetworkRequest::HttpStatusCodeAttribute).toInt();
+        if (error == QNetworkReply::NoError && (status < 200 || status > 299)) {
+            qCWarning(lcHttp) << "download answered with status" << status;
+            error = QNetworkReply::UnknownContentError;
+        }
         if (error == QNetworkReply::NoError && file->isOpen()) {
             const QByteArray rest = reply->readAll();
             if (file->write(rest) != rest.size()) {
                 reply->setProperty(kWriteFailedProperty, true);
             }
         }
-        const bool written = file->isOpen() && file->flush();
+        // On disk before it takes the name, so that a power cut cannot leave an empty file there.
+        const bool written = file->isOpen() && file->flush() && ::fsync(file->handle()) == 0;
         file->close();
         if (reply->property(kWriteFailedProperty).toBool() || (error == QNetworkReply::NoError && !written)) {
             error = QNetworkReply::UnknownContentError;
         }
+        // rename() replaces an older file in one step, unlike QFile::rename.
+        if (error == QNetworkReply::NoError && std::rename(QFile::encodeName(file->fileName()).constData(),
+                                                           QFile::encodeName(path).constData()) != 0) {
+            qCWarning(lcHttp) << "cannot rename" << file->fileName() << "to" << path << std::strerror(errno);
+            error = QNetworkReply::UnknownContentError;
+        }
         if (error != QNetworkReply::NoError) {
+            file->remove();
             const QString replyUrl = UrlRules::forLog(reply->url());
             qCWarning(lcHttp) << "download failed" << replyUrl << int(error);
             if (onError) {
                 onError(replyUrl, error);
             }
         } else if (result) {
-            result(true, file->fileName());
+            result(true, path);
         }
         file->deleteLater();
         reply->deleteLater();

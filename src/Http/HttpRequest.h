@@ -28,18 +28,24 @@ public:
     // synthesised speech, a few megabytes for the longest piece.
     static constexpr qint64 kMaxReplyBytes = 4 * 1024 * 1024;
     static constexpr qint64 kMaxSyncReplyBytes = 32 * 1024 * 1024;
+    static constexpr int kMaxRedirects = 5;
 
     // Main thread. After a time-out the caller also gets onError with OperationCanceledError.
     // The URL handed to onTimeout and onError is the one UrlRules::forLog gives: callers log it.
     void get(const QString url, HandleFunc handle, int timeout, TimeoutFunc onTimeout, ErrorFunc onError);
     void post(const QString url, QByteArray data, HandleFunc handle, int timeout, TimeoutFunc onTimeout,
               ErrorFunc onError);
-    // Progress gets the total first, then the bytes received. A body over maxBytes ends in
-    // onError; what was written of it stays in the file.
+    // Progress gets the total first, then the bytes received. The body is written to path
+    // with ".part" added and renamed to path once whole; a download that fails (over maxBytes,
+    // cancelled, a status other than 2xx, a redirect off https) removes it and leaves path as
+    // it was. Redirects are followed only to https (http only from and to this machine).
     void downloadFile(const QString url, const QString path, DownloadProgressFunc progress,
                       DownloadResultFunc result, ErrorFunc onError, qint64 maxBytes = kMaxReplyBytes);
     // Aborts every download under way.
     void cancel();
+
+    // Plain http to this machine (the stand-in services); anywhere else only https is trusted.
+    static bool isLoopbackHttp(const QUrl& url);
 
     // Any thread: a local event loop, at most 5000 ms. *data is appended to, not cleared.
     bool syncGet(QString url, QByteArray* data);

@@ -3,8 +3,8 @@
 #include "ApplicationCatalog.h"
 #include "DesktopEntry.h"
 #include "Utils/Logging.h"
+#include "Utils/UrlRules.h"
 
-#include <QDesktopServices>
 #include <QFileInfo>
 #include <QProcess>
 #include <QStandardPaths>
@@ -49,14 +49,12 @@ QProcessEnvironment DesktopLauncher::userEnvironment()
 
 void DesktopLauncher::openUrl(const QUrl& url)
 {
-    // The desktop's opener, as Qt would run it, but with the user's environment. The address
-    // stays out of the log: it may hold what the user dictated.
+    // The desktop's opener, as Qt would run it, but with the user's environment. The query
+    // stays out of the log: it may hold what the user dictated. Qt's own fallback is not tried:
+    // it logs the whole address when it finds no browser either.
     const QString opener = QStandardPaths::findExecutable(QStringLiteral("xdg-open"));
-    if (!opener.isEmpty() && spawn(opener, {url.toString(QUrl::FullyEncoded)})) {
-        return;
-    }
-    if (!QDesktopServices::openUrl(url)) {
-        qCInfo(lcSystem) << "no handler opened" << url.toString();
+    if (opener.isEmpty() || !spawn(opener, {url.toString(QUrl::FullyEncoded)})) {
+        qCWarning(lcSystem) << "no opener (xdg-open) started for" << UrlRules::forLog(url);
     }
 }
 

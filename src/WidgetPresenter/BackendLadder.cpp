@@ -360,8 +360,6 @@ void BackendLadder::fetchPicture(const QString& reference, std::function<void(QS
                          }),
                          guard([this, path](QString url, QNetworkReply::NetworkError code) {
                              mImageDownloads.remove(path);
-                             // Part of a picture would pass for the whole one next time.
-                             QFile::remove(path);
                              qCWarning(lcConsole).noquote() << "image download failed:" << url << code;
                          }));
 }

@@ -22,6 +22,13 @@ namespace {
 
 const QString kOpening = QStringLiteral("正在打开...");
 
+// What the user said, put into the backend's address: an '&', '#', '+' or '%' in it would
+// otherwise cut the query or change what the site reads.
+QString queryText(const QString& text)
+{
+    return QString::fromLatin1(QUrl::toPercentEncoding(text));
+}
+
 }  // namespace
 
 void InputPresenter::onGetUserCommandWord(QList<CommandWord> words)
@@ -201,9 +208,9 @@ void InputPresenter::handleIntent(SemanticParsingResult result)
             const QStringList parts = result.searchWord.split(QStringLiteral("#,#"));
             if (parts.size() == 3) {
                 QString url = result.searchUrl;
-                url.replace(QLatin1String("*from*"), parts.at(0))
-                    .replace(QLatin1String("*to*"), parts.at(1))
-                    .replace(QLatin1String("*date*"), parts.at(2));
+                url.replace(QLatin1String("*from*"), queryText(parts.at(0)))
+                    .replace(QLatin1String("*to*"), queryText(parts.at(1)))
+                    .replace(QLatin1String("*date*"), queryText(parts.at(2)));
                 open(QUrl(url));
             }
             // Without a departure and an arrival there is nothing to tell.
@@ -233,7 +240,7 @@ void InputPresenter::handleIntent(SemanticParsingResult result)
             } else {
                 url = hasHabit ? habit.website : result.website;
             }
-            qCInfo(lcInput).noquote() << "通用搜索主题url:" << url;
+            qCInfo(lcInput).noquote() << "通用搜索主题url:" << UrlRules::forLog(url);
             break;
         case 2:
             mServiceCategory = result.serviceCategory;
@@ -242,7 +249,7 @@ void InputPresenter::handleIntent(SemanticParsingResult result)
             } else {
                 url = (result.enableUrl == 0 && hasHabit) ? habit.website : result.website;
             }
-            qCInfo(lcInput).noquote() << "切换对应主题url:" << url;
+            qCInfo(lcInput).noquote() << "切换对应主题url:" << UrlRules::forLog(url);
             break;
         case 3:
             if (search) {
@@ -254,13 +261,13 @@ void InputPresenter::handleIntent(SemanticParsingResult result)
             } else {
                 url = hasHabit ? habit.website : result.website;
             }
-            qCInfo(lcInput).noquote() << "保留当前主题url:" << url;
+            qCInfo(lcInput).noquote() << "保留当前主题url:" << UrlRules::forLog(url);
             break;
         default:
             return;
     }
     if (search) {
-        url.replace(QLatin1Char('*'), result.searchWord);
+        url.replace(QLatin1Char('*'), queryText(result.searchWord));
         mInputView->setContent(QStringLiteral("正在搜索:") + result.searchWord);
     } else {
         mInputView->setContent(QStringLiteral("正在打开网站..."));

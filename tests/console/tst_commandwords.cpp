@@ -25,7 +25,9 @@ private slots:
     void databaseThatCannotOpen();
     void migrationReversesAndRemovesTheOldFile();
     void emptyOldDatabaseStays();
+    void migrationIsAllOrNothingAndOnce();
     void brokenFilesAreSetAsideWithTheirWords();
+    void fileThatCannotBeCheckedStays();
 
 private:
     void fillAddPage(RecordingMainWindowView& view, int type, const QString& command, const QString& content)
@@ -259,6 +261,77 @@ void TestCommandWords::emptyOldDatabaseStays()
     DBManager db(dir.path() + QStringLiteral("/ZorvaneV2"), oldDir);
     QVERIFY(keywords(db).isEmpty());
     QVERIFY(QFile::exists(oldDir + QStringLiteral("/em9ydmFuZV9kYg==")));
+}
+
+void TestCommandWords::migrationIsAllOrNothingAndOnce()
+{
+    QTemporaryDir dir;
+    const QString oldDir = dir.path() + QStringLiteral("/ZorvaneBT");
+    const QString newDir = dir.path() + QStringLiteral("/ZorvaneV2");
+    const QString oldFile = oldDir + QStringLiteral("/em9ydmFuZV9kYg==");
+    const QList<QVariantList> rows = {{QStringLiteral("5YWI"), QStringLiteral("Yg=="), 2, QString()},
+                                      {QStringLiteral("5ZCO"), QStringLiteral("Yg=="), 2, QString()},
+                                      {QStringLiteral("5YWo6YCJ"), QStringLiteral("Yg=="), 2, QString()}};
+    QVERIFY(makeOldDatabase(oldDir, rows));
+    // The disk fills up at the third word: none of them stays, and the old file neither goes.
+    QVERIFY(makeOldDatabase(newDir, {}));
+    auto onNewFile = [&](const QString& statement) {
+        bool ok = false;
+        {
+            QSqlDatabase db = QSqlDatabase::addDatabase(QStringLiteral("QSQLITE"), QStringLiteral("side"));
+            db.setDatabaseName(newDir + QStringLiteral("/em9ydmFuZV9kYg=="));
+            ok = db.open() && QSqlQuery(db).exec(statement);
+            db.close();
+        }
+        QSqlDatabase::removeDatabase(QStringLiteral("side"));
+        return ok;
+    };
+    QVERIFY(
+        onNewFile(QStringLiteral("create trigger full before insert on command_word when "
+                                 "(select count(*) from command_word) >= 2 begin "
+                                 "select raise(abort, 'database or disk is full'); end")));
+    {
+        QTest::ignoreMessage(QtWarningMsg, QRegularExpression(QStringLiteral("disk is full")));
+        QTest::ignoreMessage(QtWarningMsg, QRegularExpression(QStringLiteral("migration failed")));
+        QTest::ignoreMessage(QtWarningMsg, QRegularExpression(QStringLiteral("not moved")));
+        DBManager db(newDir, oldDir);
+        QVERIFY(keywords(db).isEmpty());
+    }
+    QVERIFY(QFile::exists(oldFile));
+    // Room again: each word comes over once. A run that ended before it removed the old file
+    // (the file back in place here) adds nothing at the next start.
+    QVERIFY(onNewFile(QStringLiteral("drop trigger full")));
+    const QStringList moved{QStringLiteral("先"), QStringLiteral("后"), QStringLiteral("全选")};
+    for (int run = 0; run < 2; ++run) {
+        DBManager db(newDir, oldDir);
+        QCOMPARE(keywords(db), moved);
+        QVERIFY(!QFile::exists(oldFile));
+        QVERIFY(makeOldDatabase(oldDir, rows));
+    }
+}
+
+void TestCommandWords::fileThatCannotBeCheckedStays()
+{
+    // Another program holds the file locked: the check cannot run, which says nothing of it.
+    QTemporaryDir dir;
+    {
+        DBManager db(dir.path(), dir.path() + QStringLiteral("/old"));
+        QVERIFY(db.open());
+        QVERIFY(db.addCommandWord(word(QStringLiteral("保留"), QStringLiteral("/k"))));
+        db.close();
+    }
+    {
+        QSqlDatabase other = QSqlDatabase::addDatabase(QStringLiteral("QSQLITE"), QStringLiteral("other"));
+        other.setDatabaseName(dir.filePath(DBManager::fileName()));
+        QVERIFY(other.open());
+        QVERIFY(QSqlQuery(other).exec(QStringLiteral("begin exclusive")));
+        QTest::ignoreMessage(QtWarningMsg, QRegularExpression(QStringLiteral("cannot check .*locked")));
+        DBManager db(dir.path(), dir.path() + QStringLiteral("/old"));
+        other.close();
+        QCOMPARE(keywords(db), QStringList{QStringLiteral("保留")});
+    }
+    QSqlDatabase::removeDatabase(QStringLiteral("other"));
+    QVERIFY(QDir(dir.path()).entryList({DBManager::fileName() + QStringLiteral(".corrupt-*")}).isEmpty());
 }
 
 void TestCommandWords::brokenFilesAreSetAsideWithTheirWords()

@@ -5,6 +5,7 @@
 #include <QJsonDocument>
 #include <QJsonObject>
 #include <QTemporaryDir>
+#include <QUrlQuery>
 #include <QtTest>
 
 class TestHttpManager : public QObject {
@@ -15,6 +16,7 @@ private slots:
     void postsIndentedJsonUnderThePrefix();
     void feedbackBySubstring();
     void downloadsEndAtTheirLimits();
+    void backendStringsStayInTheirQueryItem();
 
 private:
     LocalHttpServer mBackend;
@@ -97,6 +99,31 @@ void TestHttpManager::downloadsEndAtTheirLimits()
         .downloadImage(QStringLiteral("home.png"), dir.filePath(QStringLiteral("p")), nullptr,
                        [&](QString, QNetworkReply::NetworkError e) { error = e; });
     QTRY_COMPARE(error, QNetworkReply::UnknownContentError);
+}
+
+void TestHttpManager::backendStringsStayInTheirQueryItem()
+{
+    // A picture name or a version with '&', '=', '#', '%' or '+' is one item of the query.
+    mBackend.setAnswer(QStringLiteral("/BelmorZorvaneV2Mac/deviceInfo/download"),
+                       {200, "png", 0, "image/png"});
+    mBackend.setAnswer(QStringLiteral("/BelmorZorvaneV2Mac/version/appDownload"),
+                       {200, "deb", 0, "text/plain"});
+    const QString odd = QStringLiteral("a&b=c#d%e f+.png");
+    QTemporaryDir dir;
+    int done = 0;
+    const int before = mBackend.requests().size();
+    mManager->downloadImage(
+        odd, dir.filePath(QStringLiteral("p")), [&](bool, QString) { ++done; }, nullptr);
+    mManager->downloadApp(
+        odd, dir.filePath(QStringLiteral("i")), nullptr, [&](bool, QString) { ++done; }, nullptr);
+    QTRY_COMPARE(done, 2);
+    const QList<LocalHttpServer::Request> requests = mBackend.requests().mid(before);
+    QCOMPARE(requests.size(), 2);
+    for (const LocalHttpServer::Request& r : requests) {
+        const QUrlQuery query(QUrl::fromEncoded("http://backend" + r.target));
+        QCOMPARE(query.queryItems(QUrl::FullyDecoded).size(), 1);
+        QCOMPARE(query.queryItems(QUrl::FullyDecoded).first().second, odd);
+    }
 }
 
 QTEST_GUILESS_MAIN(TestHttpManager)

@@ -9,7 +9,11 @@
 #include <QtTest>
 
 #include <algorithm>
+#include <csignal>
+#include <optional>
 #include <thread>
+
+#include <sys/resource.h>
 
 class TestHttpRequest : public QObject {
     Q_OBJECT
@@ -22,6 +26,7 @@ private slots:
     void downloadReplacesFileWithProgressOnTheWay();
     void cancelAbortsDownloadsAndIsHarmlessWhenIdle();
     void downloadThatCannotBeKeptFails();
+    void downloadsKeepOnlyTheFileOverHttps();
     void syncCallsFromAWorkerThread();
     void bodiesPastTheirLimitAreDropped();
     void logsAndCallbacksCarryNoQuery();
@@ -129,6 +134,8 @@ void TestHttpRequest::downloadReplacesFileWithProgressOnTheWay()
         [&](bool ok, QString name) { done = ok && name == file.fileName(); }, nullptr);
     QTRY_VERIFY(!progress.isEmpty() && qMin(progress.last().first, progress.last().second) == 10000);
     QVERIFY(!done);
+    // Killed now, the program would find the older download whole, not a part of this one.
+    QCOMPARE(QFileInfo(file.fileName()).size(), qint64(100000));
     // The total comes first, the bytes so far second.
     QCOMPARE(progress.last(), qMakePair(40000, 10000));
     client->write(QByteArray(30000, 'b'));
@@ -153,18 +160,38 @@ void TestHttpRequest::cancelAbortsDownloadsAndIsHarmlessWhenIdle()
     http->cancel();
     QTRY_COMPARE(error, QNetworkReply::OperationCanceledError);
     QVERIFY(!done);
-    QVERIFY(QFile::exists(dir.filePath(QStringLiteral("f"))));
+    QCOMPARE(QDir(dir.path()).entryList(QDir::Files), QStringList());
 }
 
 // No success without the file behind it: a folder that is not there fails before anything is
-// fetched, a disk that fills up (/dev/full takes nothing) fails the download.
+// fetched, a disk that fills up (a file size limit on this process) fails the download.
 void TestHttpRequest::downloadThatCannotBeKeptFails()
 {
     mServer.setAnswer(QStringLiteral("/inst"), {200, QByteArray(200000, 'i'), 0, "application/octet-stream"});
     QTemporaryDir dir;
     const int asked = mServer.requests().size();
+    struct FileSizeLimit {
+        rlimit before{};
+        void (*handler)(int) = std::signal(SIGXFSZ, SIG_IGN);
+        FileSizeLimit()
+        {
+            getrlimit(RLIMIT_FSIZE, &before);
+            rlimit small = before;
+            small.rlim_cur = 64 * 1024;
+            setrlimit(RLIMIT_FSIZE, &small);
+        }
+        ~FileSizeLimit()
+        {
+            setrlimit(RLIMIT_FSIZE, &before);
+            std::signal(SIGXFSZ, handler);
+        }
+    };
     for (const QString& path :
-         {dir.filePath(QStringLiteral("missing/installer")), QStringLiteral("/dev/full")}) {
+         {dir.filePath(QStringLiteral("missing/installer")), dir.filePath(QStringLiteral("full"))}) {
+        std::optional<FileSizeLimit> limit;
+        if (path.endsWith(QLatin1String("full"))) {
+            limit.emplace();
+        }
         QList<QNetworkReply::NetworkError> errors;
         bool succeeded = false;
         http->downloadFile(
@@ -177,6 +204,48 @@ void TestHttpRequest::downloadThatCannotBeKeptFails()
         QCOMPARE(errors.size(), 1);
     }
     QCOMPARE(mServer.requests().size(), asked + 1);  // only the full disk was asked for
+    QCOMPARE(QDir(dir.path()).entryList(QDir::Files), QStringList());
+}
+
+// Only a 2xx body becomes the file. Redirects lead only to https (plain http only between the
+// stand-ins on this machine); one that leaves it, or a 3xx not followed, leaves no file.
+void TestHttpRequest::downloadsKeepOnlyTheFileOverHttps()
+{
+    LocalHttpServer mirror;
+    QVERIFY(mirror.start());
+    mirror.setAnswer(QStringLiteral("/pkg"), {200, "the package", 0, "application/octet-stream"});
+    mServer.setAnswer(QStringLiteral("/moved"), {302, "<a>moved</a>", 0, "text/html", false,
+                                                 mirror.url(QStringLiteral("/pkg")).toEncoded()});
+    mServer.setAnswer(QStringLiteral("/away"),
+                      {301, "<a>moved</a>", 0, "text/html", false, "http://mirror.example.invalid/pkg"});
+    mServer.setAnswer(QStringLiteral("/choose"), {300, "<a>choose one</a>", 0, "text/html"});
+    QTemporaryDir dir;
+    const QString path = dir.filePath(QStringLiteral("pkg"));
+    QNetworkReply::NetworkError error = QNetworkReply::NoError;
+    auto fetch = [&](const QString& from) {
+        bool done = false;
+        error = QNetworkReply::NoError;
+        http->downloadFile(
+            mServer.url(from).toString(), path, nullptr, [&](bool, QString) { done = true; },
+            [&](QString, QNetworkReply::NetworkError e) {
+                error = e;
+                done = true;
+            });
+        QTRY_VERIFY(done);
+    };
+    fetch(QStringLiteral("/moved"));
+    QCOMPARE(error, QNetworkReply::NoError);
+    QFile file(path);
+    QVERIFY(file.open(QIODevice::ReadOnly));
+    QCOMPARE(file.readAll(), QByteArray("the package"));
+    QVERIFY(file.remove());
+
+    QTest::ignoreMessage(QtWarningMsg, QRegularExpression(QStringLiteral("redirect from .* refused")));
+    fetch(QStringLiteral("/away"));
+    QCOMPARE(error, QNetworkReply::InsecureRedirectError);
+    fetch(QStringLiteral("/choose"));
+    QCOMPARE(error, QNetworkReply::UnknownContentError);
+    QCOMPARE(QDir(dir.path()).entryList(QDir::Files), QStringList());
 }
 
 void TestHttpRequest::syncCallsFromAWorkerThread()
@@ -234,7 +303,7 @@ void TestHttpRequest::bodiesPastTheirLimitAreDropped()
                  qPrintable(QString::number(flood.bytesSent())));
     }
 
-    // A download ends at the limit it was given: no result, and no more than that in the file.
+    // A download ends at the limit it was given: no result, and no part of it kept.
     QTemporaryDir dir;
     const QString path = dir.filePath(QStringLiteral("picture"));
     FloodHttpServer flood;
@@ -247,7 +316,7 @@ void TestHttpRequest::bodiesPastTheirLimitAreDropped()
         [&](QString, QNetworkReply::NetworkError e) { error = e; }, 256 * 1024);
     QTRY_COMPARE_WITH_TIMEOUT(error, QNetworkReply::UnknownContentError, 30000);
     QVERIFY(!done);
-    QVERIFY(QFileInfo(path).size() <= 256 * 1024);
+    QVERIFY(!QFile::exists(path) && !QFile::exists(path + QStringLiteral(".part")));
     QTRY_VERIFY(flood.clientHungUp());
 
     // The blocking form, from a worker thread, at its own larger limit.

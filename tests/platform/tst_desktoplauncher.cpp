@@ -36,6 +36,7 @@ private slots:
     void userDefaultsComeFirst();
     void entriesForOtherDesktops();
     void startedProgramsGetTheUserEnvironment();
+    void pageNotOpenedLogsNoQuery();
 
 private:
     // An entry (in the user's applications unless a folder is given) whose program leaves a
@@ -238,6 +239,24 @@ void TestDesktopLauncher::startedProgramsGetTheUserEnvironment()
         QVERIFY2(environment.contains(QLatin1String("\nQT_QPA_PLATFORM=wayland\n")), started);
         QVERIFY2(!environment.contains(QLatin1String("QT_XCB_GL_INTEGRATION")), started);
         QVERIFY2(environment.contains(QLatin1String("\nZORVANE_USERS_OWN=kept\n")), started);
+    }
+}
+
+void TestDesktopLauncher::pageNotOpenedLogsNoQuery()
+{
+    // No opener to be found: the log names the page, not what the user searched for.
+    const QByteArray path = qgetenv("PATH");
+    qputenv("PATH", mRoot.filePath(QStringLiteral("nothing")).toUtf8());
+    static QStringList lines;
+    const QtMessageHandler previous = qInstallMessageHandler(
+        [](QtMsgType, const QMessageLogContext&, const QString& text) { lines << text; });
+    DesktopLauncher().openUrl(QUrl(QStringLiteral("https://example.invalid/s?wd=我的话")));
+    qInstallMessageHandler(previous);
+    qputenv("PATH", path);
+    QVERIFY(!lines.isEmpty());
+    for (const QString& line : qAsConst(lines)) {
+        QVERIFY2(!line.contains(QStringLiteral("wd=")) && !line.contains(QStringLiteral("%E6")),
+                 qPrintable(line));
     }
 }
 

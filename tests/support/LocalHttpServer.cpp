@@ -93,6 +93,9 @@ void LocalHttpServer::respond(QTcpSocket* socket, const Request& request)
     QByteArray response = "HTTP/1.1 " + QByteArray::number(answer.status) + " X\r\n";
     response += "Content-Type: " + answer.contentType + "\r\n";
     response += "Content-Length: " + QByteArray::number(answer.body.size()) + "\r\n";
+    if (!answer.location.isEmpty()) {
+        response += "Location: " + answer.location + "\r\n";
+    }
     response += "Connection: keep-alive\r\n\r\n";
     response += answer.body;
     QPointer<QTcpSocket> guarded(socket);

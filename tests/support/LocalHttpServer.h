@@ -22,7 +22,8 @@ public:
         QByteArray body;
         int delayMs = 0;
         QByteArray contentType = "application/json";
-        bool echoTarget = false;  // answer with the request's path and query instead of body
+        bool echoTarget = false;             // answer with the request's path and query instead of body
+        QByteArray location = QByteArray();  // a Location header, for redirects
     };
     struct Request {
         QByteArray method;

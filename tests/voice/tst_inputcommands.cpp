@@ -5,6 +5,7 @@
 #include "WidgetPresenter/LocalCommandTable.h"
 
 #include <QTemporaryDir>
+#include <QUrlQuery>
 #include <QtTest>
 
 namespace {
@@ -53,6 +54,7 @@ private slots:
     void intentModels_data();
     void intentModels();
     void habitSavedBeforeUse();
+    void spokenWordsStayInTheirQueryItem();
     void backendOpensOnlyWebPagesAndInstalledApplications();
     void rewrite();
 
@@ -294,6 +296,24 @@ void TestInputCommands::intentModels()
         QVERIFY(mRig->view.calls.isEmpty());
     }
     QCOMPARE(mRig->presenter->serviceCategory(), categoryAfter);
+}
+
+void TestInputCommands::spokenWordsStayInTheirQueryItem()
+{
+    // '&', '#', '+' and '%' in what was said neither end its item nor cut the query.
+    const QString word = QStringLiteral("C++ & C# 100%");
+    mRig->presenter->handleIntent(
+        intent(9, 1, 1, 0, QString(), QStringLiteral("https://r.example/s?q=*&n=1"), word));
+    mRig->presenter->handleIntent(intent(23, 0, 1, 1, QString(),
+                                         QStringLiteral("https://t.example/?f=*from*&t=*to*&d=*date*"),
+                                         word + QStringLiteral("#,#上海#,#明天")));
+    QCOMPARE(mRig->launcher.urls.size(), 2);
+    const QUrlQuery search(mRig->launcher.urls.at(0));
+    QCOMPARE(search.queryItemValue(QStringLiteral("q"), QUrl::FullyDecoded), word);
+    QCOMPARE(search.queryItemValue(QStringLiteral("n")), QStringLiteral("1"));
+    const QUrlQuery ticket(mRig->launcher.urls.at(1));
+    QCOMPARE(ticket.queryItemValue(QStringLiteral("f"), QUrl::FullyDecoded), word);
+    QCOMPARE(ticket.queryItemValue(QStringLiteral("t"), QUrl::FullyDecoded), QStringLiteral("上海"));
 }
 
 void TestInputCommands::habitSavedBeforeUse()
