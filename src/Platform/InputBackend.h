@@ -25,6 +25,9 @@ public:
     virtual unsigned long focusedWindow() = 0;
     // The caret in global coordinates, or (0, 0) when unknown.
     virtual QPoint caretPosition() = 0;
+    // Key presses made on the desktop since the backend started that it did not send itself:
+    // the user's. 0 where they cannot be seen.
+    virtual quint64 foreignKeyPresses() { return 0; }
     // At quit: gives back what typing changed on the desktop and stops its threads. Nothing is
     // typed afterwards. Safe to call twice.
     virtual void shutDown() {}

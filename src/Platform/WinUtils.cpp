@@ -70,6 +70,11 @@ unsigned long WinUtils::focusedWindow()
     return mBackend->focusedWindow();
 }
 
+quint64 WinUtils::foreignKeyPresses()
+{
+    return mBackend->foreignKeyPresses();
+}
+
 void WinUtils::sendKeyboard(unsigned short key, bool down)
 {
     const unsigned long keysym = MacKeyMap::toKeysym(key);

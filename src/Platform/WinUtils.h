@@ -32,6 +32,8 @@ public:
     QPoint getPosition();
     QString getForegroundWindowName();
     unsigned long focusedWindow();
+    // The user's key presses so far, as the backend sees them.
+    quint64 foreignKeyPresses();
 
     // One key event of a stored code (its low 16 bits).
     void sendKeyboard(unsigned short key, bool down);

@@ -77,6 +77,7 @@ void X11InputBackend::shutDown()
         mEvents.reset();
         restoreSpares();  // once the keys sent are read
     }
+    mPresses.reset();
     mInputMethod.finish();
     mCaret.reset();
     if (mDisplay != nullptr) {
@@ -107,6 +108,8 @@ void* X11InputBackend::display()
             return nullptr;
         }
         mDisplay = d;
+        // Before the first key goes out, so that every key of ours is among those counted.
+        mPresses = std::make_unique<X11KeyPresses>();
         XDisplayKeycodes(d, &mMinKeycode, &mMaxKeycode);
         if (QCoreApplication::instance() != nullptr) {
             mEvents = std::make_unique<QSocketNotifier>(ConnectionNumber(d), QSocketNotifier::Read);
@@ -333,8 +336,10 @@ void X11InputBackend::pressKey(const KeyPosition& position)
     const KeyCode shift = XKeysymToKeycode(d, XK_Shift_L);
     if (position.shift && shift != 0) {
         XTestFakeKeyEvent(d, shift, True, CurrentTime);
+        ++mPressesSent;
     }
     XTestFakeKeyEvent(d, static_cast<KeyCode>(position.keycode), True, CurrentTime);
+    ++mPressesSent;
     XTestFakeKeyEvent(d, static_cast<KeyCode>(position.keycode), False, CurrentTime);
     if (position.shift && shift != 0) {
         XTestFakeKeyEvent(d, shift, False, CurrentTime);
@@ -645,6 +650,7 @@ void X11InputBackend::sendKey(unsigned long keysym, bool down)
     }
     mFirstKeyOfText = true;
     XTestFakeKeyEvent(d, code, down ? True : False, CurrentTime);
+    mPressesSent += down ? 1 : 0;
     keySent(code);
     XFlush(d);
 }
@@ -716,6 +722,17 @@ unsigned long X11InputBackend::focusedWindow()
         window = X11Window::property(d, DefaultRootWindow(d), "_NET_ACTIVE_WINDOW", XA_WINDOW);
     }
     return window;
+}
+
+quint64 X11InputBackend::foreignKeyPresses()
+{
+    if (display() == nullptr || !mPresses) {
+        return 0;
+    }
+    // Our own keys processed first, so that none of them is still on its way to the count.
+    XSync(dpy(mDisplay), False);
+    const quint64 all = mPresses->count();
+    return all > mPressesSent ? all - mPressesSent : 0;
 }
 
 QPoint X11InputBackend::caretPosition()

@@ -3,6 +3,7 @@
 #include "Platform/CaretTracker.h"
 #include "Platform/InputBackend.h"
 #include "Platform/InputMethodSwitch.h"
+#include "Platform/X11KeyPresses.h"
 
 #include <QElapsedTimer>
 #include <QHash>
@@ -78,6 +79,7 @@ public:
     QString activeWindowClass() override;
     unsigned long focusedWindow() override;
     QPoint caretPosition() override;
+    quint64 foreignKeyPresses() override;
     // The spare keycodes emptied, the input method given back, the caret search joined and the
     // display closed; typing stays off after it.
     void shutDown() override;
@@ -164,6 +166,9 @@ private:
     int mSpareLimit = kMaxSpareKeycodes;
     bool mFirstKeyOfText = false;
     int mRemapCount = 0;
+    // Every press of the session, and those of them this backend sent.
+    std::unique_ptr<X11KeyPresses> mPresses;
+    quint64 mPressesSent = 0;
     int mClientWaitCount = 0;
     InputMethodSwitch mInputMethod;
 };

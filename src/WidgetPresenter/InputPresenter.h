@@ -278,6 +278,8 @@ private:
     // A button went down since mLastOutput was typed: the caret may be in another field of
     // the same window, which the focused window alone does not tell.
     bool mPressedSinceOutput = false;
+    // The user's key presses counted when the last text went out.
+    quint64 mKeysAtOutput = 0;
     QList<DirectUI> mDirectUIs;
     bool mVoiceKeyPressing = false;
     // Written by the device's read thread, read on the main thread.

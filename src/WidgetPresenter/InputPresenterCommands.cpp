@@ -300,9 +300,10 @@ void InputPresenter::sendOutput(QString word)
 {
     WinUtils* win = WinUtils::getInstance();
     const unsigned long window = win->focusedWindow();
-    if (!mLastOutput.isEmpty() && (window != mOutputWindow || mPressedSinceOutput)) {
-        // The user went elsewhere (a click, another window) since the segment was typed: its
-        // rewrite there would take back their own text instead of ours.
+    if (!mLastOutput.isEmpty() &&
+        (window != mOutputWindow || mPressedSinceOutput || win->foreignKeyPresses() != mKeysAtOutput)) {
+        // The user went elsewhere (a click, another window, Enter, a key of their own) since the
+        // segment was typed: its rewrite there would take back their own text instead of ours.
         qCInfo(lcInput) << "the focus moved since the last text: its rewrite is dropped";
         return;
     }
@@ -311,6 +312,7 @@ void InputPresenter::sendOutput(QString word)
     mLastOutput = word;
     mOutputWindow = window;
     mPressedSinceOutput = false;
+    mKeysAtOutput = win->foreignKeyPresses();
 }
 
 QString InputPresenter::restoreContent(QString content)

@@ -37,6 +37,7 @@ private slots:
     void gatewayKilledMidSessionThenBack();
     void silentGatewayEndsTheSession();
     void dictationSocketDroppedMidSentence();
+    void clickBeforeTheFinalKeepsTheUsersText_data();
     void clickBeforeTheFinalKeepsTheUsersText();
     void killedWhileSavingKeepsAWholeFile();
     void fullThenReadOnlyDataFolderKeepsTheFile();
@@ -282,21 +283,35 @@ void TestFaults::dictationSocketDroppedMidSentence()
     switchMouse("0A0B0C");
 }
 
-// The user clicks into the line before the sentence's final correction comes (here the full
-// stop, which comes with the release): it must not land where the click put the cursor.
+// The user clicks into the line, or presses Enter (a chat sends the line), before the
+// sentence's final correction comes (here the full stop, which comes with the release): it must
+// not land where the cursor is now.
+void TestFaults::clickBeforeTheFinalKeepsTheUsersText_data()
+{
+    QTest::addColumn<bool>("enter");
+    QTest::newRow("click") << false;
+    QTest::newRow("enter") << true;
+}
+
 void TestFaults::clickBeforeTheFinalKeepsTheUsersText()
 {
+    QFETCH(bool, enter);
+    const QString dropped = QStringLiteral("its rewrite is dropped");
+    const int droppedBefore = programLog().count(dropped);
     mRig.client->activateAtEnd();
     const QString before = mRig.client->text();
     const QString lastPartial = kSentence.chopped(1);
     QVERIFY(mRig.speak(6, false));
     QVERIFY(mRig.sim->waitForLine(QStringLiteral("audio done"), 10000));
     QVERIFY(mRig.client->waitForText(before + lastPartial));
-    mRig.client->clickIntoLine(2);
+    if (enter) {
+        xdotool({QStringLiteral("key"), QStringLiteral("Return")});
+    } else {
+        mRig.client->clickIntoLine(2);
+    }
     mRig.sim->command("release 6");
     QVERIFY(panelsGone());
-    QVERIFY(QTest::qWaitFor([] { return programLog().contains(QLatin1String("its rewrite is dropped")); },
-                            kWindowMs));
+    QVERIFY(QTest::qWaitFor([&] { return programLog().count(dropped) > droppedBefore; }, kWindowMs));
     QCOMPARE(mRig.client->text(), before + lastPartial);
     dictateTheSentence();
 }

@@ -14,6 +14,8 @@
 
 #include <X11/XKBlib.h>
 #include <X11/Xlib.h>
+#include <X11/extensions/XTest.h>
+#include <X11/keysym.h>
 
 #include <iostream>
 #include <memory>
@@ -526,6 +528,7 @@ void TestX11Typing::editingKeysInAQtField()
     WinUtils* win = WinUtils::getInstance();
     QCOMPARE(win->getForegroundWindowName(), QStringLiteral("typing_receiver"));
     QVERIFY(win->focusedWindow() != 0);
+    const quint64 usersKeys = win->foreignKeyPresses();
     // One backspace per character, whatever its width.
     win->sendInput(QStringLiteral("abc你好"));
     QCOMPARE(receiver.text(QStringLiteral("abc你好")), QStringLiteral("abc你好"));
@@ -545,6 +548,13 @@ void TestX11Typing::editingKeysInAQtField()
     win->selectAll();
     win->sendInput(QStringLiteral("q"));
     QCOMPARE(receiver.text(QStringLiteral("q")), QStringLiteral("q"));
+    // None of those keys was the user's; a key pressed by someone else is, at once.
+    QCOMPARE(win->foreignKeyPresses(), usersKeys);
+    const KeyCode shift = XKeysymToKeycode(mDisplay, XK_Shift_L);
+    XTestFakeKeyEvent(mDisplay, shift, True, CurrentTime);
+    XTestFakeKeyEvent(mDisplay, shift, False, CurrentTime);
+    XSync(mDisplay, False);
+    QCOMPARE(win->foreignKeyPresses(), usersKeys + 1);
 }
 
 int main(int argc, char* argv[])
