@@ -36,6 +36,13 @@ quint64 IBusEngineService::fieldReports()
     return mFieldReports;
 }
 
+int IBusEngineService::focusIns(quint64* reportsAtFocusIn)
+{
+    QMutexLocker lock(&mMutex);
+    *reportsAtFocusIn = mReportsAtFocusIn;
+    return mFocusIns;
+}
+
 bool IBusEngineService::waitForFieldReport(quint64 seen, int timeoutMs)
 {
     QMutexLocker lock(&mMutex);
@@ -132,6 +139,8 @@ bool IBusEngineService::handleMessage(const QDBusMessage& message, const QDBusCo
         QMutexLocker lock(&mMutex);
         if (member == QLatin1String("FocusIn")) {
             mFocused = path;
+            ++mFocusIns;
+            mReportsAtFocusIn = mFieldReports;
             mFieldCountsBytes = false;
             mTyped.clear();
             // The text around the caret, now and after each change: the shell reports it only

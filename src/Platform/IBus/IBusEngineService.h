@@ -41,6 +41,8 @@ public:
     // How many caret moves the focused field has reported; waits until it has reported more
     // than `seen`, for at most timeoutMs: false if it reported none.
     quint64 fieldReports();
+    // How often a field gained our engine, and the reports count when the last one did.
+    int focusIns(quint64* reportsAtFocusIn);
     bool waitForFieldReport(quint64 seen, int timeoutMs);
 
     QString introspect(const QString& path) const override;
@@ -56,7 +58,9 @@ private:
     QHash<QString, unsigned int> mCapabilities;  // per engine, as its context declared them
     int mEngines = 0;
     static constexpr int kTypedKept = 4096;
-    quint64 mFieldReports = 0;       // caret moves the focused field reported
+    quint64 mFieldReports = 0;  // caret moves the focused field reported
+    int mFocusIns = 0;
+    quint64 mReportsAtFocusIn = 0;
     bool mFieldCountsBytes = false;  // its counts are UTF-8 bytes, not characters
     QString mTyped;                  // what we typed into it and did not delete, the last of it
 };

@@ -157,8 +157,20 @@ void IBusTypingBackend::typeText(const QString& text)
 template <typename Change>
 void IBusTypingBackend::change(Change send)
 {
+    // A field that has just gained our engine still reports its first caret place: that report
+    // must not pass for the one of our first change.
+    quint64 reportsAtFocusIn = 0;
+    const int focusIns = mService->focusIns(&reportsAtFocusIn);
+    int waitMs = kFieldReportMs;
+    if (focusIns != mFocusInsSeen) {
+        mFocusInsSeen = focusIns;
+        mReportsBeforeChange = reportsAtFocusIn;
+        mSinceChange.start();
+        // Until it has, it takes no text either; on a loaded desktop that takes a while.
+        waitMs = kFocusTimeoutMs;
+    }
     if (mSinceChange.isValid()) {
-        const qint64 left = kFieldReportMs - mSinceChange.elapsed();
+        const qint64 left = waitMs - mSinceChange.elapsed();
         if (left > 0 && !mService->waitForFieldReport(mReportsBeforeChange, static_cast<int>(left))) {
             qCDebug(lcWayland) << "the field did not report our last change within" << kFieldReportMs << "ms";
         }

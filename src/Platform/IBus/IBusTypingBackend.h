@@ -79,6 +79,7 @@ private:
     QElapsedTimer mSinceForward;  // valid after a forwarded key
     QElapsedTimer mSinceChange;   // valid while the field has not reported our last change
     quint64 mReportsBeforeChange = 0;
+    int mFocusInsSeen = 0;
     int mPendingDeletes = 0;
     QTimer mDeleteFlush;  // sends the deletions once the caller's run of BackSpaces is over
 };
