@@ -1,6 +1,9 @@
 #include "App/CommandLine.h"
 #include "App/Services.h"
 #include "Platform/DesktopLauncher.h"
+#include "Platform/DesktopNotifications.h"
+#include "Platform/InputBackendChoice.h"
+#include "Platform/WinUtils.h"
 #include "Utils/AppConfig.h"
 #include "Utils/AppPaths.h"
 #include "Utils/MessageHandler.h"
@@ -63,6 +66,8 @@ int main(int argc, char* argv[])
 
     WidgetNoticeSink notices;
     Notice::setSink(&notices);
+    InputBackendChoice::tellIfNoRoute(WinUtils::getInstance()->backend(),
+                                      DesktopNotifications::getInstance());
 
     MainWindow* window = MainWindow::getInstance(nullptr, &services.console(), &services.voice());
     app.mainWindow = window;

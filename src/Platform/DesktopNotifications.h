@@ -17,7 +17,7 @@ class DesktopNotifications : public QObject, public Singleton<DesktopNotificatio
 
 public:
     enum Style { StylePopup = 0, StyleNotification = 1, StyleBoth = 2 };
-    enum Kind { KindBattery, KindDevice, KindCount };
+    enum Kind { KindBattery, KindDevice, KindTyping, KindCount };
     enum Urgency { UrgencyLow = 0, UrgencyNormal = 1, UrgencyCritical = 2 };
 
     // The icon name of the installed desktop entry; the notification server looks it up in the theme.

@@ -1,9 +1,13 @@
 #include "Platform/InputBackendChoice.h"
 
+#include "Platform/DesktopNotifications.h"
 #include "Platform/IBus/IBusTypingBackend.h"
 #include "Platform/Wayland/WaylandKeyboardBackend.h"
 #include "Platform/X11InputBackend.h"
 #include "Utils/Logging.h"
+#include "Utils/Notice.h"
+
+#include <QCoreApplication>
 
 namespace InputBackendChoice {
 
@@ -74,6 +78,27 @@ QString describe(InputBackend* backend)
     return qgetenv("XDG_SESSION_TYPE") == "wayland"
                ? QStringLiteral("available (X11 through XWayland: X11 windows only)")
                : QStringLiteral("available (X11)");
+}
+
+bool tellIfNoRoute(InputBackend* backend, DesktopNotifications* notifications)
+{
+    if (qgetenv("XDG_SESSION_TYPE") != "wayland" || dynamic_cast<X11InputBackend*>(backend) == nullptr) {
+        return false;
+    }
+    const QString summary =
+        QCoreApplication::translate("InputBackendChoice", "听写的文字无法输入到 Wayland 窗口");
+    const QString body = QCoreApplication::translate(
+        "InputBackendChoice",
+        "此桌面既没有提供虚拟键盘，也没有可用的 IBus 输入法：文字只能输入到 X11 程序中，"
+        "GNOME、KDE 等原生 Wayland 程序的窗口收不到任何文字。"
+        "请安装并启用 IBus（在系统设置的“键盘/输入源”中添加 IBus 输入源），"
+        "或在登录界面选择 X11（Xorg）会话，然后重新启动 Zorvane。");
+    Notice::show(summary + QStringLiteral("\n") + body);
+    if (notifications != nullptr) {
+        notifications->notify(DesktopNotifications::KindTyping, summary, body,
+                              DesktopNotifications::UrgencyCritical);
+    }
+    return true;
 }
 
 }  // namespace InputBackendChoice

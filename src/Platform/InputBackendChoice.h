@@ -7,6 +7,7 @@
 
 #include <memory>
 
+class DesktopNotifications;
 class InputBackend;
 
 // Which backend types into other windows, chosen once at start from the session:
@@ -16,7 +17,7 @@ class InputBackend;
 //  - a Wayland session without them but with an ibus-daemon (GNOME): IBusTypingBackend, an
 //    engine of ours that ibus runs for the focused field while we type;
 //  - a Wayland session with neither (KDE Plasma without ibus): X11 through XWayland, which
-//    reaches only X11 windows; the log says so once.
+//    reaches only X11 windows; the user is told so once (tellIfNoRoute).
 namespace InputBackendChoice {
 
 enum class Kind { X11, WaylandVirtualKeyboard, IBus };
@@ -31,5 +32,9 @@ Kind choose(
 std::unique_ptr<InputBackend> create();
 // What the start line says of typing: "available (...)" naming the backend, or "off (why)".
 QString describe(InputBackend* backend);
+// A Wayland session left with the X11 fallback reaches no native Wayland window: tells the user
+// so, what to do about it, as a notice (the console's log and popup) and a desktop notification.
+// Nothing elsewhere. Called once, at start. False if there was nothing to tell.
+bool tellIfNoRoute(InputBackend* backend, DesktopNotifications* notifications);
 
 }  // namespace InputBackendChoice

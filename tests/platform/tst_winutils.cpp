@@ -2,6 +2,7 @@
 #include "Platform/WinUtils.h"
 #include "Platform/X11InputBackend.h"
 #include "RecordingInputBackend.h"
+#include "RecordingNoticeSink.h"
 
 #include <QtTest>
 
@@ -132,6 +133,18 @@ void TestWinUtils::backendFollowsTheSession()
                                            "only X11 windows; native Wayland windows.*nothing$")));
     const std::unique_ptr<InputBackend> chosen = InputBackendChoice::create();
     QVERIFY(dynamic_cast<X11InputBackend*>(chosen.get()) != nullptr);
+    // The user is told, once, what does not work and what to do; not in an X11 session.
+    RecordingNoticeSink sink;
+    Notice::setSink(&sink);
+    QVERIFY(InputBackendChoice::tellIfNoRoute(chosen.get(), nullptr));
+    QCOMPARE(sink.notices.size(), 1);
+    QVERIFY2(sink.notices.first().contains(QStringLiteral("Wayland")) &&
+                 sink.notices.first().contains(QStringLiteral("IBus")),
+             qPrintable(sink.notices.first()));
+    qputenv("XDG_SESSION_TYPE", "x11");
+    QVERIFY(!InputBackendChoice::tellIfNoRoute(chosen.get(), nullptr));
+    Notice::setSink(nullptr);
+    QCOMPARE(sink.notices.size(), 1);
     qunsetenv("XDG_SESSION_TYPE");
     qunsetenv("WAYLAND_DISPLAY");
 }

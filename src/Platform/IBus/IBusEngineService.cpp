@@ -8,6 +8,8 @@
 #include <QDeadlineTimer>
 #include <QMutexLocker>
 
+#include <algorithm>
+
 namespace {
 
 const char* const kEngineInterface = "org.freedesktop.IBus.Engine";
@@ -28,6 +30,31 @@ bool IBusEngineService::waitForFocus(int timeoutMs)
     return true;
 }
 
+quint64 IBusEngineService::fieldReports()
+{
+    QMutexLocker lock(&mMutex);
+    return mFieldReports;
+}
+
+int IBusEngineService::focusIns(quint64* reportsAtFocusIn)
+{
+    QMutexLocker lock(&mMutex);
+    *reportsAtFocusIn = mReportsAtFocusIn;
+    return mFocusIns;
+}
+
+bool IBusEngineService::waitForFieldReport(quint64 seen, int timeoutMs)
+{
+    QMutexLocker lock(&mMutex);
+    QDeadlineTimer deadline(timeoutMs);
+    while (mFieldReports <= seen) {
+        if (!mFocusChanged.wait(&mMutex, deadline)) {
+            return mFieldReports > seen;
+        }
+    }
+    return true;
+}
+
 bool IBusEngineService::hasFocus()
 {
     QMutexLocker lock(&mMutex);
@@ -42,12 +69,30 @@ bool IBusEngineService::focusedTakesDeletes()
 
 bool IBusEngineService::commitText(const QString& text)
 {
+    {
+        QMutexLocker lock(&mMutex);
+        mTyped = QString(mTyped + text).right(kTypedKept);
+    }
     return emitOnFocused("CommitText", {QVariant::fromValue(IBusSerialization::text(text))});
 }
 
 bool IBusEngineService::deleteBeforeCaret(int characters)
 {
-    return emitOnFocused("DeleteSurroundingText", {-characters, static_cast<unsigned int>(characters)});
+    int count = characters;
+    {
+        QMutexLocker lock(&mMutex);
+        const QVector<uint> typed = mTyped.toUcs4();
+        const int from = std::max(0, typed.size() - characters);
+        const QString deleted = QString::fromUcs4(typed.constData() + from, typed.size() - from);
+        mTyped = QString::fromUcs4(typed.constData(), from);
+        // GNOME Shell 43 hands a Wayland field's counts to ibus as the field gives them, in UTF-8
+        // bytes, and ours to the field likewise: there we count the bytes of the characters we
+        // typed last.
+        if (mFieldCountsBytes) {
+            count = deleted.toUtf8().size() + std::max(0, characters - deleted.toUcs4().size());
+        }
+    }
+    return emitOnFocused("DeleteSurroundingText", {-count, static_cast<unsigned int>(count)});
 }
 
 bool IBusEngineService::forwardKey(unsigned int keysym, unsigned int keycode, unsigned int state)
@@ -94,6 +139,14 @@ bool IBusEngineService::handleMessage(const QDBusMessage& message, const QDBusCo
         QMutexLocker lock(&mMutex);
         if (member == QLatin1String("FocusIn")) {
             mFocused = path;
+            ++mFocusIns;
+            mReportsAtFocusIn = mFieldReports;
+            mFieldCountsBytes = false;
+            mTyped.clear();
+            // The text around the caret, now and after each change: the shell reports it only
+            // to engines that ask.
+            mBus.send(QDBusMessage::createSignal(path, QLatin1String(kEngineInterface),
+                                                 QStringLiteral("RequireSurroundingText")));
         } else if (mFocused == path) {
             mFocused.clear();
         }
@@ -101,14 +154,32 @@ bool IBusEngineService::handleMessage(const QDBusMessage& message, const QDBusCo
             mCapabilities.remove(path);
         }
         mFocusChanged.wakeAll();
+    } else if (member == QLatin1String("SetSurroundingText")) {
+        // A caret past the text's last character: the field counts in bytes.
+        const QString text = IBusSerialization::textOf(message.arguments().value(0));
+        const uint caret = message.arguments().value(1).toUInt();
+        QMutexLocker lock(&mMutex);
+        if (path == mFocused && caret > static_cast<uint>(text.toUcs4().size())) {
+            mFieldCountsBytes = true;
+        }
+    } else if (member == QLatin1String("SetCursorLocation")) {
+        // Each change the field applies moves its caret; the daemon passes on only moves. A field
+        // that has no caret place yet reports an empty one.
+        QMutexLocker lock(&mMutex);
+        if (path == mFocused && message.arguments().value(3).toInt() > 0) {
+            ++mFieldReports;
+            mFocusChanged.wakeAll();
+        }
     } else if (member == QLatin1String("SetCapabilities")) {
         QMutexLocker lock(&mMutex);
         mCapabilities.insert(path, message.arguments().value(0).toUInt());
     } else if (member == QLatin1String("Get")) {
-        // FocusId and ActiveSurroundingText: we want neither.
-        reply << QVariant::fromValue(QDBusVariant(false));
+        // FocusId: we want none. ActiveSurroundingText: we want it.
+        reply << QVariant::fromValue(
+            QDBusVariant(message.arguments().value(1).toString() == QLatin1String("ActiveSurroundingText")));
     } else if (member == QLatin1String("GetAll")) {
-        reply << QVariantMap();
+        reply << QVariantMap{{QStringLiteral("ActiveSurroundingText"), true},
+                             {QStringLiteral("FocusId"), false}};
     }
     if (message.isReplyRequired()) {
         connection.send(message.createReply(reply));

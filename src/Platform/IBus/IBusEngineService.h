@@ -13,6 +13,11 @@
 // compose nothing: every key goes on to the application; text reaches it only when the
 // typing backend commits it, through the engine of the focused context.
 //
+// The field reports its caret place after each change it applied: the typing backend waits for
+// that report before its next change, since GNOME Shell passes on only the last of the changes
+// that reach it at once (the others are lost). We ask for the text around the caret too: from
+// it we learn whether the field counts characters or bytes.
+//
 // It answers the daemon on a thread of its own: the typing backend waits on the main thread
 // for the daemon's engine switch, and the daemon makes our engine during that switch. The
 // other members may be called from any thread.
@@ -33,6 +38,12 @@ public:
     bool commitText(const QString& text);
     bool deleteBeforeCaret(int characters);
     bool forwardKey(unsigned int keysym, unsigned int keycode, unsigned int state);
+    // How many caret moves the focused field has reported; waits until it has reported more
+    // than `seen`, for at most timeoutMs: false if it reported none.
+    quint64 fieldReports();
+    // How often a field gained our engine, and the reports count when the last one did.
+    int focusIns(quint64* reportsAtFocusIn);
+    bool waitForFieldReport(quint64 seen, int timeoutMs);
 
     QString introspect(const QString& path) const override;
     bool handleMessage(const QDBusMessage& message, const QDBusConnection& connection) override;
@@ -42,8 +53,14 @@ private:
 
     QDBusConnection mBus;
     QMutex mMutex;
-    QWaitCondition mFocusChanged;
+    QWaitCondition mFocusChanged;                // and a field report arrived
     QString mFocused;                            // the engine whose context has the focus
     QHash<QString, unsigned int> mCapabilities;  // per engine, as its context declared them
     int mEngines = 0;
+    static constexpr int kTypedKept = 4096;
+    quint64 mFieldReports = 0;  // caret moves the focused field reported
+    int mFocusIns = 0;
+    quint64 mReportsAtFocusIn = 0;
+    bool mFieldCountsBytes = false;  // its counts are UTF-8 bytes, not characters
+    QString mTyped;                  // what we typed into it and did not delete, the last of it
 };

@@ -73,4 +73,22 @@ QDBusVariant text(const QString& text)
     return wrap(argument);
 }
 
+QString textOf(const QVariant& ibusText)
+{
+    QVariant value = ibusText;
+    while (value.userType() == qMetaTypeId<QDBusVariant>()) {
+        value = value.value<QDBusVariant>().variant();
+    }
+    if (value.userType() != qMetaTypeId<QDBusArgument>()) {
+        return QString();
+    }
+    const QDBusArgument argument = value.value<QDBusArgument>();
+    QString type;
+    QVariantMap attachments;
+    QString text;
+    argument.beginStructure();
+    argument >> type >> attachments >> text;
+    return type == QLatin1String("IBusText") ? text : QString();
+}
+
 }  // namespace IBusSerialization

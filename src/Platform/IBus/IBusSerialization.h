@@ -22,5 +22,7 @@ struct EngineDescription {
 QDBusVariant component(const QString& name, const QString& description, const EngineDescription& engine);
 // IBusText: the text and an empty IBusAttrList.
 QDBusVariant text(const QString& text);
+// The text of an IBusText as the daemon sends it (a variant); empty if it is none.
+QString textOf(const QVariant& ibusText);
 
 }  // namespace IBusSerialization

@@ -75,6 +75,9 @@ unsigned int keycodeOf(unsigned long keysym)
 
 IBusTypingBackend::IBusTypingBackend() : mBus(InputMethodSwitch::ibusBus())
 {
+    mDeleteFlush.setSingleShot(true);
+    mDeleteFlush.setInterval(0);
+    QObject::connect(&mDeleteFlush, &QTimer::timeout, [this] { flushDeletes(); });
     if (!mBus.isConnected()) {
         mUnavailable = QStringLiteral("no ibus-daemon reachable");
         return;
@@ -117,6 +120,7 @@ void IBusTypingBackend::shutDown()
         return;
     }
     if (mUnavailable.isEmpty()) {
+        flushDeletes();
         mSwitch.finish();
         mUnavailable = QStringLiteral("shut down");
     }
@@ -145,8 +149,52 @@ void IBusTypingBackend::typeText(const QString& text)
         return;
     }
     settleForwardedKeys();
-    mService->commitText(text);
+    flushDeletes();
+    change([this, &text] { mService->commitText(text); });
     mSwitch.scheduleRestore();
+}
+
+template <typename Change>
+void IBusTypingBackend::change(Change send)
+{
+    // A field that has just gained our engine still reports its first caret place: that report
+    // must not pass for the one of our first change.
+    quint64 reportsAtFocusIn = 0;
+    const int focusIns = mService->focusIns(&reportsAtFocusIn);
+    int waitMs = kFieldReportMs;
+    if (focusIns != mFocusInsSeen) {
+        mFocusInsSeen = focusIns;
+        mReportsBeforeChange = reportsAtFocusIn;
+        mSinceChange.start();
+        // Until it has, it takes no text either; on a loaded desktop that takes a while.
+        waitMs = kFocusTimeoutMs;
+    }
+    if (mSinceChange.isValid()) {
+        const qint64 left = waitMs - mSinceChange.elapsed();
+        if (left > 0 && !mService->waitForFieldReport(mReportsBeforeChange, static_cast<int>(left))) {
+            qCDebug(lcWayland) << "the field did not report our last change within" << kFieldReportMs << "ms";
+        }
+        // A field may report a change in steps (caret placed, then laid out): a report that
+        // came at once may still be the one before.
+        const qint64 gap = kChangeGapMs - mSinceChange.elapsed();
+        if (gap > 0) {
+            QThread::msleep(static_cast<unsigned long>(gap));
+        }
+    }
+    mReportsBeforeChange = mService->fieldReports();
+    send();
+    mSinceChange.start();
+}
+
+void IBusTypingBackend::flushDeletes()
+{
+    mDeleteFlush.stop();
+    if (mPendingDeletes == 0 || !mService->hasFocus()) {
+        mPendingDeletes = 0;
+        return;
+    }
+    const int characters = std::exchange(mPendingDeletes, 0);
+    change([this, characters] { mService->deleteBeforeCaret(characters); });
 }
 
 void IBusTypingBackend::settleForwardedKeys()
@@ -172,9 +220,11 @@ void IBusTypingBackend::sendKey(unsigned long keysym, bool down)
     if (keysym == XK_BackSpace && mModifiers == 0 && mService->focusedTakesDeletes()) {
         if (down) {
             settleForwardedKeys();
-            mService->deleteBeforeCaret(1);
+            ++mPendingDeletes;
+            mDeleteFlush.start();
         }
     } else {
+        flushDeletes();
         mService->forwardKey(static_cast<unsigned int>(keysym), keycodeOf(keysym),
                              mModifiers | (down ? 0 : kReleaseMask));
         mSinceForward.start();

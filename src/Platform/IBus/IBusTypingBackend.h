@@ -6,6 +6,7 @@
 #include <QDBusConnection>
 #include <QElapsedTimer>
 #include <QThread>
+#include <QTimer>
 
 #include <memory>
 
@@ -19,7 +20,10 @@ class IBusEngineService;
 // after the last typing, as on X11 (InputMethodSwitch).
 //
 // Deleting (BackSpace) asks the field to delete the characters before its caret, in order with
-// the text committed; a field that cannot (a terminal) gets the BackSpace key forwarded, as do
+// the text committed; BackSpaces in a row go as one request. Each change waits for the field's
+// report of the one before (IBusEngineService), or kFieldReportMs without a report: GNOME Shell
+// keeps only the last of changes that reach it together. A field that cannot delete on request
+// (a terminal) gets the BackSpace key forwarded, as do
 // other keys (Return, Ctrl+A, ...), carrying the modifiers held through sendKey. A client queues
 // forwarded keys as input events but takes committed text at once, so text right after a
 // forwarded key waits a moment: it would otherwise land before the key (Ctrl+A, then text).
@@ -33,6 +37,8 @@ public:
     // How long typing waits for the switch to our engine to reach the focused field.
     static constexpr int kFocusTimeoutMs = 2000;
     static constexpr int kForwardSettleMs = 40;
+    static constexpr int kFieldReportMs = 100;
+    static constexpr int kChangeGapMs = 40;
 
     // Registers with the daemon of this session (InputMethodSwitch::ibusBus).
     IBusTypingBackend();
@@ -57,6 +63,11 @@ private:
     // Our engine on the focused field; false (and a warning) if it did not get there.
     bool activate();
     void settleForwardedKeys();
+    // The deletions asked for so far, as one request.
+    void flushDeletes();
+    // Sends one change once the field has reported the one before.
+    template <typename Change>
+    void change(Change send);
 
     QDBusConnection mBus;
     QThread mThread;
@@ -66,4 +77,9 @@ private:
     bool mServing = false;        // our objects are on the bus: only then are they taken off
     unsigned int mModifiers = 0;  // held through sendKey, in ibus's modifier bits
     QElapsedTimer mSinceForward;  // valid after a forwarded key
+    QElapsedTimer mSinceChange;   // valid while the field has not reported our last change
+    quint64 mReportsBeforeChange = 0;
+    int mFocusInsSeen = 0;
+    int mPendingDeletes = 0;
+    QTimer mDeleteFlush;  // sends the deletions once the caller's run of BackSpaces is over
 };
