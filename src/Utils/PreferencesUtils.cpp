@@ -93,6 +93,7 @@ void saveOrLog(QSettings* settings)
 }
 
 const QString kConfigGroup = QStringLiteral("config");
+const QString kSaidGroup = QStringLiteral("said");
 const QString kWebsiteGroup = QStringLiteral("habit_website");
 const QString kSearchUrlGroup = QStringLiteral("habit_search_url");
 
@@ -197,6 +198,23 @@ QMap<int, UserHabit> PreferencesUtils::getUserHabitList()
         habits.insert(builtIn.id, builtIn);
     }
     return habits;
+}
+
+bool PreferencesUtils::wasSaid(const QString& hint)
+{
+    setAsideIfCorrupt(preferencesPath());
+    return QSettings(preferencesPath(), QSettings::IniFormat)
+        .value(kSaidGroup + QLatin1Char('/') + hint)
+        .toBool();
+}
+
+void PreferencesUtils::markSaid(const QString& hint)
+{
+    setAsideIfCorrupt(preferencesPath());
+    QSettings settings(preferencesPath(), QSettings::IniFormat);
+    settings.setAtomicSyncRequired(true);  // as in setUserPreferences
+    settings.setValue(kSaidGroup + QLatin1Char('/') + hint, true);
+    saveOrLog(&settings);
 }
 
 void PreferencesUtils::addUserHabit(UserHabit habit)

@@ -24,6 +24,11 @@ public:
     void addUserHabit(UserHabit habit);
     QMap<int, UserHabit> updateUserHabit(int id, QString website, QString searchUrl);
 
+    // Hints given once in the program's life ("where the console went"), kept beside the
+    // preferences in a group of their own so that the fixed record above stays as it is.
+    bool wasSaid(const QString& hint);
+    void markSaid(const QString& hint);
+
     static QString preferencesPath();
     static QString habitPath();
 
