@@ -56,7 +56,7 @@ const Field kFields[] = {
     {"pronPerson", &UserPreferences::pronPerson, nullptr, 0},
     {"dataLog", nullptr, &UserPreferences::dataLog, 0},
     // Later additions go last, so that files of earlier versions read as before.
-    {"noticeStyle", &UserPreferences::noticeStyle, nullptr, 2, true},
+    {"noticeStyle", &UserPreferences::noticeStyle, nullptr, 1, true},
 };
 
 // A file that Qt cannot read as INI, or one with NUL bytes (what a crash leaves of a file whose

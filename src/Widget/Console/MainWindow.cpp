@@ -923,8 +923,21 @@ void MainWindow::showLowbatView(int page)
 {
     // The notification is sent even while the panel stands: it replaces the last one.
     DesktopNotifications* notifications = DesktopNotifications::getInstance();
-    notifications->notifyBattery(page);
-    if (!notifications->wantsPopup() || !mLowbatDialog->isHidden()) {
+    const QPointer<MainWindow> self = this;
+    const auto panel = [self, page] {
+        if (self != nullptr) {
+            self->showLowbatPanel(page);
+        }
+    };
+    notifications->notifyBattery(page, panel);
+    if (notifications->wantsPopup()) {
+        panel();
+    }
+}
+
+void MainWindow::showLowbatPanel(int page)
+{
+    if (!mLowbatDialog->isHidden()) {
         return;
     }
     switch (page) {

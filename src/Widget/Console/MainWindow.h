@@ -181,6 +181,8 @@ private:
     // Once in the program's life, on the first close: the program goes on, and how to get
     // the window back.
     void tellWhereZorvaneWent();
+    // The battery panel on the page asked for, unless it stands already.
+    void showLowbatPanel(int page);
     void createMenu();
     void changeCommandType(Ui_MainWindow::CommandForm& form, int index);
     void submitCommand(bool edit);

@@ -400,7 +400,7 @@ QWidget* Ui_MainWindow::buildAppSettingsPage()
                              QStringLiteral("连续工作多久后提醒休息"));
     comboNoticeStyle =
         comboBox(page, {QStringLiteral("弹窗"), QStringLiteral("系统通知"), QStringLiteral("两者")},
-                 QStringLiteral("电量和设备提示的显示方式"));
+                 QStringLiteral("电量和设备提示的显示方式；系统通知在没有通知服务的桌面上改用弹窗"));
 
     auto* language = card(page);
     auto* grid = new QGridLayout(language);
