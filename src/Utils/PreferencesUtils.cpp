@@ -107,12 +107,12 @@ PreferencesUtils::PreferencesUtils()
 
 QString PreferencesUtils::preferencesPath()
 {
-    return AppPaths::dataFile(QStringLiteral("/preferences.ini"));
+    return AppPaths::configFile(QStringLiteral("/preferences.ini"));
 }
 
 QString PreferencesUtils::habitPath()
 {
-    return AppPaths::dataFile(QStringLiteral("/user_habit_ini"));
+    return AppPaths::configFile(QStringLiteral("/user_habit_ini"));
 }
 
 UserPreferences PreferencesUtils::getUserPreferences()

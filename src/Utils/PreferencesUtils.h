@@ -7,7 +7,7 @@
 #include <QMap>
 #include <QObject>
 
-// The only door to "/preferences.ini" and "/user_habit_ini" in the data folder. Holds no
+// The only door to "/preferences.ini" and "/user_habit_ini" in the configuration folder. Holds no
 // copy of its own: each call opens the file afresh. Main thread only.
 class PreferencesUtils : public QObject, public Singleton<PreferencesUtils> {
     Q_OBJECT
