@@ -6,6 +6,7 @@
 #include "Platform/WinUtils.h"
 #include "Utils/AppConfig.h"
 #include "Utils/AppPaths.h"
+#include "Utils/Logging.h"
 #include "Utils/MessageHandler.h"
 #include "Utils/Trace.h"
 #include "Widget/Console/MainWindow.h"
@@ -39,9 +40,14 @@ int main(int argc, char* argv[])
     if (options.exit) {
         return options.exitCode;
     }
-    // Names the data folder (…/ZorvaneV2) before anything resolves a path.
+    // Names the folders (…/ZorvaneV2) before anything resolves a path.
     QCoreApplication::setApplicationName(QString::fromLatin1(AppPaths::kApplicationName));
-    MessageHandler::install(AppPaths::dataFile(QStringLiteral("/ZorvaneLog.txt")));
+    // Before anything opens them: the files an earlier version kept in the data folder.
+    const QStringList moved = AppPaths::moveEarlierFiles();
+    MessageHandler::install(AppPaths::stateFile(QStringLiteral("/ZorvaneLog.txt")));
+    for (const QString& line : moved) {
+        qCInfo(lcApp).noquote() << line;
+    }
 
     const QByteArray platform = CommandLine::platformFor(qgetenv("QT_QPA_PLATFORM"), qgetenv("DISPLAY"));
     if (!platform.isEmpty()) {

@@ -16,7 +16,7 @@ namespace {
 
 QString declinedPath()
 {
-    return AppPaths::dataFile(QStringLiteral("/autostart.ini"));
+    return AppPaths::configFile(QStringLiteral("/autostart.ini"));
 }
 
 }  // namespace

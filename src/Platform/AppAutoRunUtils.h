@@ -27,7 +27,7 @@ public:
     static QString loginProgram();
 
     // The first-start question answered with no: it is not asked again. Kept in a small file
-    // of its own in the data folder.
+    // of its own in the configuration folder.
     static bool isQuestionDeclined();
     static void declineQuestion();
 

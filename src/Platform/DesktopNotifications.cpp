@@ -6,6 +6,7 @@
 #include <QDBusMessage>
 #include <QDBusPendingCallWatcher>
 #include <QDBusPendingReply>
+#include <QDBusServiceWatcher>
 #include <QFile>
 #include <QVariantMap>
 
@@ -36,6 +37,69 @@ DesktopNotifications::DesktopNotifications(const QDBusConnection& bus, int style
     : QObject(parent), mBus(bus)
 {
     setStyle(style);
+    watchServer();
+}
+
+void DesktopNotifications::watchServer()
+{
+    if (!mBus.isConnected()) {
+        mServer = ServerAbsent;
+        failed(QStringLiteral("no session bus"));
+        return;
+    }
+    auto* watcher = new QDBusServiceWatcher(kService, mBus, QDBusServiceWatcher::WatchForOwnerChange, this);
+    connect(watcher, &QDBusServiceWatcher::serviceOwnerChanged, this,
+            [this](const QString&, const QString&, const QString& owner) {
+                // A server that the bus starts on demand may leave when idle: still there.
+                setServer(!owner.isEmpty() || mActivatable ? ServerPresent : ServerAbsent);
+            });
+    const QString bus = QStringLiteral("org.freedesktop.DBus");
+    const auto ask = [&](const QString& method, const QVariantList& arguments) {
+        QDBusMessage call =
+            QDBusMessage::createMethodCall(bus, QStringLiteral("/org/freedesktop/DBus"), bus, method);
+        call.setArguments(arguments);
+        return new QDBusPendingCallWatcher(mBus.asyncCall(call), this);
+    };
+    // Both answers come in order; the second one decides.
+    connect(ask(QStringLiteral("ListActivatableNames"), {}), &QDBusPendingCallWatcher::finished, this,
+            [this](QDBusPendingCallWatcher* w) {
+                w->deleteLater();
+                const QDBusPendingReply<QStringList> names = *w;
+                mActivatable = !names.isError() && names.value().contains(kService);
+            });
+    connect(ask(QStringLiteral("NameHasOwner"), {kService}), &QDBusPendingCallWatcher::finished, this,
+            [this](QDBusPendingCallWatcher* w) {
+                w->deleteLater();
+                const QDBusPendingReply<bool> running = *w;
+                if (mServer == ServerUnknown) {
+                    const bool present = mActivatable || (!running.isError() && running.value());
+                    setServer(present ? ServerPresent : ServerAbsent);
+                }
+            });
+}
+
+void DesktopNotifications::setServer(Server server)
+{
+    if (server == mServer) {
+        return;
+    }
+    mServer = server;
+    if (server == ServerAbsent) {
+        failed(QStringLiteral("no notification server on the bus; notices show as popups"));
+    } else {
+        mFailureLogged = false;  // a server that goes again is worth a line again
+    }
+    emit signalServerChanged(mServer);
+}
+
+bool DesktopNotifications::wantsPopup() const
+{
+    return mStyle != StyleNotification || mServer == ServerAbsent;
+}
+
+bool DesktopNotifications::wantsNotification() const
+{
+    return mStyle == StyleBoth || (mStyle == StyleNotification && mServer != ServerAbsent);
 }
 
 DesktopNotifications::DesktopNotifications() : DesktopNotifications(sessionBusIfAny())
@@ -53,7 +117,7 @@ void DesktopNotifications::onPreferencesChange(const UserPreferences& preference
 
 void DesktopNotifications::setStyle(int style)
 {
-    const int known = style == StylePopup || style == StyleNotification ? style : StyleBoth;
+    const int known = style == StylePopup || style == StyleBoth ? style : StyleNotification;
     if (known == mStyle) {
         return;
     }
@@ -61,25 +125,33 @@ void DesktopNotifications::setStyle(int style)
     emit signalStyleChanged(mStyle);
 }
 
-void DesktopNotifications::notify(Kind kind, const QString& summary, const QString& body, Urgency urgency)
+void DesktopNotifications::notify(Kind kind, const QString& summary, const QString& body, Urgency urgency,
+                                  Undelivered undelivered)
 {
     if (!wantsNotification()) {
         return;
     }
+    if (wantsPopup()) {
+        undelivered = nullptr;  // the popup shows anyway
+    }
     if (!mBus.isConnected()) {
         // A call on it would never answer.
         failed(QStringLiteral("no session bus"));
+        if (undelivered) {
+            undelivered();
+        }
         return;
     }
     if (mInFlight[kind]) {
         // Only the newest matters: it would replace the ones before it at once.
-        mWaiting[kind] = Waiting{true, summary, body, urgency};
+        mWaiting[kind] = Waiting{true, summary, body, urgency, std::move(undelivered)};
         return;
     }
-    send(kind, summary, body, urgency);
+    send(kind, summary, body, urgency, std::move(undelivered));
 }
 
-void DesktopNotifications::send(Kind kind, const QString& summary, const QString& body, Urgency urgency)
+void DesktopNotifications::send(Kind kind, const QString& summary, const QString& body, Urgency urgency,
+                                Undelivered undelivered)
 {
     mInFlight[kind] = true;
     QDBusMessage call = QDBusMessage::createMethodCall(kService, kPath, kService, QStringLiteral("Notify"));
@@ -89,21 +161,30 @@ void DesktopNotifications::send(Kind kind, const QString& summary, const QString
     call << kAppName << mLastId[kind] << QString::fromLatin1(kAppIcon) << summary << body << QStringList()
          << hints << kDefaultExpiry;
     auto* watcher = new QDBusPendingCallWatcher(mBus.asyncCall(call), this);
-    connect(watcher, &QDBusPendingCallWatcher::finished, this, [this, kind](QDBusPendingCallWatcher* w) {
-        w->deleteLater();
-        mInFlight[kind] = false;
-        const QDBusPendingReply<uint> reply = *w;
-        if (reply.isError()) {
-            failed(reply.error().message());
-        } else {
-            mLastId[kind] = reply.value();
-            emit signalSent(kind, mLastId[kind]);
-        }
-        if (mWaiting[kind].valid) {
-            const Waiting next = std::exchange(mWaiting[kind], Waiting());
-            send(kind, next.summary, next.body, next.urgency);
-        }
-    });
+    connect(watcher, &QDBusPendingCallWatcher::finished, this,
+            [this, kind, undelivered = std::move(undelivered)](QDBusPendingCallWatcher* w) {
+                w->deleteLater();
+                mInFlight[kind] = false;
+                const QDBusPendingReply<uint> reply = *w;
+                if (reply.isError()) {
+                    failed(reply.error().message());
+                    // The popup instead; a newer notice of the kind waiting replaces this one.
+                    if (undelivered && !mWaiting[kind].valid) {
+                        undelivered();
+                    }
+                } else {
+                    mLastId[kind] = reply.value();
+                    emit signalSent(kind, mLastId[kind]);
+                }
+                if (mWaiting[kind].valid) {
+                    Waiting next = std::exchange(mWaiting[kind], Waiting());
+                    if (wantsNotification()) {
+                        notify(kind, next.summary, next.body, next.urgency, std::move(next.undelivered));
+                    } else if (next.undelivered) {
+                        next.undelivered();
+                    }
+                }
+            });
 }
 
 void DesktopNotifications::failed(const QString& reason)
@@ -115,34 +196,37 @@ void DesktopNotifications::failed(const QString& reason)
     }
 }
 
-void DesktopNotifications::notifyBattery(int page)
+void DesktopNotifications::notifyBattery(int page, Undelivered undelivered)
 {
+    Undelivered u = std::move(undelivered);
     switch (page) {
         case 0:
-            notify(KindBattery, QStringLiteral("鼠标电量低"), QStringLiteral("请及时为鼠标充电"));
+            notify(KindBattery, QStringLiteral("鼠标电量低"), QStringLiteral("请及时为鼠标充电"),
+                   UrgencyNormal, std::move(u));
             break;
         case 1:
             notify(KindBattery, QStringLiteral("鼠标电量严重不足"),
-                   QStringLiteral("鼠标即将关机，请立即充电"), UrgencyCritical);
+                   QStringLiteral("鼠标即将关机，请立即充电"), UrgencyCritical, std::move(u));
             break;
         case 2:
             notify(KindBattery, QStringLiteral("鼠标已关机"), QStringLiteral("电量耗尽，充电后即可继续使用"),
-                   UrgencyCritical);
+                   UrgencyCritical, std::move(u));
             break;
         case 3:
-            notify(KindBattery, QStringLiteral("鼠标正在充电"), QString(), UrgencyLow);
+            notify(KindBattery, QStringLiteral("鼠标正在充电"), QString(), UrgencyLow, std::move(u));
             break;
         default:
             break;
     }
 }
 
-void DesktopNotifications::notifyDeviceChange(bool insert)
+void DesktopNotifications::notifyDeviceChange(bool insert, Undelivered undelivered)
 {
-    notify(KindDevice, insert ? QStringLiteral("设备插入") : QStringLiteral("设备拔出"), QString());
+    notify(KindDevice, insert ? QStringLiteral("设备插入") : QStringLiteral("设备拔出"), QString(),
+           UrgencyNormal, std::move(undelivered));
 }
 
-void DesktopNotifications::notifyBleConnected()
+void DesktopNotifications::notifyBleConnected(Undelivered undelivered)
 {
-    notify(KindDevice, QStringLiteral("蓝牙鼠标已连接"), QString());
+    notify(KindDevice, QStringLiteral("蓝牙鼠标已连接"), QString(), UrgencyNormal, std::move(undelivered));
 }

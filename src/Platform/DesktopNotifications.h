@@ -7,16 +7,23 @@
 #include <QObject>
 #include <QString>
 
+#include <functional>
+
 // Battery and device notices as desktop notifications (org.freedesktop.Notifications), and the
 // user's choice between those and the popup windows. Each kind of notice keeps one
 // notification on the screen: a new one replaces the last of its kind instead of stacking.
 // Calls are asynchronous, so a slow or missing notification service never holds up the
-// window; without one the notices still reach the popups the user chose.
+// window. "Notification" (the default) means one notice: the desktop's where a server runs or
+// can be started, the popup where none does, and the popup also for a notice whose call failed.
 class DesktopNotifications : public QObject, public Singleton<DesktopNotifications> {
     Q_OBJECT
 
 public:
     enum Style { StylePopup = 0, StyleNotification = 1, StyleBoth = 2 };
+    // Whether a notification server answers on the bus; unknown until the bus has told.
+    enum Server { ServerUnknown, ServerPresent, ServerAbsent };
+    // Shows the popup of a notice that was to be a notification only and reached no server.
+    using Undelivered = std::function<void()>;
     enum Kind { KindBattery, KindDevice, KindTyping, KindCount };
     enum Urgency { UrgencyLow = 0, UrgencyNormal = 1, UrgencyCritical = 2 };
 
@@ -24,27 +31,31 @@ public:
     static constexpr char kAppIcon[] = "zorvane";
 
     // A notifier on the given bus with a fixed style: tests use a private bus.
-    explicit DesktopNotifications(const QDBusConnection& bus, int style = StyleBoth,
+    explicit DesktopNotifications(const QDBusConnection& bus, int style = StyleNotification,
                                   QObject* parent = nullptr);
 
     int style() const { return mStyle; }
-    // Values the console does not know count as both, the default.
+    // Values the console does not know count as the default, notification.
     void setStyle(int style);
-    bool wantsPopup() const { return mStyle != StyleNotification; }
-    bool wantsNotification() const { return mStyle != StylePopup; }
+    Server server() const { return mServer; }
+    bool wantsPopup() const;
+    bool wantsNotification() const;
 
-    // Sends a notification unless the style is popup only; replaces the kind's previous one.
-    void notify(Kind kind, const QString& summary, const QString& body, Urgency urgency = UrgencyNormal);
+    // Sends a notification when wanted; replaces the kind's previous one. A call that fails
+    // while no popup was wanted runs `undelivered`.
+    void notify(Kind kind, const QString& summary, const QString& body, Urgency urgency = UrgencyNormal,
+                Undelivered undelivered = {});
     // The battery panel's pages: 0 low, 1 critical, 2 shut down, 3 charging; other pages send nothing.
-    void notifyBattery(int page);
-    void notifyDeviceChange(bool insert);
-    void notifyBleConnected();
+    void notifyBattery(int page, Undelivered undelivered = {});
+    void notifyDeviceChange(bool insert, Undelivered undelivered = {});
+    void notifyBleConnected(Undelivered undelivered = {});
 
     // The id the server gave the kind's last notification; 0 before any answer.
     uint lastId(Kind kind) const { return mLastId[kind]; }
 
 signals:
     void signalStyleChanged(int style);
+    void signalServerChanged(int server);
     // The server answered a Notify call (tests wait on it).
     void signalSent(int kind, uint id);
 
@@ -55,8 +66,12 @@ private:
     DesktopNotifications();
 
     void onPreferencesChange(const UserPreferences& preferences);
-    void send(Kind kind, const QString& summary, const QString& body, Urgency urgency);
+    void send(Kind kind, const QString& summary, const QString& body, Urgency urgency,
+              Undelivered undelivered);
     void failed(const QString& reason);
+    // Follows the server's coming and going; asks the bus once whether one runs or can start.
+    void watchServer();
+    void setServer(Server server);
 
     // A notice of a kind whose last Notify is still unanswered waits for that answer: sent
     // at once it would carry no id to replace and stack a second notification.
@@ -65,10 +80,13 @@ private:
         QString summary;
         QString body;
         Urgency urgency = UrgencyNormal;
+        Undelivered undelivered;
     };
 
     QDBusConnection mBus;
-    int mStyle = StyleBoth;
+    int mStyle = StyleNotification;
+    Server mServer = ServerUnknown;
+    bool mActivatable = false;
     uint mLastId[KindCount] = {};
     bool mInFlight[KindCount] = {};
     Waiting mWaiting[KindCount];

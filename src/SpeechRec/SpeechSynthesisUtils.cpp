@@ -53,7 +53,7 @@ void SpeechSynthesisUtils::shutDown()
 
 QString SpeechSynthesisUtils::audioFile()
 {
-    return AppPaths::dataFile(QStringLiteral("/tts.mp3"));
+    return AppPaths::cacheFile(QStringLiteral("/tts.mp3"));
 }
 
 bool SpeechSynthesisUtils::isPlaying() const

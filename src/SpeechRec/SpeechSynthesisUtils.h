@@ -13,7 +13,7 @@ class AudioPlayback;
 
 // Reads text aloud: a caller emits speechSynthesis per piece (at most 1024 characters), the
 // worker thread fetches the audio, and the pieces play in order of arrival through one file,
-// "/tts.mp3" in the data folder. speechSynthesisOver follows the end of every piece.
+// "/tts.mp3" in the cache folder. speechSynthesisOver follows the end of every piece.
 class SpeechSynthesisUtils : public QObject, public Singleton<SpeechSynthesisUtils> {
     Q_OBJECT
 

@@ -8,7 +8,6 @@
 #include <QFileInfo>
 #include <QHostAddress>
 #include <QProcessEnvironment>
-#include <QStandardPaths>
 
 namespace {
 
@@ -142,9 +141,7 @@ QString AppConfig::defaultFilePath()
     if (!fromEnv.isEmpty()) {
         return fromEnv;
     }
-    const QString base = QStandardPaths::writableLocation(QStandardPaths::GenericConfigLocation);
-    return base + QLatin1Char('/') + QLatin1String(AppPaths::kApplicationName) +
-           QLatin1String("/zorvane.ini");
+    return AppPaths::configFile(QStringLiteral("/zorvane.ini"));
 }
 
 AppConfig AppConfig::fromSources(const QString& filePath, const QHash<QString, QString>& environment)

@@ -4,7 +4,7 @@
 #include <QtGlobal>
 
 // The process log: every qDebug/qWarning/... line goes to "ZorvaneLog.txt" in the
-// application data folder as "hh:mm:ss.zzz Level: File:(f) Line:(n) message\r\n". One older
+// state folder as "hh:mm:ss.zzz Level: File:(f) Line:(n) message\r\n". One older
 // file, "ZorvaneLog.txt.1", is kept.
 void customMessageHandler(QtMsgType type, const QMessageLogContext& context, const QString& message);
 

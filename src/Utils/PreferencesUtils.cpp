@@ -56,7 +56,7 @@ const Field kFields[] = {
     {"pronPerson", &UserPreferences::pronPerson, nullptr, 0},
     {"dataLog", nullptr, &UserPreferences::dataLog, 0},
     // Later additions go last, so that files of earlier versions read as before.
-    {"noticeStyle", &UserPreferences::noticeStyle, nullptr, 2, true},
+    {"noticeStyle", &UserPreferences::noticeStyle, nullptr, 1, true},
 };
 
 // A file that Qt cannot read as INI, or one with NUL bytes (what a crash leaves of a file whose
@@ -93,6 +93,7 @@ void saveOrLog(QSettings* settings)
 }
 
 const QString kConfigGroup = QStringLiteral("config");
+const QString kSaidGroup = QStringLiteral("said");
 const QString kWebsiteGroup = QStringLiteral("habit_website");
 const QString kSearchUrlGroup = QStringLiteral("habit_search_url");
 
@@ -106,12 +107,12 @@ PreferencesUtils::PreferencesUtils()
 
 QString PreferencesUtils::preferencesPath()
 {
-    return AppPaths::dataFile(QStringLiteral("/preferences.ini"));
+    return AppPaths::configFile(QStringLiteral("/preferences.ini"));
 }
 
 QString PreferencesUtils::habitPath()
 {
-    return AppPaths::dataFile(QStringLiteral("/user_habit_ini"));
+    return AppPaths::configFile(QStringLiteral("/user_habit_ini"));
 }
 
 UserPreferences PreferencesUtils::getUserPreferences()
@@ -197,6 +198,23 @@ QMap<int, UserHabit> PreferencesUtils::getUserHabitList()
         habits.insert(builtIn.id, builtIn);
     }
     return habits;
+}
+
+bool PreferencesUtils::wasSaid(const QString& hint)
+{
+    setAsideIfCorrupt(preferencesPath());
+    return QSettings(preferencesPath(), QSettings::IniFormat)
+        .value(kSaidGroup + QLatin1Char('/') + hint)
+        .toBool();
+}
+
+void PreferencesUtils::markSaid(const QString& hint)
+{
+    setAsideIfCorrupt(preferencesPath());
+    QSettings settings(preferencesPath(), QSettings::IniFormat);
+    settings.setAtomicSyncRequired(true);  // as in setUserPreferences
+    settings.setValue(kSaidGroup + QLatin1Char('/') + hint, true);
+    saveOrLog(&settings);
 }
 
 void PreferencesUtils::addUserHabit(UserHabit habit)

@@ -42,8 +42,8 @@ struct UserPreferences {
     int pronPerson = 0;
     QString dataLog;
     // How battery and device notices reach the user: 0 the popup window, 1 a desktop
-    // notification, 2 both.
-    int noticeStyle = 2;
+    // notification (the popup where the desktop shows none), 2 both.
+    int noticeStyle = 1;
     bool isIFlySpeech = false;  // in memory only
 };
 Q_DECLARE_METATYPE(UserPreferences)

@@ -13,7 +13,7 @@ namespace PictureFiles {
 
 QString folder()
 {
-    const QString dir = AppPaths::dataFile(QStringLiteral("/pictures"));
+    const QString dir = AppPaths::cacheFile(QStringLiteral("/pictures"));
     if (!QFileInfo::exists(dir) && !QDir().mkpath(dir)) {
         qCWarning(lcConsole) << "cannot create the picture folder" << dir;
     }

@@ -3,11 +3,11 @@
 #include <QString>
 
 // Where the console keeps the branding pictures the backend names: a folder of their own in
-// the data folder, so that no name the backend sends can reach the preferences, the command
+// the cache folder, so that no name the backend sends can reach the preferences, the command
 // words or the log.
 namespace PictureFiles {
 
-// <data folder>/pictures, created if missing.
+// <cache folder>/pictures, created if missing.
 QString folder();
 
 // The local file of a picture reference: the URL-safe Base64 of its file name (the standard

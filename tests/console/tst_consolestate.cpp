@@ -388,7 +388,8 @@ void TestConsoleState::picturesFromTheBackendStayInTheirFolder()
     }
     QCOMPARE(PictureFiles::localPath(QStringLiteral("img/home.png")), local("home.png"));
     QCOMPARE(QFileInfo(PictureFiles::folder()).dir(),
-             QDir(QStandardPaths::writableLocation(QStandardPaths::AppDataLocation)));
+             QDir(QStandardPaths::writableLocation(QStandardPaths::GenericCacheLocation) +
+                  QStringLiteral("/ZorvaneV2")));
     // A link put in the folder under a picture's name does not lead the download elsewhere.
     QVERIFY(QFile::link(QStringLiteral("/etc/hostname"), local("linked.png")));
     QTest::ignoreMessage(QtWarningMsg,

@@ -8,6 +8,7 @@
 #include "Platform/AppAutoRunUtils.h"
 #include "Utils/PreferencesUtils.h"
 #include "Widget/Common/DeletePopupDialog.h"
+#include "Widget/Common/MessageDialog.h"
 #include "Widget/Console/AppAutoRunDialog.h"
 #include "Widget/Console/MainWindow.h"
 #include "Widget/Console/SystemTray.h"
@@ -42,7 +43,7 @@ class TestMainWindow : public QObject {
 
 private slots:
     void initTestCase();
-    void closeHidesAndQuitEnds();
+    void closeHidesAndSaysOnceQuitAsks();
     void leaveWithAnOpenListSaysNothing();
     void languageBoxesReachThePreferencesOnlyOnAChange();
     void restTimeFromThePresenterLeavesTheWorkClock();
@@ -95,7 +96,10 @@ void TestMainWindow::initTestCase()
     QVERIFY(question->isVisible());
     QVERIFY(question->checkBox()->isChecked());
     QVERIFY(!mWindow->isVisible());
-    QTimer::singleShot(0, mWindow->systemTray()->menu()->actions().constLast(), &QAction::trigger);
+    QTimer::singleShot(0, mWindow, [this] {
+        mWindow->systemTray()->menu()->actions().constLast()->trigger();
+        mWindow->quitQuestion()->submitButton()->click();
+    });
     QCOMPARE(QCoreApplication::exec(), 0);
     question->submitButton()->click();
     QVERIFY(question->isHidden());
@@ -104,13 +108,31 @@ void TestMainWindow::initTestCase()
     QCOMPARE(mWindow->getCurrentStackedWidgetIndex(), 0);
 }
 
-void TestMainWindow::closeHidesAndQuitEnds()
+void TestMainWindow::closeHidesAndSaysOnceQuitAsks()
 {
+    const auto closedHints = [] {
+        QList<MessageDialog*> shown;
+        for (QWidget* w : QApplication::topLevelWidgets()) {
+            if (w->objectName() == QLatin1String("closedHint") && w->isVisible()) {
+                shown << static_cast<MessageDialog*>(w);
+            }
+        }
+        return shown;
+    };
+    // The title bar's cross closes as the window manager's close does: hidden, still running,
+    // and the first time the user is told where the program went (no tray here).
+    Ui_MainWindow& ui = mWindow->widgets();
     mWindow->show();
     QVERIFY(mWindow->isShow());
-    QVERIFY(!mWindow->close());
+    ui.buttonClose->click();
     QVERIFY(!mWindow->isVisible());
     QVERIFY(mWindow->presenter()->lifecycle()->isDeviceControllerRunning());
+    QCOMPARE(closedHints().size(), 1);
+    MessageDialog* hint = closedHints().constFirst();
+    QVERIFY(hint->title().contains(QStringLiteral("再次启动 Zorvane")));
+    QVERIFY(hint->height() >= hint->heightForWidth(hint->width()));  // the whole text shows
+    hint->submitButton()->click();
+    QVERIFY(PreferencesUtils::getInstance()->wasSaid(QStringLiteral("consoleClosed")));
     // A voice key press leaves a closed console closed, and puts a shown one aside.
     mWindow->inputDialog()->hideMainWindows();
     QVERIFY(!mWindow->isVisible());
@@ -123,12 +145,29 @@ void TestMainWindow::closeHidesAndQuitEnds()
     mWindow->inputDialog()->hideMainWindows();
     QVERIFY(mWindow->isMinimized());
     mWindow->onShowMainView(3);
+    // Said once: the next close is silent.
+    QVERIFY(!mWindow->close());
+    QVERIFY(closedHints().isEmpty());
+    mWindow->onShowMainView(3);
+
+    // 退出 in the menu asks first; "取消" leaves everything running.
+    QAction* quit = mWindow->menu()->actions().constLast();
+    QCOMPARE(quit->text(), QStringLiteral("退出"));
+    quit->trigger();
+    QVERIFY(mWindow->quitQuestion()->isVisible());
+    QVERIFY(mWindow->quitQuestion()->title().contains(QStringLiteral("语音听写将停止")));
+    QCOMPARE(mWindow->quitQuestion()->geometry().center(), mWindow->geometry().center());
+    mWindow->quitQuestion()->cancelButton()->click();
+    QTRY_VERIFY(mWindow->quitQuestion() == nullptr);
+    QVERIFY(mWindow->isShow());
 
     // Quitting from the add page leaves the form clean and the table showing.
-    Ui_MainWindow& ui = mWindow->widgets();
     mWindow->recvMenuSiganl(Ui_MainWindow::AddCommandPage);
     ui.addForm.command->setText(QStringLiteral("半截"));
-    QTimer::singleShot(0, ui.buttonClose, &QToolButton::click);
+    QTimer::singleShot(0, mWindow, [this, quit] {
+        quit->trigger();
+        mWindow->quitQuestion()->submitButton()->click();
+    });
     QCOMPARE(QCoreApplication::exec(), 0);
     QCOMPARE(mWindow->getCurrentStackedWidgetIndex(), int(Ui_MainWindow::CommandPage));
     QVERIFY(ui.addForm.command->text().isEmpty());

@@ -77,15 +77,25 @@ inline bool writeSpeech(const QString& path, const QString& words = QStringLiter
     return convert.waitForFinished(20000) && convert.exitCode() == 0;
 }
 
-// Where the program keeps the user's things.
+// Where the program keeps the user's things: the settings, the log, the command words.
 inline QString dataFolder()
 {
     return QStandardPaths::writableLocation(QStandardPaths::GenericDataLocation) +
            QStringLiteral("/ZorvaneV2");
 }
+inline QString configFolder()
+{
+    return QStandardPaths::writableLocation(QStandardPaths::GenericConfigLocation) +
+           QStringLiteral("/ZorvaneV2");
+}
+inline QString stateFolder()
+{
+    // The suites always set it (tests/CMakeLists.txt).
+    return qEnvironmentVariable("XDG_STATE_HOME") + QStringLiteral("/ZorvaneV2");
+}
 inline QString preferencesPath()
 {
-    return dataFolder() + QStringLiteral("/preferences.ini");
+    return configFolder() + QStringLiteral("/preferences.ini");
 }
 inline QString commandWordsPath()
 {
@@ -94,7 +104,7 @@ inline QString commandWordsPath()
 
 inline QString programLogPath()
 {
-    return dataFolder() + QStringLiteral("/ZorvaneLog.txt");
+    return stateFolder() + QStringLiteral("/ZorvaneLog.txt");
 }
 inline QString programLog()
 {
@@ -191,7 +201,7 @@ struct UserData {
     {
         UserData data;
         for (const QString& file : {QStringLiteral("preferences.ini"), QStringLiteral("user_habit_ini")}) {
-            QSettings settings(dataFolder() + QLatin1Char('/') + file, QSettings::IniFormat);
+            QSettings settings(configFolder() + QLatin1Char('/') + file, QSettings::IniFormat);
             for (const QString& key : settings.allKeys()) {
                 data.values.insert(file + QLatin1Char(':') + key, settings.value(key).toString());
             }

@@ -40,7 +40,7 @@ private slots:
     void clickBeforeTheFinalKeepsTheUsersText_data();
     void clickBeforeTheFinalKeepsTheUsersText();
     void killedWhileSavingKeepsAWholeFile();
-    void fullThenReadOnlyDataFolderKeepsTheFile();
+    void fullThenReadOnlySettingsFolderKeepsTheFile();
     void corruptFilesDoNotStopTheProgram();
 
 private:
@@ -380,14 +380,14 @@ void TestFaults::killedWhileSavingKeepsAWholeFile()
     QVERIFY(mRig.startProgramOnReceiver());
 }
 
-// The data folder fills up, then turns read-only, under the running program: a setting changed
+// The settings folder fills up, then turns read-only, under the running program: a setting changed
 // meanwhile leaves the file as it was, and is saved whole once there is room again.
-void TestFaults::fullThenReadOnlyDataFolderKeepsTheFile()
+void TestFaults::fullThenReadOnlySettingsFolderKeepsTheFile()
 {
     if (::geteuid() != 0) {
-        QSKIP("a small file system over the data folder needs root to mount");
+        QSKIP("a small file system over the settings folder needs root to mount");
     }
-    const QString folder = dataFolder();
+    const QString folder = configFolder();
     auto run = [](const QString& command) {
         return QProcess::execute(QStringLiteral("sh"), {QStringLiteral("-c"), command});
     };
@@ -473,7 +473,9 @@ void TestFaults::corruptFilesDoNotStopTheProgram()
     dictateTheSentence();
     // What was damaged is kept for the user to look at, beside the fresh files.
     QStringList kept;
-    for (const QFileInfo& file : QDir(dataFolder()).entryInfoList(QDir::Files)) {
+    QFileInfoList files = QDir(dataFolder()).entryInfoList(QDir::Files);
+    files += QDir(configFolder()).entryInfoList(QDir::Files);
+    for (const QFileInfo& file : qAsConst(files)) {
         QFile damaged(file.filePath());
         const QByteArray content = damaged.open(QIODevice::ReadOnly) ? damaged.readAll() : QByteArray();
         if (file.filePath() != preferencesPath() && file.filePath() != commandWordsPath() &&
@@ -481,7 +483,7 @@ void TestFaults::corruptFilesDoNotStopTheProgram()
             kept << file.fileName();
         }
     }
-    QVERIFY2(kept.size() == 2, qPrintable(QDir(dataFolder()).entryList(QDir::Files).join(QLatin1Char(' '))));
+    QVERIFY2(kept.size() == 2, qPrintable(kept.join(QLatin1Char(' '))));
 
     // The good files back, for the cases after this one and for the comparison of the user's data.
     QVERIFY(mRig.stopProgram());

@@ -20,28 +20,48 @@ namespace {
 // 32 x 28 with 12 px to the right edge; the mouse settings page puts the speed frame at
 // (214, 80) and, for a mouse with the fourth level, its 100 x 48 buttons at x 39, 153, 267 and
 // y 50 inside it.
-enum Spot { NavMouseSettings, SpeedSlow, SpeedStandard, Quit };
+enum Spot { NavMouseSettings, SpeedSlow, SpeedStandard, Menu, Close };
 const QPoint kSpots[] = {
     {92, 248},   // 鼠标设置
     {303, 154},  // 慢速: the mouse's level 2
     {417, 154},  // 标准: level 0
-    {852, 22},   // the title bar's close button, which quits
+    {780, 22},   // the title bar's menu button
+    {852, 22},   // the title bar's close button
 };
 
 const QString kConsoleName = QStringLiteral("^Zorvane$");
 
 // The first-start question is this wide; its height follows the line on what starts at login.
 constexpr int kQuestionWidth = 400;
+// The message boxes: the hint on the first close, the question before quitting.
+constexpr int kMessageWidth = 360;
 
-QStringList questions()
+QStringList windowsOfWidth(int width)
 {
     QStringList found;
     for (const QString& id : visibleWindows(kConsoleName)) {
-        if (windowSize(id).width() == kQuestionWidth) {
+        if (windowSize(id).width() == width) {
             found << id;
         }
     }
     return found;
+}
+
+QStringList questions()
+{
+    return windowsOfWidth(kQuestionWidth);
+}
+
+// Answers the message box that stands with its default button.
+bool answerMessage()
+{
+    if (!QTest::qWaitFor([] { return !windowsOfWidth(kMessageWidth).isEmpty(); }, kWindowMs)) {
+        return false;
+    }
+    xdotool({QStringLiteral("windowactivate"), QStringLiteral("--sync"),
+             windowsOfWidth(kMessageWidth).constFirst()});
+    xdotool({QStringLiteral("key"), QStringLiteral("--clearmodifiers"), QStringLiteral("Return")});
+    return QTest::qWaitFor([] { return windowsOfWidth(kMessageWidth).isEmpty(); }, kWindowMs);
 }
 
 const QString kPlugStripName = QStringLiteral("^Zorvane 设备提示$");
@@ -223,11 +243,13 @@ void TestProgram::unplugShowsTheStrip()
 void TestProgram::closedConsoleKeepsTheMouse()
 {
     QVERIFY(!mConsole.isEmpty());
-    // Closed the way a desktop closes windows: the window manager's close request.
-    xdotool({QStringLiteral("windowactivate"), QStringLiteral("--sync"), mConsole});
-    xdotool({QStringLiteral("key"), QStringLiteral("--clearmodifiers"), QStringLiteral("alt+F4")});
+    // The title bar's cross only closes, and the first time the program says where it went.
+    click(mConsole, Close);
     QVERIFY(waitForNoWindow(kConsoleName, kConsoleSize));
     QCOMPARE(mProgram->process().state(), QProcess::Running);
+    QVERIFY(QTest::qWaitFor([] { return !windowsOfWidth(kMessageWidth).isEmpty(); }, kWindowMs));
+    screenshot(QStringLiteral("console-closed-hint"));
+    QVERIFY(answerMessage());
     // A voice key press leaves it closed: not back in the task bar, minimised.
     mSim->command("press 6");
     QVERIFY(QTest::qWaitFor([&] { return !visibleWindows(kConsoleName).isEmpty(); }, kWindowMs));
@@ -254,12 +276,30 @@ void TestProgram::secondStartBringsTheConsoleBack()
     mConsole = waitForWindow(kConsoleName, kConsoleSize);
     QVERIFY(!mConsole.isEmpty());
     QCOMPARE(mProgram->process().state(), QProcess::Running);
+    // The window manager's close does the same, and says nothing the second time.
+    xdotool({QStringLiteral("windowactivate"), QStringLiteral("--sync"), mConsole});
+    xdotool({QStringLiteral("key"), QStringLiteral("--clearmodifiers"), QStringLiteral("alt+F4")});
+    QVERIFY(waitForNoWindow(kConsoleName, kConsoleSize));
+    QTest::qWait(300);
+    QVERIFY(windowsOfWidth(kMessageWidth).isEmpty());
+    Child third(programEnvironment());
+    third.start(QStringLiteral(ZORVANE_BINARY));
+    QVERIFY(third.process().waitForFinished(10000));
+    mConsole = waitForWindow(kConsoleName, kConsoleSize);
+    QVERIFY(!mConsole.isEmpty());
 }
 
 void TestProgram::quitEndsAndTheAutostartQuestionComesFirst()
 {
     QVERIFY(!mConsole.isEmpty());
-    click(mConsole, Quit);
+    // 退出 is the last entry of the title bar's menu, and asks first.
+    click(mConsole, Menu);
+    xdotool({QStringLiteral("key"), QStringLiteral("--clearmodifiers"), QStringLiteral("Up"),
+             QStringLiteral("Return")});
+    QVERIFY(QTest::qWaitFor([] { return !windowsOfWidth(kMessageWidth).isEmpty(); }, kWindowMs));
+    screenshot(QStringLiteral("quit-question"));
+    QCOMPARE(mProgram->process().state(), QProcess::Running);
+    QVERIFY(answerMessage());
     QVERIFY(mProgram->process().waitForFinished(10000));
     QCOMPARE(mProgram->process().exitStatus(), QProcess::NormalExit);
     QCOMPARE(mProgram->process().exitCode(), 0);

@@ -101,8 +101,7 @@ void TestVoice::initTestCase()
                       "[Default Applications]\nx-scheme-handler/http=e2e-browser.desktop\n"
                       "x-scheme-handler/https=e2e-browser.desktop\n"));
     // Selected text offers the toolbar.
-    QVERIFY(writeFile(data + QStringLiteral("/ZorvaneV2/preferences.ini"),
-                      "[config]\ntextTranslateMode=1\ndpiValue=0\n"));
+    QVERIFY(writeFile(preferencesPath(), "[config]\ntextTranslateMode=1\ndpiValue=0\n"));
     writeAutostartEntry();
     QVERIFY(commandWords(kCommandWord, kCommandPage).size() == 1);
     mSpeech = runtime + QStringLiteral("/speech.wav");

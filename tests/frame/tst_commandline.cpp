@@ -3,6 +3,7 @@
 #include "Utils/AppConfig.h"
 #include "Widget/SingleApplication.h"
 
+#include <QDir>
 #include <QFile>
 #include <QProcess>
 #include <QTemporaryDir>
@@ -19,7 +20,7 @@ private slots:
     void helpAndVersionLeaveTheRunningInstanceAlone();
     void badOptionsFailAndQtOptionsPass();
     void startLineNamesTheSources();
-    void aRealStartLogsTheStartLine();
+    void aRealStartMovesEarlierFilesAndLogsTheStartLine();
 
 private:
     struct Run {
@@ -60,8 +61,8 @@ void TestCommandLine::helpAndVersionLeaveTheRunningInstanceAlone()
     QTest::qWait(100);
     QVERIFY2(!window.isVisible(), "an answered option raised the running instance");
     // Nor did it open the log of the running instance.
-    const QString dataHome = qEnvironmentVariable("XDG_DATA_HOME");
-    QVERIFY(!QFile::exists(dataHome + QStringLiteral("/ZorvaneV2/ZorvaneLog.txt")));
+    const QString stateHome = qEnvironmentVariable("XDG_STATE_HOME");
+    QVERIFY(!QFile::exists(stateHome + QStringLiteral("/ZorvaneV2/ZorvaneLog.txt")));
     mApp->mainWindow = nullptr;
 }
 
@@ -121,26 +122,69 @@ void TestCommandLine::startLineNamesTheSources()
              qPrintable(plain));
 }
 
-void TestCommandLine::aRealStartLogsTheStartLine()
+void TestCommandLine::aRealStartMovesEarlierFilesAndLogsTheStartLine()
 {
     // A runtime folder of its own: the program must not find us and must start fully.
     QTemporaryDir runtime(QStringLiteral("/tmp/zcl-XXXXXX"));
-    QTemporaryDir data;
-    QVERIFY(runtime.isValid() && data.isValid());
+    QTemporaryDir home;
+    QVERIFY(runtime.isValid() && home.isValid());
     QFile::setPermissions(runtime.path(), QFile::ReadOwner | QFile::WriteOwner | QFile::ExeOwner);
     QProcessEnvironment env = QProcessEnvironment::systemEnvironment();
     env.insert(QStringLiteral("XDG_RUNTIME_DIR"), runtime.path());
-    env.insert(QStringLiteral("XDG_DATA_HOME"), data.path());
+    for (const char* kind : {"DATA", "CONFIG", "STATE", "CACHE"}) {
+        env.insert(QStringLiteral("XDG_%1_HOME").arg(QLatin1String(kind)),
+                   home.filePath(QLatin1String(kind)));
+    }
     env.insert(QStringLiteral("ZORVANE_DEVICE_SOCKET"), runtime.filePath(QStringLiteral("mouse")));
+
+    // The data folder as an earlier version left it: everything in one place.
+    const QString earlier = home.filePath(QStringLiteral("DATA/ZorvaneV2/"));
+    const QMap<QString, QString> kept{
+        {QStringLiteral("preferences.ini"), QStringLiteral("CONFIG")},
+        {QStringLiteral("preferences.ini.corrupt-20240101-000000-000"), QStringLiteral("CONFIG")},
+        {QStringLiteral("user_habit_ini"), QStringLiteral("CONFIG")},
+        {QStringLiteral("autostart.ini"), QStringLiteral("CONFIG")},
+        {QStringLiteral("ZorvaneLog.txt.1"), QStringLiteral("STATE")},
+        {QStringLiteral("pictures/aG9tZS5wbmc"), QStringLiteral("CACHE")},
+        {QStringLiteral("tts.mp3"), QStringLiteral("CACHE")},
+    };
+    QVERIFY(QDir().mkpath(earlier + QStringLiteral("pictures")));
+    const auto write = [](const QString& path, const QByteArray& bytes) {
+        QFile file(path);
+        return file.open(QIODevice::WriteOnly) && file.write(bytes) == bytes.size();
+    };
+    // Settings files stay readable as such: an unreadable one would be set aside.
+    const auto content = [](const QString& name) -> QByteArray {
+        return QByteArray("[config]\nnote=") + name.toUtf8() + "\n";
+    };
+    for (auto it = kept.begin(); it != kept.end(); ++it) {
+        QVERIFY(write(earlier + it.key(), content(it.key())));
+    }
+    QVERIFY(write(earlier + QStringLiteral("ZorvaneLog.txt"), "an earlier run\r\n"));
+    const QString words = earlier + QStringLiteral("em9ydmFuZV9kYg==");
+    QVERIFY(write(words, "the command words stay"));
+
     QProcess program;
     program.setProcessEnvironment(env);
     program.start(QStringLiteral(ZORVANE_BINARY), QStringList());
     QVERIFY(program.waitForStarted());
     const QString text = waitForLog(
-        program, data.filePath(QStringLiteral("ZorvaneV2/ZorvaneLog.txt")),
+        program, home.filePath(QStringLiteral("STATE/ZorvaneV2/ZorvaneLog.txt")),
         [](const QString& log) { return log.contains(QLatin1String("starting;")); }, 20000);
     program.kill();
     program.waitForFinished();
+
+    // Each file in its folder, whole, and gone from the old place; the log goes on in its own.
+    for (auto it = kept.begin(); it != kept.end(); ++it) {
+        QFile moved(home.filePath(it.value() + QStringLiteral("/ZorvaneV2/") + it.key()));
+        QVERIFY2(moved.open(QIODevice::ReadOnly), qPrintable(moved.fileName()));
+        QVERIFY2(moved.readAll().contains(content(it.key()).mid(9)), qPrintable(it.key()));
+        QVERIFY2(!QFile::exists(earlier + it.key()), qPrintable(it.key()));
+    }
+    QVERIFY2(text.startsWith(QLatin1String("an earlier run\r\n")), qPrintable(text.left(200)));
+    QVERIFY2(text.contains(QLatin1String("moved ") + earlier + QStringLiteral("preferences.ini")),
+             qPrintable(text));
+    QVERIFY(QFile::exists(words));
     const QString line = text.section(QLatin1String("starting;"), 1, 1).section(QLatin1Char('\n'), 0, 0);
     QVERIFY2(!line.isEmpty(), qPrintable(text));
     QVERIFY2(line.contains(QLatin1String("environment ZORVANE_DEVICE_SOCKET")), qPrintable(line));

@@ -25,7 +25,7 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size)
     static QTemporaryDir home;
     if (!qEnvironmentVariableIsSet("ZORVANE_FUZZ_HOME")) {
         qputenv("ZORVANE_FUZZ_HOME", "1");
-        qputenv("XDG_DATA_HOME", home.path().toUtf8());
+        qputenv("XDG_CONFIG_HOME", home.path().toUtf8());
     }
     fuzzSetUp();
     QCoreApplication::setApplicationName(QString::fromLatin1(AppPaths::kApplicationName));

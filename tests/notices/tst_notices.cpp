@@ -10,6 +10,7 @@
 #include <QMouseEvent>
 #include <QPointer>
 #include <QPropertyAnimation>
+#include <QPushButton>
 #include <QScreen>
 #include <QTimer>
 #include <QToolButton>
@@ -186,6 +187,11 @@ void TestNotices::batteryButtonSilencesAndCloses()
         QVERIFY(!panel->presenter()->minLowbatTimer()->isActive());
         QCOMPARE(QPair(low.count(), min.count()), QPair(1, page));
     }
+    // The cross only closes: the next report shows the panel again.
+    panel->changeView(0);
+    panel->closeButton()->click();
+    QTRY_VERIFY(panel->isHidden());
+    QCOMPARE(QPair(low.count(), min.count()), QPair(1, 1));
 }
 
 void TestNotices::batteryShownAgainWhileShrinking()

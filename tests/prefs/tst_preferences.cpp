@@ -1,6 +1,7 @@
 #include "Utils/AppPaths.h"
 #include "Utils/FileAside.h"
 #include "Utils/PreferencesUtils.h"
+#include "WidgetPresenter/PictureFiles.h"
 
 #include <QDir>
 #include <QFile>
@@ -26,6 +27,7 @@ private slots:
     void habits();
     void failedSavesLeaveTheOldFile();
     void corruptFilesAreKeptAside();
+    void earlierFilesMoveOnceAndAreUsed();
 
 private:
     static QByteArray fileText(const QString& path);
@@ -114,15 +116,15 @@ void TestPreferences::badFilesGiveDefaults()
     QCOMPARE(p.workTime, 3600000);
     QCOMPARE(p.checkUpdate, 1);
 
-    // A data folder that cannot exist: defaults, a log line, no crash.
-    const QByteArray saved = qgetenv("XDG_DATA_HOME");
+    // A settings folder that cannot exist: defaults, a log line, no crash.
+    const QByteArray saved = qgetenv("XDG_CONFIG_HOME");
     const QString blocker =
         QDir::tempPath() + QStringLiteral("/zorvane-not-a-folder-%1").arg(QCoreApplication::applicationPid());
     {
         QFile file(blocker);
         QVERIFY(file.open(QIODevice::WriteOnly));
     }
-    qputenv("XDG_DATA_HOME", blocker.toLocal8Bit());
+    qputenv("XDG_CONFIG_HOME", blocker.toLocal8Bit());
     QSignalSpy spy(prefs(), &PreferencesUtils::signalPreferencesChange);
     UserPreferences q = prefs()->getUserPreferences();
     QCOMPARE(q.dpiValue, 3);
@@ -130,7 +132,7 @@ void TestPreferences::badFilesGiveDefaults()
     prefs()->setUserPreferences(q);
     QCOMPARE(spy.size(), 1);
     QCOMPARE(prefs()->getUserHabitList().size(), 1);
-    qputenv("XDG_DATA_HOME", saved);
+    qputenv("XDG_CONFIG_HOME", saved);
     QFile::remove(blocker);
 }
 
@@ -211,12 +213,12 @@ QStringList filesBeside(const QString& path)
 
 void TestPreferences::failedSavesLeaveTheOldFile()
 {
-    // A data folder that another user could enter, for the read-only case as root.
+    // A settings folder that another user could enter, for the read-only case as root.
     QTemporaryDir home;
     QVERIFY(QFile::setPermissions(home.path(), QFile::ReadOwner | QFile::WriteOwner | QFile::ExeOwner |
                                                    QFile::ReadOther | QFile::ExeOther));
-    const QByteArray savedHome = qgetenv("XDG_DATA_HOME");
-    qputenv("XDG_DATA_HOME", home.path().toLocal8Bit());
+    const QByteArray savedHome = qgetenv("XDG_CONFIG_HOME");
+    qputenv("XDG_CONFIG_HOME", home.path().toLocal8Bit());
     const QString path = PreferencesUtils::preferencesPath();
     UserPreferences p = prefs()->getUserPreferences();
     p.dpiValue = 1;
@@ -259,7 +261,7 @@ void TestPreferences::failedSavesLeaveTheOldFile()
     prefs()->setUserPreferences(p);
     QCOMPARE(prefs()->getUserPreferences().saveCustomerName, p.saveCustomerName);
     QCOMPARE(prefs()->getUserPreferences().dpiValue, 3);
-    qputenv("XDG_DATA_HOME", savedHome);
+    qputenv("XDG_CONFIG_HOME", savedHome);
 }
 
 void TestPreferences::corruptFilesAreKeptAside()
@@ -301,6 +303,59 @@ void TestPreferences::corruptFilesAreKeptAside()
         prefs()->getUserPreferences();
     }
     QCOMPARE(asideCopies().size(), FileAside::kKeptCopies);
+}
+
+// The data folder of an earlier version, all in one place, with a move cut short before: the
+// cache on another file system (tmpfs), so that the pictures are copied rather than renamed.
+void TestPreferences::earlierFilesMoveOnceAndAreUsed()
+{
+    QTemporaryDir home;
+    QTemporaryDir otherFileSystem(QStringLiteral("/dev/shm/zorvane-cache-XXXXXX"));
+    QVERIFY(home.isValid());
+    const QByteArray saved[] = {qgetenv("XDG_DATA_HOME"), qgetenv("XDG_CONFIG_HOME"),
+                                qgetenv("XDG_STATE_HOME"), qgetenv("XDG_CACHE_HOME")};
+    const char* variables[] = {"XDG_DATA_HOME", "XDG_CONFIG_HOME", "XDG_STATE_HOME", "XDG_CACHE_HOME"};
+    auto restore = qScopeGuard([&] {
+        for (int i = 0; i < 4; ++i) {
+            qputenv(variables[i], saved[i]);
+        }
+    });
+    for (int i = 0; i < 3; ++i) {
+        qputenv(variables[i], home.filePath(QString::fromLatin1(variables[i])).toLocal8Bit());
+    }
+    qputenv("XDG_CACHE_HOME",
+            (otherFileSystem.isValid() ? otherFileSystem.path() : home.filePath(QStringLiteral("cache")))
+                .toLocal8Bit());
+    const QString earlier = home.filePath(QStringLiteral("XDG_DATA_HOME/ZorvaneV2/"));
+    const auto write = [](const QString& path, const QByteArray& text) {
+        QDir().mkpath(QFileInfo(path).absolutePath());
+        QFile file(path);
+        return file.open(QIODevice::WriteOnly) && file.write(text) == text.size();
+    };
+    QVERIFY(write(earlier + QStringLiteral("preferences.ini"), "[config]\ndpiValue=1\n"));
+    QVERIFY(write(earlier + QStringLiteral("user_habit_ini"), "[habit_website]\n3=http://old.example/\n"));
+    QVERIFY(write(earlier + QStringLiteral("ZorvaneLog.txt"), "earlier\r\n"));
+    QVERIFY(write(earlier + QStringLiteral("pictures/aG9tZS5wbmc"), "picture"));
+    QVERIFY(write(earlier + QStringLiteral("em9ydmFuZV9kYg=="), "words"));
+    // Cut short before: the habits already arrived whole (the old copy goes); an autostart
+    // answer made since, under the new name, wins over the old one.
+    const QString config = home.filePath(QStringLiteral("XDG_CONFIG_HOME/ZorvaneV2/"));
+    QVERIFY(write(config + QStringLiteral("user_habit_ini"), "[habit_website]\n3=http://old.example/\n"));
+    QVERIFY(write(earlier + QStringLiteral("autostart.ini"), "[question]\ndeclined=false\n"));
+    QVERIFY(write(config + QStringLiteral("autostart.ini"), "[question]\ndeclined=true\n"));
+
+    const QStringList report = AppPaths::moveEarlierFiles();
+    QVERIFY2(report.size() == 5, qPrintable(report.join(QLatin1Char('\n'))));
+    QCOMPARE(QDir(earlier).entryList(QDir::AllEntries | QDir::NoDotAndDotDot),
+             QStringList({QStringLiteral("autostart.ini"), QStringLiteral("em9ydmFuZV9kYg==")}));
+    QCOMPARE(fileText(config + QStringLiteral("autostart.ini")), QByteArray("[question]\ndeclined=true\n"));
+    QCOMPARE(fileText(AppPaths::stateFile(QStringLiteral("/ZorvaneLog.txt"))), QByteArray("earlier\r\n"));
+    // Read where the program reads them now.
+    QCOMPARE(prefs()->getUserPreferences().dpiValue, 1);
+    QCOMPARE(prefs()->getUserHabitList().value(3).website, QStringLiteral("http://old.example/"));
+    QCOMPARE(fileText(PictureFiles::localPath(QStringLiteral("img/home.png"))), QByteArray("picture"));
+    // Once: a second start finds nothing more to move.
+    QVERIFY(AppPaths::moveEarlierFiles().filter(QStringLiteral("moved")).isEmpty());
 }
 
 QTEST_GUILESS_MAIN(TestPreferences)

@@ -80,6 +80,7 @@ void TestSocketPaths::singleInstanceGuardSaysWhyItIsOff()
     QProcessEnvironment env = QProcessEnvironment::systemEnvironment();
     env.insert(QStringLiteral("XDG_RUNTIME_DIR"), mLongDir);
     env.insert(QStringLiteral("XDG_DATA_HOME"), data);
+    env.insert(QStringLiteral("XDG_STATE_HOME"), data);
     env.insert(QStringLiteral("QT_QPA_PLATFORM"), QStringLiteral("offscreen"));
     QProcess app;
     app.setProcessEnvironment(env);

@@ -50,7 +50,7 @@ private slots:
     void notifyCarriesTheAppAndReplacesItsKind();
     void missingServiceIsToldOnce();
     void preferenceReadsOldFilesAndIsFollowed();
-    void consoleNoticesFollowTheStyle();
+    void consoleNoticesShowOnceByDefault();
     void trayLookFollowsTheState();
     void trayFollowsConsoleAndDevice();
     void trayMenuSpeaksThroughSignals();
@@ -200,51 +200,74 @@ void TestTray::missingServiceIsToldOnce()
 void TestTray::preferenceReadsOldFilesAndIsFollowed()
 {
     PreferencesUtils* prefs = PreferencesUtils::getInstance();
-    // A file of an earlier version, without the key: both.
+    // A file of an earlier version, without the key: the default, notification.
     {
         QSettings old(PreferencesUtils::preferencesPath(), QSettings::IniFormat);
         old.setValue(QStringLiteral("config/dpiValue"), 1);
     }
-    QCOMPARE(prefs->getUserPreferences().noticeStyle, 2);
+    QCOMPARE(prefs->getUserPreferences().noticeStyle, 1);
     QCOMPARE(prefs->getUserPreferences().dpiValue, 1);
 
     // The process-wide notifier starts from the file and follows every change.
     DesktopNotifications* shared = DesktopNotifications::getInstance();
-    QCOMPARE(shared->style(), 2);
+    QCOMPARE(shared->style(), 1);
     UserPreferences p = prefs->getUserPreferences();
     p.noticeStyle = 0;
     prefs->setUserPreferences(p);
     QCOMPARE(shared->style(), 0);
     QCOMPARE(prefs->getUserPreferences().noticeStyle, 0);
-    // A value the console does not know is the default, both.
+    // A value the console does not know is the default.
     p.noticeStyle = 9;
     prefs->setUserPreferences(p);
-    QCOMPARE(shared->style(), 2);
+    QCOMPARE(shared->style(), 1);
 }
 
-void TestTray::consoleNoticesFollowTheStyle()
+void TestTray::consoleNoticesShowOnceByDefault()
 {
-    DesktopNotifications n(mClientBus, DesktopNotifications::StylePopup);
+    const QString service = QStringLiteral("org.freedesktop.Notifications");
+    const QString path = QStringLiteral("/org/freedesktop/Notifications");
+    BLEConnectedDialog* hint = BLEConnectedDialog::getInstance(nullptr);
+    // By default, with a server on the bus: the notification alone.
+    DesktopNotifications n(mClientBus);
+    QTRY_COMPARE(n.server(), DesktopNotifications::ServerPresent);
     WidgetConsoleNotices notices(nullptr, &n);
     mServer.calls.clear();
-
-    // Popups only: a strip, and nothing on the bus (the count below would show it).
-    notices.showDeviceChange(true);
-    QCOMPARE(strips().size(), 1);
-
-    n.setStyle(DesktopNotifications::StyleNotification);
     notices.showDeviceChange(false);
     notices.showBleConnected();
     QTRY_COMPARE(mServer.calls.size(), 2);
     QCOMPARE(mServer.calls[0].summary, QStringLiteral("设备拔出"));
-    QCOMPARE(strips().size(), 1);
-    QVERIFY(!BLEConnectedDialog::getInstance(nullptr)->isVisible());
+    QVERIFY(strips().isEmpty());
+    QVERIFY(!hint->isVisible());
 
+    // A server that fails the call: the popup instead, once the failure is known.
+    mServerBus.unregisterObject(path);
+    notices.showDeviceChange(true);
+    QTRY_COMPARE(strips().size(), 1);
+    notices.showBleConnected();
+    QTRY_VERIFY(hint->isVisible());
+    hint->hide();
+    QVERIFY(mServerBus.registerObject(path, &mServer, QDBusConnection::ExportAllSlots));
+
+    // No server at all: straight to the popups, nothing asked of the bus.
+    QVERIFY(mServerBus.unregisterService(service));
+    QTRY_COMPARE(n.server(), DesktopNotifications::ServerAbsent);
+    mServer.calls.clear();
+    notices.showBleConnected();
+    QVERIFY(hint->isVisible());
+    hint->hide();
+    QVERIFY(mServerBus.registerService(service));
+    QTRY_COMPARE(n.server(), DesktopNotifications::ServerPresent);
+
+    // The user's other choices: popups only, or both.
+    n.setStyle(DesktopNotifications::StylePopup);
+    notices.showBleConnected();
+    QVERIFY(hint->isVisible());
+    hint->hide();
     n.setStyle(DesktopNotifications::StyleBoth);
     notices.showBleConnected();
-    QTRY_COMPARE(mServer.calls.size(), 3);
-    QVERIFY(BLEConnectedDialog::getInstance(nullptr)->isVisible());
-    BLEConnectedDialog::getInstance(nullptr)->hide();
+    QTRY_COMPARE(mServer.calls.size(), 1);
+    QVERIFY(hint->isVisible());
+    hint->hide();
 }
 
 void TestTray::trayLookFollowsTheState()
@@ -462,25 +485,22 @@ void TestTray::windowDrivesTrayAndRoutesBatteryNotices()
     QVERIFY(!AppAutoRunUtils::getInstance()->isAppAutoRun());
     QVERIFY(!window->widgets().autoRun.onOff->isChecked());
 
-    // The user picks notifications only in the settings box: no panel, one notification.
+    // A low battery by default, with a notification server: one notification, no panel.
     QComboBox* style = window->widgets().comboNoticeStyle;
     QCOMPARE(style->count(), 3);
-    QCOMPARE(style->currentIndex(), 2);
-    emit style->activated(1);
-    QCOMPARE(PreferencesUtils::getInstance()->getUserPreferences().noticeStyle, 1);
-    QCOMPARE(window->presenter()->userPreferences().noticeStyle, 1);
+    QCOMPARE(style->currentIndex(), 1);
     DesktopNotifications* shared = DesktopNotifications::getInstance();
-    QCOMPARE(shared->style(), 1);
+    QTRY_COMPARE(shared->server(), DesktopNotifications::ServerPresent);
     mServer.calls.clear();
     window->showLowbatView(0);
     QTRY_COMPARE(batteryCalls().size(), 1);
     QVERIFY(window->lowbatDialog()->isHidden());
 
-    // Both: the panel and a notification that replaces the last.
-    UserPreferences p = PreferencesUtils::getInstance()->getUserPreferences();
-    p.noticeStyle = 2;
-    PreferencesUtils::getInstance()->setUserPreferences(p);
-    QCOMPARE(style->currentIndex(), 2);
+    // Both, chosen in the settings box: the panel and a notification that replaces the last.
+    emit style->activated(2);
+    QCOMPARE(PreferencesUtils::getInstance()->getUserPreferences().noticeStyle, 2);
+    QCOMPARE(window->presenter()->userPreferences().noticeStyle, 2);
+    QCOMPARE(shared->style(), 2);
     QTRY_VERIFY(shared->lastId(DesktopNotifications::KindBattery) != 0);
     const uint firstId = shared->lastId(DesktopNotifications::KindBattery);
     window->showLowbatView(1);

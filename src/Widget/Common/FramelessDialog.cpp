@@ -59,7 +59,9 @@ void FramelessDialog::centreOver(const QWidget* window)
 {
     QRect area;
     if (window != nullptr && window->isVisible()) {
-        area = window->frameGeometry();
+        // Asked of the X server: the position Qt keeps for a window the window manager placed
+        // by itself may be stale.
+        area = QRect(window->mapToGlobal(QPoint(0, 0)), window->size());
     } else if (const QScreen* screen = QGuiApplication::primaryScreen()) {
         area = screen->availableGeometry();
     }

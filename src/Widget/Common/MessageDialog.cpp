@@ -32,7 +32,11 @@ MessageDialog::MessageDialog(QWidget* parent)
 void MessageDialog::setTitle(QString title)
 {
     mTitle->setText(title);
+    // A window does not follow its layout's height for its width by itself, and the style
+    // sheet's font decides how many lines the text wraps to: a long text would be cut.
+    ensurePolished();
     adjustSize();
+    resize(width(), qMax(height(), heightForWidth(width())));
 }
 
 void MessageDialog::setSubmitHidden(bool hidden)

@@ -40,6 +40,7 @@
 #include <QRadioButton>
 #include <QSignalBlocker>
 #include <QStackedWidget>
+#include <QSystemTrayIcon>
 #include <QTableWidget>
 #include <QToolButton>
 
@@ -48,6 +49,7 @@
 namespace {
 
 constexpr int kRadius = 12;
+const QString kClosedHint = QStringLiteral("consoleClosed");
 
 // Puts a picture into a label at the label's size, keeping its proportions; false (and the
 // label as it was) when the file does not load.
@@ -204,6 +206,10 @@ void MainWindow::createMenu()
             &QAction::triggered, this, &MainWindow::onIntoHttpHome);
     connect(mMenu->addAction(QIcon(QStringLiteral(":/console/about.svg")), QStringLiteral("关于我们")),
             &QAction::triggered, this, &MainWindow::onIntoAboutUsView);
+    // Quitting is asked for here and in the tray; the title bar's cross only closes the window.
+    mMenu->addSeparator();
+    connect(mMenu->addAction(QIcon(QStringLiteral(":/console/close.svg")), QStringLiteral("退出")),
+            &QAction::triggered, this, &MainWindow::onQuit);
     mUi.buttonMenu->setMenu(mMenu);
 }
 
@@ -220,7 +226,7 @@ void MainWindow::setListener()
         }
     });
     connect(ui.buttonMin, &QToolButton::clicked, this, &MainWindow::onMinimize);
-    connect(ui.buttonClose, &QToolButton::clicked, this, &MainWindow::onQuit);
+    connect(ui.buttonClose, &QToolButton::clicked, this, &QWidget::close);
     connect(ui.buttonExplain, &QPushButton::clicked, this, &MainWindow::onShowExplainView);
 
     // A language set from code raises the same handlers: that is how the pickers reach the
@@ -368,14 +374,65 @@ void MainWindow::onMinimize()
 
 void MainWindow::onQuit()
 {
-    const int page = mUi.stackedWidget->currentIndex();
-    if (page == Ui_MainWindow::AddCommandPage || page == Ui_MainWindow::EditCommandPage) {
-        clearCommandForm(page == Ui_MainWindow::AddCommandPage ? mUi.addForm : mUi.editForm);
-        mUi.stackedWidget->setCurrentIndex(Ui_MainWindow::CommandPage);
-    } else if (page == Ui_MainWindow::PreferencePage) {
-        mUi.stackedWidget->setCurrentIndex(Ui_MainWindow::AppSettingsPage);
+    if (mQuitQuestion != nullptr) {
+        mQuitQuestion->raise();
+        mQuitQuestion->activateWindow();
+        return;
     }
-    QCoreApplication::quit();
+    // Quitting ends dictation, which the user may not expect from a tray program: asked
+    // first. Shown, not run in a loop of its own, so the mouse and a SIGTERM are still heard.
+    mQuitQuestion = new MessageDialog(this);
+    mQuitQuestion->setAttribute(Qt::WA_DeleteOnClose);
+    mQuitQuestion->setWindowTitle(QStringLiteral("Zorvane"));
+    mQuitQuestion->setTitle(
+        QStringLiteral("退出 Zorvane 后，语音听写将停止，鼠标的语音键不再起作用。确定退出吗？"));
+    mQuitQuestion->submitButton()->setText(QStringLiteral("退出"));
+    mQuitQuestion->submitButton()->setDefault(true);
+    mQuitQuestion->centreOver(isShow() ? this : nullptr);
+    connect(mQuitQuestion, &QDialog::finished, this, [this](int result) {
+        if (result != 1) {
+            return;
+        }
+        const int page = mUi.stackedWidget->currentIndex();
+        if (page == Ui_MainWindow::AddCommandPage || page == Ui_MainWindow::EditCommandPage) {
+            clearCommandForm(page == Ui_MainWindow::AddCommandPage ? mUi.addForm : mUi.editForm);
+            mUi.stackedWidget->setCurrentIndex(Ui_MainWindow::CommandPage);
+        } else if (page == Ui_MainWindow::PreferencePage) {
+            mUi.stackedWidget->setCurrentIndex(Ui_MainWindow::AppSettingsPage);
+        }
+        QCoreApplication::quit();
+    });
+    mQuitQuestion->show();
+    mQuitQuestion->raise();
+    mQuitQuestion->activateWindow();
+}
+
+void MainWindow::tellWhereZorvaneWent()
+{
+    PreferencesUtils* preferences = PreferencesUtils::getInstance();
+    if (preferences->wasSaid(kClosedHint)) {
+        return;
+    }
+    preferences->markSaid(kClosedHint);
+    // Where there is no tray (GNOME, a bare window manager) the way back is a second start,
+    // which the single-instance guard turns into showing this window.
+    const QString back =
+        QSystemTrayIcon::isSystemTrayAvailable()
+            ? QStringLiteral("点击任务栏上的 Zorvane 图标可再次打开控制台，退出也在图标的菜单中。")
+            : QStringLiteral(
+                  "从应用程序菜单再次启动 Zorvane 即可打开控制台；"
+                  "退出请用控制台右上角菜单中的“退出”。");
+    auto* hint = new MessageDialog(this);
+    hint->setAttribute(Qt::WA_DeleteOnClose);
+    hint->setWindowTitle(QStringLiteral("Zorvane"));
+    hint->setObjectName(QStringLiteral("closedHint"));
+    hint->setTitle(QStringLiteral("Zorvane 仍在运行，鼠标的语音键照常可用。") + back);
+    hint->submitButton()->setText(QStringLiteral("知道了"));
+    hint->submitButton()->setDefault(true);
+    hint->setCancelHidden(true);
+    hint->centreOver(this);
+    hint->show();
+    hint->raise();
 }
 
 void MainWindow::onShowExplainView()
@@ -455,8 +512,13 @@ bool MainWindow::eventFilter(QObject* watched, QEvent* event)
 
 void MainWindow::closeEvent(QCloseEvent* event)
 {
+    // The cross and the window manager's close both only hide: the mouse is still served.
+    const bool shown = isVisible();
     hide();
     event->ignore();
+    if (shown) {
+        tellWhereZorvaneWent();
+    }
 }
 
 void MainWindow::showEvent(QShowEvent* event)
@@ -861,8 +923,21 @@ void MainWindow::showLowbatView(int page)
 {
     // The notification is sent even while the panel stands: it replaces the last one.
     DesktopNotifications* notifications = DesktopNotifications::getInstance();
-    notifications->notifyBattery(page);
-    if (!notifications->wantsPopup() || !mLowbatDialog->isHidden()) {
+    const QPointer<MainWindow> self = this;
+    const auto panel = [self, page] {
+        if (self != nullptr) {
+            self->showLowbatPanel(page);
+        }
+    };
+    notifications->notifyBattery(page, panel);
+    if (notifications->wantsPopup()) {
+        panel();
+    }
+}
+
+void MainWindow::showLowbatPanel(int page)
+{
+    if (!mLowbatDialog->isHidden()) {
         return;
     }
     switch (page) {

@@ -2,6 +2,7 @@
 
 #include "Platform/DesktopLauncher.h"
 #include "Utils/Singleton.h"
+#include "Widget/Common/MessageDialog.h"
 #include "Widget/Common/WindowDrag.h"
 #include "Widget/Console/Ui_MainWindow.h"
 #include "Widget/Console/WidgetPathPicker.h"
@@ -11,6 +12,7 @@
 #include "WidgetPresenter/MainWindowView.h"
 
 #include <QMainWindow>
+#include <QPointer>
 
 class FeedbackDialog;
 class InputDialog;
@@ -21,8 +23,9 @@ class UpdateDialog;
 
 // The console: the device's picture and name, the command words, the application and mouse
 // settings. It owns the console presenter, which starts everything that works in the
-// background, and it opens the notices and dialogs the presenter asks for. Closing it only
-// hides it: the process, the device link and every timer go on until the user quits.
+// background, and it opens the notices and dialogs the presenter asks for. Closing it (its
+// cross or the window manager's) only hides it: the process, the device link and every timer
+// go on until the user quits from the menu or the tray, after a question.
 class MainWindow : public QMainWindow, public MainWindowView, public Singleton<MainWindow> {
     Q_OBJECT
 
@@ -37,6 +40,8 @@ public:
     UpdateDialog* updateDialog() const { return mUpdateDialog; }
     InputDialog* inputDialog() const { return mInputDialog; }
     SystemTray* systemTray() const { return mTray; }
+    // The question 退出 asks while it stands; null otherwise.
+    MessageDialog* quitQuestion() const { return mQuitQuestion; }
     // The console at start; first the autostart question when it is due. Called once the
     // window exists: the question must not run inside the instance's creation.
     void showAtStart();
@@ -145,6 +150,7 @@ public slots:
     void onShowFeedbackView();
     // The title bar's buttons.
     void onMinimize();
+    // Asks whether to quit; quits on yes.
     void onQuit();
 
 protected:
@@ -172,6 +178,11 @@ private:
     void initEditCommandView();
     void initPreferenceSettingView();
     void hintAppAutoRun();
+    // Once in the program's life, on the first close: the program goes on, and how to get
+    // the window back.
+    void tellWhereZorvaneWent();
+    // The battery panel on the page asked for, unless it stands already.
+    void showLowbatPanel(int page);
     void createMenu();
     void changeCommandType(Ui_MainWindow::CommandForm& form, int index);
     void submitCommand(bool edit);
@@ -193,6 +204,7 @@ private:
     InputDialog* mInputDialog = nullptr;
     QMenu* mMenu = nullptr;
     SystemTray* mTray = nullptr;
+    QPointer<MessageDialog> mQuitQuestion;
     bool mTranslucent = false;
     WindowDrag mDrag;
 };

@@ -56,7 +56,7 @@ QString sheet()
         " font-weight: bold; }"
         "QToolButton { border: none; border-radius: 6px; background: transparent; }"
         "QToolButton:hover { background: #e6e9ee; }"
-        "QToolButton#quitButton:hover { background: #f9d7d8; }"
+        "QToolButton#closeButton:hover { background: #f9d7d8; }"
         "QToolButton::menu-indicator { image: none; }"
         "QComboBox { min-height: 30px; padding: 0 10px; border: 1px solid #d6d9de; border-radius: 6px;"
         " background: #ffffff; font-size: 14px; combobox-popup: 0; }"
@@ -207,8 +207,8 @@ QWidget* Ui_MainWindow::buildTitleBar(QWidget* parent)
     buttonMenu->setPopupMode(QToolButton::InstantPopup);
     buttonMin = titleButton(titleBar, QStringLiteral(":/console/minimize.svg"), QStringLiteral("最小化"),
                             QStringLiteral("minButton"));
-    buttonClose = titleButton(titleBar, QStringLiteral(":/console/close.svg"), QStringLiteral("退出"),
-                              QStringLiteral("quitButton"));
+    buttonClose = titleButton(titleBar, QStringLiteral(":/console/close.svg"), QStringLiteral("关闭"),
+                              QStringLiteral("closeButton"));
     auto* layout = new QHBoxLayout(titleBar);
     layout->setContentsMargins(12, 8, 12, 4);
     layout->setSpacing(4);
@@ -400,7 +400,7 @@ QWidget* Ui_MainWindow::buildAppSettingsPage()
                              QStringLiteral("连续工作多久后提醒休息"));
     comboNoticeStyle =
         comboBox(page, {QStringLiteral("弹窗"), QStringLiteral("系统通知"), QStringLiteral("两者")},
-                 QStringLiteral("电量和设备提示的显示方式"));
+                 QStringLiteral("电量和设备提示的显示方式；系统通知在没有通知服务的桌面上改用弹窗"));
 
     auto* language = card(page);
     auto* grid = new QGridLayout(language);

@@ -10,6 +10,7 @@
 #include <QMouseEvent>
 #include <QPainter>
 #include <QPropertyAnimation>
+#include <QPushButton>
 #include <QStackedWidget>
 #include <QTimer>
 #include <QToolButton>
@@ -18,8 +19,8 @@ namespace {
 
 const QSize kDialogSize(298, 308);
 const QSize kFrameSize(282, 294);
-const QSize kButtonSize(126, 114);
-const QPoint kButtonPos(156, 0);
+const QRect kButtonRect(86, 250, 110, 28);
+const QRect kCloseRect(201, 14, 36, 36);
 const QRect kPicture(56, 92, 170, 84);
 constexpr int kRadius = 16;
 
@@ -73,7 +74,7 @@ void LowbatDialog::setupUi()
         background->setGeometry(QRect(QPoint(0, 0), kFrameSize));
         background->setPixmap(QPixmap(kArt + QLatin1String(look.background)));
         auto* text = new QLabel(QString::fromUtf8(look.text), frame);
-        text->setGeometry(16, 206, kFrameSize.width() - 32, 40);
+        text->setGeometry(16, 200, kFrameSize.width() - 32, 40);
         text->setAlignment(Qt::AlignCenter);
         text->setWordWrap(true);
         text->setStyleSheet(QStringLiteral("color: white; font-size: 17px;"));
@@ -87,19 +88,27 @@ void LowbatDialog::setupUi()
     setLowbatAnimationImage(1);
     setMinLowbatAnimationImage(1);
 
-    mButton = new QToolButton(this);
+    // A cross only closes, as everywhere else; silencing is a button that says so.
+    mClose = new QToolButton(this);
+    mClose->setObjectName(QStringLiteral("closeButton"));
+    mClose->setFocusPolicy(Qt::NoFocus);
+    mClose->setCursor(Qt::PointingHandCursor);
+    mClose->setToolTip(QStringLiteral("关闭"));
+    mClose->setIcon(QIcon(kArt + QStringLiteral("lowbat_close.png")));
+    mClose->setIconSize(QSize(28, 28));
+    mClose->setGeometry(kCloseRect);
+    mClose->setStyleSheet(QStringLiteral("QToolButton { border: none; background: transparent; }"));
+    connect(mClose, &QToolButton::clicked, this, &LowbatDialog::animationHide);
+
+    mButton = new QPushButton(QStringLiteral("不再提醒"), this);
     mButton->setObjectName(QStringLiteral("noLongerRemind"));
     mButton->setFocusPolicy(Qt::NoFocus);
     mButton->setCursor(Qt::PointingHandCursor);
-    mButton->setIcon(QIcon(kArt + QStringLiteral("lowbat_close.png")));
-    mButton->setIconSize(QSize(32, 32));
-    mButton->setText(QStringLiteral("不再提醒"));
-    mButton->setToolButtonStyle(Qt::ToolButtonTextUnderIcon);
-    mButton->setStyleSheet(
-        QStringLiteral("QToolButton { border: none; background: transparent; color: white;"
-                       " font-size: 13px; padding-top: 14px; }"
-                       "QToolButton:hover { color: #ffd27a; }"));
-    connect(mButton, &QToolButton::clicked, this, &LowbatDialog::onNoLongerRemind);
+    mButton->setStyleSheet(QStringLiteral(
+        "QPushButton { border: 1px solid rgba(255, 255, 255, 150); border-radius: 14px;"
+        " background: rgba(255, 255, 255, 30); color: white; font-size: 13px; padding: 0 14px; }"
+        "QPushButton:hover { background: rgba(255, 255, 255, 70); }"));
+    connect(mButton, &QPushButton::clicked, this, &LowbatDialog::onNoLongerRemind);
 }
 
 void LowbatDialog::setLowbatAnimationView()
@@ -156,8 +165,8 @@ void LowbatDialog::toShow()
         mHiding = nullptr;
     }
     resize(kDialogSize);
-    mButton->resize(kButtonSize);
-    mButton->move(kButtonPos);
+    mButton->setGeometry(kButtonRect);
+    mClose->setGeometry(kCloseRect);
     for (QWidget* frame : qAsConst(mFrames)) {
         frame->setGeometry(QRect(QPoint(0, 0), kFrameSize));
     }

@@ -9,14 +9,15 @@
 class LowbatPresenter;
 class QLabel;
 class QPropertyAnimation;
+class QPushButton;
 class QStackedWidget;
 class QTimer;
 class QToolButton;
 
 // The battery panel at the bottom right of the screen: low battery and critical battery with
 // their moving pictures, shut down and charging. It goes by itself once the pointer has
-// stayed away from it for 5 seconds; the button on the first two pages silences that kind of
-// report.
+// stayed away from it for 5 seconds, or at its cross; the "不再提醒" button on the first two
+// pages silences that kind of report.
 class LowbatDialog : public QDialog, public LowBatView, public Singleton<LowbatDialog> {
     Q_OBJECT
     friend class Singleton<LowbatDialog>;
@@ -41,7 +42,8 @@ public:
     int currentPage() const;
     LowbatPresenter* presenter() const { return mPresenter; }
     QTimer* autoHideTimer() const { return mTimerAutoHide; }
-    QToolButton* noLongerRemindButton() const { return mButton; }
+    QPushButton* noLongerRemindButton() const { return mButton; }
+    QToolButton* closeButton() const { return mClose; }
     QPixmap lowbatFrame() const;
     QPixmap minLowbatFrame() const;
 
@@ -72,7 +74,8 @@ private:
     QList<QWidget*> mFrames;
     QLabel* mLowbatAnimation = nullptr;
     QLabel* mMinLowbatAnimation = nullptr;
-    QToolButton* mButton = nullptr;
+    QPushButton* mButton = nullptr;
+    QToolButton* mClose = nullptr;
     LowbatPresenter* mPresenter = nullptr;
     QTimer* mTimerAutoHide = nullptr;
     int mOutsideCount = 0;

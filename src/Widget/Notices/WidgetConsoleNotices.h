@@ -6,7 +6,8 @@ class DesktopNotifications;
 class QWidget;
 
 // The console presenter's notices as windows (a new plug strip for each change of the
-// receiver, the one Bluetooth hint), as desktop notifications, or both, as the user chose.
+// receiver, the one Bluetooth hint), as desktop notifications, or both, as the user chose:
+// by default one of them, the window where no notification reaches the desktop.
 class WidgetConsoleNotices : public ConsoleNotices {
 public:
     // Without a notifier the process-wide one is used.
