@@ -5,8 +5,10 @@
 #include "Hid/HookManager.h"
 #include "Http/HttpManager.h"
 #include "Platform/AppAutoRunUtils.h"
+#include "Platform/DesktopLauncher.h"
 #include "Platform/InternetUtils.h"
 #include "Recorder/RecordManager.h"
+#include "Utils/AppConfig.h"
 #include "Utils/AppVersion.h"
 #include "Utils/LanguageRules.h"
 #include "Utils/PreferencesUtils.h"
@@ -473,6 +475,16 @@ void MainWindowPresenter::onComboChangeTextTranslateLanguage(int index)
 bool MainWindowPresenter::isAppAutoRun() const
 {
     return mAutoRun != nullptr && mAutoRun->isAppAutoRun();
+}
+
+bool MainWindowPresenter::asksAutoRunAtStart() const
+{
+    return !isAppAutoRun() && !AppAutoRunUtils::isQuestionDeclined();
+}
+
+void MainWindowPresenter::openProductSite()
+{
+    DesktopLauncher().openUrl(AppConfig::getInstance()->productSiteUrl());
 }
 
 void MainWindowPresenter::onCheckUpdateHintOnOff(bool checked)

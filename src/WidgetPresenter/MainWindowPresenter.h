@@ -126,6 +126,10 @@ public:
 
     // Whether Zorvane starts with the session; false without a way to ask.
     bool isAppAutoRun() const;
+    // Whether the first start's question is due: not started with the session, never declined.
+    bool asksAutoRunAtStart() const;
+    // The product's site in the user's browser.
+    void openProductSite();
 
     // Rest reminder.
     void setWorkTime(int ms);

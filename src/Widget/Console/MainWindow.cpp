@@ -1,8 +1,5 @@
 #include "Widget/Console/MainWindow.h"
 
-#include "Platform/AppAutoRunUtils.h"
-#include "Platform/DesktopNotifications.h"
-#include "Platform/WinUtils.h"
 #include "Utils/AppConfig.h"
 #include "Utils/KeyTable.h"
 #include "Utils/Logging.h"
@@ -23,6 +20,7 @@
 #include "Widget/Notices/RestDialog.h"
 #include "Widget/Panels/InputDialog.h"
 #include "Widget/Panels/PaddleWordsDialog.h"
+#include "WidgetPresenter/NoticeRoute.h"
 #include "WidgetPresenter/ReadAloud.h"
 
 #include <QAbstractItemView>
@@ -142,9 +140,9 @@ void MainWindow::initDatas(const InputPresenter::Collaborators* voice)
             [this](const DeviceInfo& info) { setDeviceName(info.customerName); });
     // How battery and device notices reach the user: the box shows the preference and
     // stores the user's choice in it.
-    DesktopNotifications* notifications = DesktopNotifications::getInstance();
-    mUi.comboNoticeStyle->setCurrentIndex(notifications->style());
-    connect(notifications, &DesktopNotifications::signalStyleChanged, mUi.comboNoticeStyle,
+    mNoticeRoute = new NoticeRoute(nullptr, this);
+    mUi.comboNoticeStyle->setCurrentIndex(mNoticeRoute->style());
+    connect(mNoticeRoute, &NoticeRoute::signalStyleChanged, mUi.comboNoticeStyle,
             &QComboBox::setCurrentIndex);
     connect(mUi.comboNoticeStyle, qOverload<int>(&QComboBox::activated), this, [this](int index) {
         UserPreferences preferences = mPresenter->userPreferences();
@@ -171,7 +169,7 @@ void MainWindow::initViews()
 
 void MainWindow::showAtStart()
 {
-    if (mPresenter->isAppAutoRun() || AppAutoRunUtils::isQuestionDeclined()) {
+    if (!mPresenter->asksAutoRunAtStart()) {
         show();
         return;
     }
@@ -445,7 +443,7 @@ void MainWindow::onShowExplainView()
 
 void MainWindow::onIntoHttpHome()
 {
-    mLauncher.openUrl(AppConfig::getInstance()->productSiteUrl());
+    mPresenter->openProductSite();
 }
 
 void MainWindow::onIntoAboutUsView()
@@ -567,7 +565,7 @@ bool MainWindow::isShow()
 
 void MainWindow::toShow()
 {
-    const QRect screen = WinUtils::getInstance()->getScreen();
+    const QRect screen = WindowLook::workArea();
     if (screen.isValid()) {
         move(screen.center() - rect().center());
     }
@@ -921,18 +919,13 @@ void MainWindow::setDeviceName(QString name)
 
 void MainWindow::showLowbatView(int page)
 {
-    // The notification is sent even while the panel stands: it replaces the last one.
-    DesktopNotifications* notifications = DesktopNotifications::getInstance();
     const QPointer<MainWindow> self = this;
     const auto panel = [self, page] {
         if (self != nullptr) {
             self->showLowbatPanel(page);
         }
     };
-    notifications->notifyBattery(page, panel);
-    if (notifications->wantsPopup()) {
-        panel();
-    }
+    mNoticeRoute->battery(page, panel);
 }
 
 void MainWindow::showLowbatPanel(int page)

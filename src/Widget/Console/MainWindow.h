@@ -1,6 +1,5 @@
 #pragma once
 
-#include "Platform/DesktopLauncher.h"
 #include "Utils/Singleton.h"
 #include "Widget/Common/MessageDialog.h"
 #include "Widget/Common/WindowDrag.h"
@@ -17,6 +16,7 @@
 class FeedbackDialog;
 class InputDialog;
 class LowbatDialog;
+class NoticeRoute;
 class QMenu;
 class SystemTray;
 class UpdateDialog;
@@ -196,7 +196,7 @@ private:
     Ui_MainWindow mUi;
     WidgetConsoleNotices mNotices;
     WidgetPathPicker mPathPicker{this};
-    DesktopLauncher mLauncher;
+    NoticeRoute* mNoticeRoute = nullptr;
     MainWindowPresenter* mPresenter = nullptr;
     LowbatDialog* mLowbatDialog = nullptr;
     UpdateDialog* mUpdateDialog = nullptr;

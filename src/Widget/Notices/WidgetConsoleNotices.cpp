@@ -1,14 +1,24 @@
 #include "Widget/Notices/WidgetConsoleNotices.h"
 
-#include "Platform/DesktopNotifications.h"
 #include "Widget/Notices/BLEConnectedDialog.h"
 #include "Widget/Notices/USBChangeMessageDialog.h"
+#include "WidgetPresenter/NoticeRoute.h"
 
 #include <QPointer>
 
-DesktopNotifications* WidgetConsoleNotices::notifications()
+WidgetConsoleNotices::WidgetConsoleNotices(QWidget* parent, DesktopNotifications* notifications)
+    : mParent(parent), mNotifications(notifications)
 {
-    return mNotifications != nullptr ? mNotifications : DesktopNotifications::getInstance();
+}
+
+WidgetConsoleNotices::~WidgetConsoleNotices() = default;
+
+NoticeRoute* WidgetConsoleNotices::route()
+{
+    if (!mRoute) {
+        mRoute = std::make_unique<NoticeRoute>(mNotifications);
+    }
+    return mRoute.get();
 }
 
 void WidgetConsoleNotices::showDeviceChange(bool insert)
@@ -22,20 +32,12 @@ void WidgetConsoleNotices::showDeviceChange(bool insert)
         // Deletes itself when it has slid out.
         (new USBChangeMessageDialog(parent))->showMessage(insert);
     };
-    DesktopNotifications* n = notifications();
-    n->notifyDeviceChange(insert, strip);
-    if (n->wantsPopup()) {
-        strip();
-    }
+    route()->deviceChange(insert, strip);
 }
 
 void WidgetConsoleNotices::showBleConnected()
 {
     const QPointer<QWidget> parent = mParent;
     const auto hint = [parent] { BLEConnectedDialog::getInstance(parent)->showHint(); };
-    DesktopNotifications* n = notifications();
-    n->notifyBleConnected(hint);
-    if (n->wantsPopup()) {
-        hint();
-    }
+    route()->bleConnected(hint);
 }

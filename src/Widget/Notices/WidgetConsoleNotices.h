@@ -2,7 +2,10 @@
 
 #include "WidgetPresenter/ConsoleNotices.h"
 
+#include <memory>
+
 class DesktopNotifications;
+class NoticeRoute;
 class QWidget;
 
 // The console presenter's notices as windows (a new plug strip for each change of the
@@ -11,17 +14,17 @@ class QWidget;
 class WidgetConsoleNotices : public ConsoleNotices {
 public:
     // Without a notifier the process-wide one is used.
-    explicit WidgetConsoleNotices(QWidget* parent = nullptr, DesktopNotifications* notifications = nullptr)
-        : mParent(parent), mNotifications(notifications)
-    {
-    }
+    explicit WidgetConsoleNotices(QWidget* parent = nullptr, DesktopNotifications* notifications = nullptr);
+    ~WidgetConsoleNotices() override;
 
     void showDeviceChange(bool insert) override;
     void showBleConnected() override;
 
 private:
-    DesktopNotifications* notifications();
+    // Made on first use, so that the notifier is reached only once there is a notice.
+    NoticeRoute* route();
 
     QWidget* mParent;
     DesktopNotifications* mNotifications;
+    std::unique_ptr<NoticeRoute> mRoute;
 };
