@@ -202,8 +202,13 @@ void BaiduSpeech::readPortList()
 
 void BaiduSpeech::onControlReadyRead(bool ended)
 {
+    readControl(mControlSocket->readAll(), ended);
+}
+
+void BaiduSpeech::readControl(const QByteArray& bytes, bool ended)
+{
     // The reply may come in several reads: it is whole once it parses (or past the limit).
-    mControlReply += mControlSocket->readAll();
+    mControlReply += bytes;
     if (!ended && !ElvUtil::isWholeServerList(mControlReply)) {
         mControlQuiet.start();
         return;
@@ -286,10 +291,15 @@ void BaiduSpeech::onEndTimeout()
 
 void BaiduSpeech::onSDKReadyRead()
 {
+    readSdk(mSDKSocket->readAll());
+}
+
+void BaiduSpeech::readSdk(const QByteArray& bytes)
+{
     const qint64 readAt = Trace::enabled() ? Trace::now() : 0;
     // Only whole lines are parsed: the rest waits for its end in the next read. A gateway that
     // never ends its line is cut off, as a gateway error.
-    mOpenLine += mSDKSocket->readAll();
+    mOpenLine += bytes;
     const int lastBreak = mOpenLine.lastIndexOf('\n');
     const QByteArray text = mOpenLine.left(lastBreak + 1);
     mOpenLine.remove(0, lastBreak + 1);

@@ -46,6 +46,11 @@ public:
     QTimer* timerStart() { return &mTimerStart; }
     QTimer* timerEnd() { return &mTimerEnd; }
     QTimer* timerTail() { return &mTimerTail; }
+    // Fuzzing: the readers of the control and SDK sockets, fed what one read returned, and
+    // the SDK server the list led to.
+    void readControl(const QByteArray& bytes, bool ended);
+    void readSdk(const QByteArray& bytes);
+    SDKServer currentServer() const { return mCurrentServer; }
 
 signals:
     void signalChangeVolume(int volume);

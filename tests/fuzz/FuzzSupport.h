@@ -7,6 +7,11 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <cstdio>
+#include <cstdlib>
+
+// Each harness defines this; libFuzzer calls it, and so does the replay (FuzzReplay.cpp).
+extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size);
 
 // What every harness needs before its first input: an application object (timers, sockets
 // and signals need one) and quiet logs (a log line per input drowns the fuzzer's own output).
@@ -28,15 +33,37 @@ inline QByteArray fuzzBytes(const uint8_t* data, size_t size)
     return QByteArray(reinterpret_cast<const char*>(data), static_cast<int>(size));
 }
 
-// The input cut into pieces, each led by its length byte: a sequence of packets or messages.
-inline QList<QByteArray> fuzzPieces(const QByteArray& input)
+// An oracle's verdict: a broken promise aborts, which both libFuzzer and the replay report.
+inline void fuzzCheck(bool holds, const char* what)
 {
-    QList<QByteArray> pieces;
-    int at = 0;
-    while (at < input.size()) {
-        const int length = static_cast<quint8>(input.at(at));
-        pieces << input.mid(at + 1, length);
-        at += 1 + length;
+    if (!holds) {
+        std::fprintf(stderr, "fuzz oracle failed: %s\n", what);
+        std::abort();
     }
-    return pieces;
+}
+
+// A stream cut into reads as a socket may deliver it: the seed picks each read's length
+// (1 to 64 bytes; seed 0 delivers the stream whole).
+inline QList<QByteArray> fuzzReads(const QByteArray& stream, quint8 seed)
+{
+    if (seed == 0) {
+        return {stream};
+    }
+    QList<QByteArray> reads;
+    quint32 state = seed * 2654435761u;
+    for (int at = 0; at < stream.size();) {
+        state ^= state << 13;
+        state ^= state >> 17;
+        state ^= state << 5;
+        const int length = 1 + static_cast<int>(state % 64);
+        reads << stream.mid(at, length);
+        at += length;
+    }
+    return reads;
+}
+
+// The input cut at each occurrence of the separator: messages of any size.
+inline QList<QByteArray> fuzzSplit(const QByteArray& input, char separator)
+{
+    return input.split(separator);
 }
