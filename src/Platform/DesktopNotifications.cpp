@@ -119,18 +119,16 @@ void DesktopNotifications::notifyBattery(int page)
 {
     switch (page) {
         case 0:
-            notify(KindBattery, QStringLiteral("鼠标电量低"), QStringLiteral("请及时为鼠标充电"));
+            notify(KindBattery, tr("鼠标电量低"), tr("请及时为鼠标充电"));
             break;
         case 1:
-            notify(KindBattery, QStringLiteral("鼠标电量严重不足"),
-                   QStringLiteral("鼠标即将关机，请立即充电"), UrgencyCritical);
+            notify(KindBattery, tr("鼠标电量严重不足"), tr("鼠标即将关机，请立即充电"), UrgencyCritical);
             break;
         case 2:
-            notify(KindBattery, QStringLiteral("鼠标已关机"), QStringLiteral("电量耗尽，充电后即可继续使用"),
-                   UrgencyCritical);
+            notify(KindBattery, tr("鼠标已关机"), tr("电量耗尽，充电后即可继续使用"), UrgencyCritical);
             break;
         case 3:
-            notify(KindBattery, QStringLiteral("鼠标正在充电"), QString(), UrgencyLow);
+            notify(KindBattery, tr("鼠标正在充电"), QString(), UrgencyLow);
             break;
         default:
             break;
@@ -139,10 +137,10 @@ void DesktopNotifications::notifyBattery(int page)
 
 void DesktopNotifications::notifyDeviceChange(bool insert)
 {
-    notify(KindDevice, insert ? QStringLiteral("设备插入") : QStringLiteral("设备拔出"), QString());
+    notify(KindDevice, insert ? tr("设备插入") : tr("设备拔出"), QString());
 }
 
 void DesktopNotifications::notifyBleConnected()
 {
-    notify(KindDevice, QStringLiteral("蓝牙鼠标已连接"), QString());
+    notify(KindDevice, tr("蓝牙鼠标已连接"), QString());
 }
