@@ -1470,6 +1470,21 @@ DID: %4</translation>
         <source>重新启动 Zorvane 后生效</source>
         <translation>Takes effect when Zorvane restarts</translation>
     </message>
+    <message>
+        <source>命令词</source>
+        <comment>navigation</comment>
+        <translation>Commands</translation>
+    </message>
+    <message>
+        <source>应用设置</source>
+        <comment>navigation</comment>
+        <translation>Settings</translation>
+    </message>
+    <message>
+        <source>鼠标设置</source>
+        <comment>navigation</comment>
+        <translation>Mouse</translation>
+    </message>
 </context>
 <context>
     <name>UpdateDialog</name>

@@ -70,11 +70,11 @@ private slots:
         QTest::addColumn<QString>("lang");
         QTest::addColumn<int>("choice");
         QTest::addColumn<QString>("texts");
-        QTest::newRow("en_US") << QStringLiteral("en_US.UTF-8") << 0 << QStringLiteral("Home|App settings");
+        QTest::newRow("en_US") << QStringLiteral("en_US.UTF-8") << 0 << QStringLiteral("Home|Settings");
         QTest::newRow("zh_CN") << QStringLiteral("zh_CN.UTF-8") << 0 << QStringLiteral("首页|应用设置");
         QTest::newRow("C") << QStringLiteral("C.UTF-8") << 0 << QStringLiteral("首页|应用设置");
         QTest::newRow("zh_CN, English chosen")
-            << QStringLiteral("zh_CN.UTF-8") << 2 << QStringLiteral("Home|App settings");
+            << QStringLiteral("zh_CN.UTF-8") << 2 << QStringLiteral("Home|Settings");
     }
     void consoleComesUpInTheLocalesLanguage()
     {

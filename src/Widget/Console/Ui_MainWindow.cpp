@@ -99,6 +99,8 @@ QLabel* label(const QString& text, QWidget* parent, const char* objectName = nul
     auto* l = new QLabel(text, parent);
     if (objectName != nullptr) {
         l->setObjectName(QLatin1String(objectName));
+        // Hints are sentences, longer in some languages: they wrap rather than clip.
+        l->setWordWrap(qstrcmp(objectName, "hintLabel") == 0);
     }
     return l;
 }
@@ -245,7 +247,8 @@ QWidget* Ui_MainWindow::buildNavigation(QWidget* parent)
     labelNav->setScaledContents(true);
     navGroup = new QButtonGroup(nav);
     navGroup->setExclusive(true);
-    const QString texts[4] = {tr("首页"), tr("命令词"), tr("应用设置"), tr("鼠标设置")};
+    const QString texts[4] = {tr("首页"), tr("命令词", "navigation"), tr("应用设置", "navigation"),
+                              tr("鼠标设置", "navigation")};
     const QString icons[4] = {
         QStringLiteral(":/console/nav_home.svg"), QStringLiteral(":/console/nav_command.svg"),
         QStringLiteral(":/console/nav_settings.svg"), QStringLiteral(":/console/nav_mouse.svg")};
