@@ -813,7 +813,7 @@
     </message>
     <message>
         <source>不再提醒</source>
-        <translation>Don&apos;t remind me again</translation>
+        <translation>Stop reminders</translation>
     </message>
 </context>
 <context>
