@@ -201,11 +201,11 @@
     </message>
     <message>
         <source>说话</source>
-        <translation>Speech</translation>
+        <translation>From</translation>
     </message>
     <message>
         <source>文字</source>
-        <translation>Text</translation>
+        <translation>To</translation>
     </message>
 </context>
 <context>

@@ -135,7 +135,7 @@ void TextTranslateDialog::setupUi()
     caption->setObjectName(QStringLiteral("caption"));
     caption->setGeometry(0, 0, 80, 20);
     mLanguage = new ComboBox(mLanguageRow);
-    mLanguage->setGeometry(84, 0, 130, 20);
+    mLanguage->setGeometry(84, 0, 180, 20);
     mLanguage->setFocusPolicy(Qt::NoFocus);
     for (const char* name : kConsoleTargetLabels) {
         mLanguage->addItem(LanguageTables::shown(name));
@@ -165,7 +165,7 @@ void TextTranslateDialog::initView()
     mSource->setGeometry(10, kSourceTop, kBoxWidth, kBoxHeight);
     mEdit->setGeometry(418, kSourceTop + kBoxHeight + 2, 26, 26);
     mDivider->setGeometry(0, kDividerY, kWidth, 1);
-    mLanguageRow->setGeometry(10, kLanguageY, 220, 20);
+    mLanguageRow->setGeometry(10, kLanguageY, 280, 20);
     mRead->setGeometry(410, kLanguageY - 2, 26, 22);
     mTarget->setGeometry(10, kTargetTop, kBoxWidth, kBoxHeight);
     mCopy->setGeometry(418, kTargetTop + kBoxHeight + 2, 26, 26);
