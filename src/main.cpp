@@ -8,9 +8,11 @@
 #include "Utils/AppPaths.h"
 #include "Utils/Logging.h"
 #include "Utils/MessageHandler.h"
+#include "Utils/PreferencesUtils.h"
 #include "Utils/Trace.h"
 #include "Widget/Console/MainWindow.h"
 #include "Widget/SingleApplication.h"
+#include "Widget/Translations.h"
 #include "Widget/WidgetNoticeSink.h"
 
 #include <QWindow>
@@ -62,6 +64,8 @@ int main(int argc, char* argv[])
     if (app.isRunning()) {
         return 0;
     }
+    // Before any window or text is made.
+    Translations::install(PreferencesUtils::getInstance()->getUserPreferences().interfaceLanguage);
     // From here a logout's SIGTERM or a Ctrl+C ends the program as 退出 does.
     Services services;
     services.quitOnSignals();

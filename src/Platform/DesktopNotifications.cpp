@@ -201,19 +201,19 @@ void DesktopNotifications::notifyBattery(int page, Undelivered undelivered)
     Undelivered u = std::move(undelivered);
     switch (page) {
         case 0:
-            notify(KindBattery, QStringLiteral("鼠标电量低"), QStringLiteral("请及时为鼠标充电"),
+            notify(KindBattery, tr("鼠标电量低"), tr("请及时为鼠标充电"),
                    UrgencyNormal, std::move(u));
             break;
         case 1:
-            notify(KindBattery, QStringLiteral("鼠标电量严重不足"),
-                   QStringLiteral("鼠标即将关机，请立即充电"), UrgencyCritical, std::move(u));
+            notify(KindBattery, tr("鼠标电量严重不足"),
+                   tr("鼠标即将关机，请立即充电"), UrgencyCritical, std::move(u));
             break;
         case 2:
-            notify(KindBattery, QStringLiteral("鼠标已关机"), QStringLiteral("电量耗尽，充电后即可继续使用"),
+            notify(KindBattery, tr("鼠标已关机"), tr("电量耗尽，充电后即可继续使用"),
                    UrgencyCritical, std::move(u));
             break;
         case 3:
-            notify(KindBattery, QStringLiteral("鼠标正在充电"), QString(), UrgencyLow, std::move(u));
+            notify(KindBattery, tr("鼠标正在充电"), QString(), UrgencyLow, std::move(u));
             break;
         default:
             break;
@@ -222,11 +222,11 @@ void DesktopNotifications::notifyBattery(int page, Undelivered undelivered)
 
 void DesktopNotifications::notifyDeviceChange(bool insert, Undelivered undelivered)
 {
-    notify(KindDevice, insert ? QStringLiteral("设备插入") : QStringLiteral("设备拔出"), QString(),
+    notify(KindDevice, insert ? tr("设备插入") : tr("设备拔出"), QString(),
            UrgencyNormal, std::move(undelivered));
 }
 
 void DesktopNotifications::notifyBleConnected(Undelivered undelivered)
 {
-    notify(KindDevice, QStringLiteral("蓝牙鼠标已连接"), QString(), UrgencyNormal, std::move(undelivered));
+    notify(KindDevice, tr("蓝牙鼠标已连接"), QString(), UrgencyNormal, std::move(undelivered));
 }

@@ -55,6 +55,8 @@ namespace LanguageTables {
 QString recognitionBaseGlyph(int row);
 QString translateGlyph(int row);
 QString translateCode(int row);
+// A name, glyph or label of these tables as the user reads it, in the interface's language.
+QString shown(const char* text);
 
 }  // namespace LanguageTables
 

@@ -57,6 +57,7 @@ const Field kFields[] = {
     {"dataLog", nullptr, &UserPreferences::dataLog, 0},
     // Later additions go last, so that files of earlier versions read as before.
     {"noticeStyle", &UserPreferences::noticeStyle, nullptr, 1, true},
+    {"interfaceLanguage", &UserPreferences::interfaceLanguage, nullptr, 0},
 };
 
 // A file that Qt cannot read as INI, or one with NUL bytes (what a crash leaves of a file whose

@@ -44,6 +44,8 @@ struct UserPreferences {
     // How battery and device notices reach the user: 0 the popup window, 1 a desktop
     // notification (the popup where the desktop shows none), 2 both.
     int noticeStyle = 1;
+    // The windows' language: 0 follows the system, 1 Chinese, 2 English (Translations::Choice).
+    int interfaceLanguage = 0;
     bool isIFlySpeech = false;  // in memory only
 };
 Q_DECLARE_METATYPE(UserPreferences)

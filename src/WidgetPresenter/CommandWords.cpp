@@ -39,10 +39,10 @@ QString CommandWords::submit(bool edit, int typeIndex, QString keyword, const QS
         keyword.remove(mark);
     }
     if (keyword.size() < 2) {
-        return QStringLiteral("* 命令词长度必须要大于一个字！！！");
+        return tr("* 命令词长度必须要大于一个字！！！");
     }
     if (TextUtils::isEmpty(target)) {
-        return QStringLiteral("* 内容不能为空！！！");
+        return tr("* 内容不能为空！！！");
     }
     CommandWord word = edit ? mEditing : CommandWord();
     word.keyword = keyword;
@@ -58,17 +58,17 @@ QString CommandWords::submit(bool edit, int typeIndex, QString keyword, const QS
         if (!captured.isEmpty()) {
             word.pro = KeyTable::buildShortcut(captured);
         } else if (word.type != kTypeShortcut || word.pro.isEmpty()) {
-            return QStringLiteral("* 内容不能为空！！！");
+            return tr("* 内容不能为空！！！");
         }
         word.type = kTypeShortcut;
     }
     if (!mDb->open()) {
-        return edit ? QStringLiteral("* 编辑失败1！！！") : QStringLiteral("* 打开数据失败！！！");
+        return edit ? tr("* 编辑失败1！！！") : tr("* 打开数据失败！！！");
     }
     const bool written = edit ? mDb->updateCommandWord(word) : mDb->addCommandWord(word);
     mDb->close();
     if (!written) {
-        return edit ? QStringLiteral("* 编辑失败2！！！") : QStringLiteral("* 添加数据失败！！！");
+        return edit ? tr("* 编辑失败2！！！") : tr("* 添加数据失败！！！");
     }
     (edit ? mEditShortcut : mShortcut).clear();
     return QString();

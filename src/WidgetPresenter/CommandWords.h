@@ -2,6 +2,7 @@
 
 #include "Database/CommandWord.h"
 
+#include <QCoreApplication>
 #include <QList>
 #include <QString>
 
@@ -10,6 +11,8 @@ class DBManager;
 // The user's command words: the list from the database, the word being edited, the chords
 // captured in the two forms, and the checks a new or edited word must pass. Main thread only.
 class CommandWords {
+    Q_DECLARE_TR_FUNCTIONS(CommandWords)
+
 public:
     // The type selector's rows that are stored as they are; past them comes the shortcut.
     static constexpr int kTypeShortcut = 3;

@@ -38,19 +38,19 @@ void FeedbackPresenter::toShow()
 
 QString FeedbackPresenter::farewell() const
 {
-    return QStringLiteral("感谢您的建议, 我们将尽快处理, 此界面%1秒后退出").arg(mCountdown);
+    return tr("感谢您的建议, 我们将尽快处理, 此界面%1秒后退出").arg(mCountdown);
 }
 
 void FeedbackPresenter::submit()
 {
     const QString title = mView->getFeedbackEditTitleText();
     if (TextUtils::isEmpty(title)) {
-        mView->setFeedbackEditTitlePlaceholderText(QStringLiteral("不能为空!"));
+        mView->setFeedbackEditTitlePlaceholderText(tr("不能为空!"));
         return;
     }
     const QString content = mView->getFeedbackEditContentPlainText();
     if (content.isEmpty()) {
-        mView->setFeedbackEditContentPlaceholderText(QStringLiteral("不能为空!"));
+        mView->setFeedbackEditContentPlaceholderText(tr("不能为空!"));
         return;
     }
     mView->setFeedbackEditTitlePlaceholderText(QString());

@@ -980,7 +980,7 @@ void InputPresenter::onCloseTranslateView()
 void InputPresenter::onRecogningAnimation()
 {
     mAnimationDot = mAnimationDot >= 4 ? 1 : mAnimationDot + 1;
-    mInputView->setContent(QStringLiteral("正在识别中") + QString(mAnimationDot, QLatin1Char('.')));
+    mInputView->setContent(tr("正在识别中") + QString(mAnimationDot, QLatin1Char('.')));
 }
 
 // ---- volume

@@ -20,7 +20,7 @@
 
 namespace {
 
-const QString kOpening = QStringLiteral("正在打开...");
+const char* const kOpening = QT_TRANSLATE_NOOP("InputPresenter", "正在打开...");
 
 // What the user said, put into the backend's address: an '&', '#', '+' or '%' in it would
 // otherwise cut the query or change what the site reads.
@@ -51,19 +51,19 @@ bool InputPresenter::handleCommand(QString text)
     WinUtils* win = WinUtils::getInstance();
     switch (row->action) {
         case LocalCommand::BackDesktop:
-            mInputView->setContent(row->message);
+            mInputView->setContent(tr(row->message.toUtf8().constData()));
             win->backDesktop();
             break;
         case LocalCommand::SelectAll:
-            mInputView->setContent(row->message);
+            mInputView->setContent(tr(row->message.toUtf8().constData()));
             win->selectAll();
             break;
         case LocalCommand::Backspace:
-            mInputView->setContent(row->message);
+            mInputView->setContent(tr(row->message.toUtf8().constData()));
             win->backspace();
             break;
         case LocalCommand::DeleteFile:
-            mInputView->setContent(row->message);
+            mInputView->setContent(tr(row->message.toUtf8().constData()));
             win->deleteFile();
             break;
         case LocalCommand::ShowMainView:
@@ -81,7 +81,7 @@ bool InputPresenter::handleCommand(QString text)
                 win->backend()->sendKey(XK_Print, true);
                 win->backend()->sendKey(XK_Print, false);
             }
-            mInputView->setContent(QStringLiteral("正在打开") + text);
+            mInputView->setContent(tr("正在打开") + text);
             break;
     }
     return true;
@@ -102,22 +102,22 @@ bool InputPresenter::checkLocalCommand(QString text)
         const QUrl file = QUrl::fromLocalFile(QLatin1Char('/') + path);
         switch (word.type) {
             case 0:
-                mInputView->setContent(QStringLiteral("正在打开网站"));
+                mInputView->setContent(tr("正在打开网站"));
                 launcher()->openUrl(QUrl(word.target));
                 return true;
             case 1:
-                mInputView->setContent(QStringLiteral("正在打开文件..."));
+                mInputView->setContent(tr("正在打开文件..."));
                 launcher()->openUrl(file);
                 return true;
             case 2:
-                mInputView->setContent(QStringLiteral("正在打开文件夹..."));
+                mInputView->setContent(tr("正在打开文件夹..."));
                 launcher()->openUrl(file);
                 return true;
             case 3:
                 replayChord(word.pro);
                 return true;
             case 4:
-                mInputView->setContent(QStringLiteral("正在打开") + word.keyword);
+                mInputView->setContent(tr("正在打开") + word.keyword);
                 startApplication(word.target);
                 return true;
             default:
@@ -199,10 +199,10 @@ void InputPresenter::handleIntent(SemanticParsingResult result)
                 qCWarning(lcInput) << "the backend's program is no installed application, not started:"
                                    << result.website;
             }
-            mInputView->setContent(kOpening);
+            mInputView->setContent(tr(kOpening));
             return;
         case 21:
-            mInputView->setContent(kOpening);
+            mInputView->setContent(tr(kOpening));
             return;
         case 23: {
             const QStringList parts = result.searchWord.split(QStringLiteral("#,#"));
@@ -215,8 +215,7 @@ void InputPresenter::handleIntent(SemanticParsingResult result)
             }
             // Without a departure and an arrival there is nothing to tell.
             if (parts.size() >= 2) {
-                mInputView->setContent(
-                    QStringLiteral("正在查询：从%1到%2的票").arg(parts.at(0), parts.at(1)));
+                mInputView->setContent(tr("正在查询：从%1到%2的票").arg(parts.at(0), parts.at(1)));
             }
             return;
         }
@@ -268,9 +267,9 @@ void InputPresenter::handleIntent(SemanticParsingResult result)
     }
     if (search) {
         url.replace(QLatin1Char('*'), queryText(result.searchWord));
-        mInputView->setContent(QStringLiteral("正在搜索:") + result.searchWord);
+        mInputView->setContent(tr("正在搜索:") + result.searchWord);
     } else {
-        mInputView->setContent(QStringLiteral("正在打开网站..."));
+        mInputView->setContent(tr("正在打开网站..."));
     }
     open(QUrl(url));
 }

@@ -238,7 +238,7 @@ void InputPresenter::onRecFinish()
 void InputPresenter::finishVoiceCommand(const QString& content)
 {
     if (content.size() < 2) {
-        mInputView->setContent(quoted(content) + QStringLiteral(" : 内容太短啦！"));
+        mInputView->setContent(quoted(content) + tr(" : 内容太短啦！"));
         mStatus.isRunning = false;
         startDelayHide();  // long enough to be read
         trace(2);
@@ -303,7 +303,7 @@ void InputPresenter::onSemanticReply(quint64 session, bool ok, const QString& co
         return;
     }
     if (!ok) {
-        mInputView->setContent(quoted(content) + QStringLiteral(" : 没听懂您说的。"));
+        mInputView->setContent(quoted(content) + tr(" : 没听懂您说的。"));
         startDelayHide();
         return;
     }

@@ -13,7 +13,8 @@ struct LocalCommand {
 
     QStringList phrases;
     Action action = OpenApplication;
-    // Rows 1 to 4 show this text; application rows show "正在打开" and the spoken text.
+    // Rows 1 to 4 show this text (translated where shown); application rows show "正在打开" and the spoken
+    // text.
     QString message;
     // Application rows: the application the phrases name, and the desktop entries that stand
     // for it here, the first installed one being started. No entries: nothing opens.

@@ -115,7 +115,7 @@ void MainWindowPresenter::initDatas(const Collaborators& collaborators)
     connect(collaborators.device, &DeviceManager::signalBatteryValue, this, [this](int value) {
         if (mPowerHint) {
             const Device ids = mLifecycle->device();
-            mView->setZorvaneMessage(QStringLiteral("电量:%1; 音量:%2\nRID:%3\nDID:%4")
+            mView->setZorvaneMessage(tr("电量:%1; 音量:%2\nRID:%3\nDID:%4")
                                          .arg(value)
                                          .arg(mView->getCurVolume())
                                          .arg(ids.remoteFlashID, ids.dongleFlashID));

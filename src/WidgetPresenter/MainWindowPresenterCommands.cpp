@@ -82,15 +82,14 @@ void MainWindowPresenter::setPickedContent(const QString& path)
 void MainWindowPresenter::showDesktopFile()
 {
     if (mPicker != nullptr) {
-        setPickedContent(
-            mPicker->pickFile(QStringLiteral("选择文件"), desktopFolder(), QStringLiteral("*.*")));
+        setPickedContent(mPicker->pickFile(tr("选择文件"), desktopFolder(), QStringLiteral("*.*")));
     }
 }
 
 void MainWindowPresenter::showDesktopFolder()
 {
     if (mPicker != nullptr) {
-        setPickedContent(mPicker->pickFolder(QStringLiteral("选择文件夹"), desktopFolder()));
+        setPickedContent(mPicker->pickFolder(tr("选择文件夹"), desktopFolder()));
     }
 }
 

@@ -37,7 +37,7 @@ UpdatePresenter::~UpdatePresenter() = default;
 
 QString UpdatePresenter::releaseText(const VersionInfo& vi)
 {
-    QString text = QStringLiteral("发现新版本:") + vi.version;
+    QString text = tr("发现新版本:") + vi.version;
     const QStringList lines = vi.description.split(QLatin1Char('#'));
     for (const QString& line : lines) {
         text += QStringLiteral("\r\n") + line;
@@ -83,7 +83,7 @@ void UpdatePresenter::onVersion(VersionInfo vi)
     mVersionInfo = vi;
     // A plain text comparison: any other text, older or of another case, counts as new.
     if (vi.version == QLatin1String(kAppVersion)) {
-        mView->setNewestVersion(QStringLiteral("版本号：%1").arg(QLatin1String(kAppVersion)));
+        mView->setNewestVersion(tr("版本号：%1").arg(QLatin1String(kAppVersion)));
         mView->setStackedWidgetCurrentIndex(0);
         return;
     }

@@ -10,8 +10,8 @@
 DeletePopupDialog::DeletePopupDialog(QWidget* parent)
     : FramelessDialog(parent, Qt::WindowStaysOnTopHint),
       mPresenter(new DeletePopupPresenter(this, this)),
-      mSubmit(new QPushButton(QStringLiteral("删除"), this)),
-      mCancel(new QPushButton(QStringLiteral("取消"), this))
+      mSubmit(new QPushButton(tr("删除"), this)),
+      mCancel(new QPushButton(tr("取消"), this))
 {
     setModal(true);
     setStyleSheet(DialogStyle::sheet());
@@ -19,9 +19,9 @@ DeletePopupDialog::DeletePopupDialog(QWidget* parent)
     auto* icon = new QLabel(this);
     icon->setPixmap(QPixmap(QStringLiteral(":/common/warning.svg"))
                         .scaled(40, 40, Qt::KeepAspectRatio, Qt::SmoothTransformation));
-    auto* question = new QLabel(QStringLiteral("确定删除所选的命令词吗？"), this);
+    auto* question = new QLabel(tr("确定删除所选的命令词吗？"), this);
     question->setObjectName(QStringLiteral("titleLabel"));
-    auto* hint = new QLabel(QStringLiteral("删除后无法恢复"), this);
+    auto* hint = new QLabel(tr("删除后无法恢复"), this);
     hint->setObjectName(QStringLiteral("mutedLabel"));
     auto* texts = new QVBoxLayout;
     texts->addWidget(question);

@@ -36,7 +36,7 @@ QHBoxLayout* FramelessDialog::titleBar(const QString& text)
     close->setObjectName(QStringLiteral("closeButton"));
     close->setIcon(
         QIcon::fromTheme(QStringLiteral("window-close"), QIcon(QStringLiteral(":/console/close.svg"))));
-    close->setToolTip(QStringLiteral("关闭"));
+    close->setToolTip(tr("关闭"));
     close->setFocusPolicy(Qt::NoFocus);
     connect(close, &QPushButton::clicked, this, &QWidget::close);
     row->addWidget(heading);

@@ -10,8 +10,8 @@
 MessageDialog::MessageDialog(QWidget* parent)
     : FramelessDialog(parent, Qt::WindowSystemMenuHint | Qt::WindowStaysOnTopHint),
       mTitle(new QLabel(this)),
-      mSubmit(new QPushButton(QStringLiteral("确定"), this)),
-      mCancel(new QPushButton(QStringLiteral("取消"), this))
+      mSubmit(new QPushButton(tr("确定"), this)),
+      mCancel(new QPushButton(tr("取消"), this))
 {
     setStyleSheet(DialogStyle::sheet());
     setFixedWidth(360);

@@ -20,21 +20,21 @@ AboutUsDialog::AboutUsDialog(QWidget* parent) : FramelessDialog(parent), mVersio
     auto* name = new QLabel(QStringLiteral("Zorvane"), this);
     name->setObjectName(QStringLiteral("headingLabel"));
     name->setAlignment(Qt::AlignCenter);
-    auto* tagline = new QLabel(QStringLiteral("语音鼠标助手"), this);
+    auto* tagline = new QLabel(tr("语音鼠标助手"), this);
     tagline->setObjectName(QStringLiteral("mutedLabel"));
     tagline->setAlignment(Qt::AlignCenter);
     mVersion->setAlignment(Qt::AlignCenter);
     auto* link = new QLabel(this);
-    link->setText(QStringLiteral("<a href=\"%1\">访问软件网站</a>")
+    link->setText(tr("<a href=\"%1\">访问软件网站</a>")
                       .arg(AppConfig::getInstance()->productSiteUrl().toString().toHtmlEscaped()));
     link->setOpenExternalLinks(true);
     link->setAlignment(Qt::AlignCenter);
-    auto* ok = new QPushButton(QStringLiteral("确定"), this);
+    auto* ok = new QPushButton(tr("确定"), this);
     ok->setObjectName(QStringLiteral("primaryButton"));
     connect(ok, &QPushButton::clicked, this, &QWidget::close);
     auto* layout = new QVBoxLayout(this);
     layout->setContentsMargins(24, 16, 16, 20);
-    layout->addLayout(titleBar(QStringLiteral("关于我们")));
+    layout->addLayout(titleBar(tr("关于我们")));
     layout->addWidget(logo);
     layout->addWidget(name);
     layout->addWidget(tagline);
@@ -48,7 +48,7 @@ AboutUsDialog::AboutUsDialog(QWidget* parent) : FramelessDialog(parent), mVersio
 
 void AboutUsDialog::setAppVersion(const QString& version)
 {
-    mVersion->setText(QStringLiteral("版本号：%1").arg(version));
+    mVersion->setText(tr("版本号：%1").arg(version));
 }
 
 QString AboutUsDialog::versionText() const

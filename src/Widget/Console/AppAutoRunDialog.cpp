@@ -13,19 +13,19 @@
 AppAutoRunDialog::AppAutoRunDialog(QWidget* parent, AppAutoRunUtils* autoRun)
     : FramelessDialog(parent),
       mPresenter(new AppAutoRunPresenter(this, autoRun, this)),
-      mCheck(new QCheckBox(QStringLiteral("开机时自动启动Zorvane"), this)),
-      mSubmit(new QPushButton(QStringLiteral("确定"), this))
+      mCheck(new QCheckBox(tr("开机时自动启动Zorvane"), this)),
+      mSubmit(new QPushButton(tr("确定"), this))
 {
     setDraggable(true);
     setModal(true);
     setStyleSheet(DialogStyle::sheet());
-    auto* text = new QLabel(QStringLiteral("Zorvane需要在后台运行才能随时响应鼠标的语音键。"), this);
+    auto* text = new QLabel(tr("Zorvane需要在后台运行才能随时响应鼠标的语音键。"), this);
     text->setWordWrap(true);
     mSubmit->setObjectName(QStringLiteral("primaryButton"));
     auto* buttons = buttonRow({mSubmit});
     auto* layout = new QVBoxLayout(this);
     layout->setContentsMargins(24, 16, 16, 20);
-    layout->addLayout(titleBar(QStringLiteral("开机启动")));
+    layout->addLayout(titleBar(tr("开机启动")));
     layout->addSpacing(6);
     layout->addWidget(text);
     layout->addWidget(mCheck);

@@ -54,8 +54,8 @@ ApplicationPickerDialog::ApplicationPickerDialog(const QList<InstalledApplicatio
     : FramelessDialog(parent),
       mFilter(new QLineEdit(this)),
       mList(new QListWidget(this)),
-      mEmpty(new QLabel(QStringLiteral("没有找到应用程序"), this)),
-      mOk(new QPushButton(QStringLiteral("确定"), this))
+      mEmpty(new QLabel(tr("没有找到应用程序"), this)),
+      mOk(new QPushButton(tr("确定"), this))
 {
     setDraggable(true);
     setModal(true);
@@ -66,7 +66,7 @@ ApplicationPickerDialog::ApplicationPickerDialog(const QList<InstalledApplicatio
                                  "QListWidget::item:selected { padding: 4px 6px; border: none;"
                                  " background: #dce9fe; color: #333333; }"));
     setFixedSize(420, 520);
-    mFilter->setPlaceholderText(QStringLiteral("搜索应用程序"));
+    mFilter->setPlaceholderText(tr("搜索应用程序"));
     mFilter->setClearButtonEnabled(true);
     mList->setIconSize(QSize(kIconSize, kIconSize));
     mList->setUniformItemSizes(true);
@@ -79,14 +79,14 @@ ApplicationPickerDialog::ApplicationPickerDialog(const QList<InstalledApplicatio
     }
     mEmpty->setObjectName(QStringLiteral("mutedLabel"));
     mEmpty->setAlignment(Qt::AlignCenter);
-    auto* cancel = new QPushButton(QStringLiteral("取消"), this);
+    auto* cancel = new QPushButton(tr("取消"), this);
     mOk->setObjectName(QStringLiteral("primaryButton"));
     mOk->setDefault(true);
 
     auto* layout = new QVBoxLayout(this);
     layout->setContentsMargins(24, 16, 16, 20);
     layout->setSpacing(10);
-    layout->addLayout(titleBar(QStringLiteral("选择应用程序")));
+    layout->addLayout(titleBar(tr("选择应用程序")));
     layout->addWidget(mFilter);
     layout->addWidget(mList, 1);
     layout->addWidget(mEmpty, 1);

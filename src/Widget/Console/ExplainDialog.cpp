@@ -13,7 +13,7 @@ ExplainDialog::ExplainDialog(QWidget* parent) : FramelessDialog(parent), mPictur
     mPicture->setAlignment(Qt::AlignCenter);
     auto* layout = new QVBoxLayout(this);
     layout->setContentsMargins(20, 14, 14, 20);
-    layout->addLayout(titleBar(QStringLiteral("使用说明")));
+    layout->addLayout(titleBar(tr("使用说明")));
     layout->addWidget(mPicture, 1);
     showImage(QIcon(QStringLiteral(":/console/explain_default.svg")).pixmap(480, 300));
 }

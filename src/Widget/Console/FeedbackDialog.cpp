@@ -13,27 +13,27 @@
 #include <QVBoxLayout>
 
 namespace {
-const QString kTitlePrompt = QStringLiteral("请输入标题");
-const QString kContentPrompt = QStringLiteral("请写下您的建议或遇到的问题");
+const char* const kTitlePrompt = QT_TRANSLATE_NOOP("FeedbackDialog", "请输入标题");
+const char* const kContentPrompt = QT_TRANSLATE_NOOP("FeedbackDialog", "请写下您的建议或遇到的问题");
 }  // namespace
 
 FeedbackDialog::FeedbackDialog(QWidget* parent, HttpManager* http)
     : FramelessDialog(parent),
       mTitle(new QLineEdit(this)),
       mContent(new QPlainTextEdit(this)),
-      mSubmit(new QPushButton(QStringLiteral("提交"), this)),
-      mCancel(new QPushButton(QStringLiteral("取消"), this)),
-      mContact(new QPushButton(QStringLiteral("联系我们"), this)),
+      mSubmit(new QPushButton(tr("提交"), this)),
+      mCancel(new QPushButton(tr("取消"), this)),
+      mContact(new QPushButton(tr("联系我们"), this)),
       mFarewell(new MessageDialog(this)),
       mPresenter(new FeedbackPresenter(this, mFarewell, http, this))
 {
     setDraggable(true);
     setStyleSheet(DialogStyle::sheet());
     setFixedSize(460, 400);
-    mTitle->setPlaceholderText(kTitlePrompt);
-    mContent->setPlaceholderText(kContentPrompt);
+    mTitle->setPlaceholderText(tr(kTitlePrompt));
+    mContent->setPlaceholderText(tr(kContentPrompt));
     mSubmit->setObjectName(QStringLiteral("primaryButton"));
-    mContact->setToolTip(QStringLiteral("点击联系我们！"));
+    mContact->setToolTip(tr("点击联系我们！"));
     auto* buttons = new QHBoxLayout;
     buttons->addWidget(mContact);
     buttons->addStretch();
@@ -42,7 +42,7 @@ FeedbackDialog::FeedbackDialog(QWidget* parent, HttpManager* http)
     auto* layout = new QVBoxLayout(this);
     layout->setContentsMargins(24, 16, 16, 20);
     layout->setSpacing(12);
-    layout->addLayout(titleBar(QStringLiteral("意见反馈")));
+    layout->addLayout(titleBar(tr("意见反馈")));
     layout->addWidget(mTitle);
     layout->addWidget(mContent, 1);
     layout->addLayout(buttons);
@@ -84,6 +84,6 @@ void FeedbackDialog::clearText()
     mTitle->clear();
     mContent->clear();
     // The next feedback starts with the prompts, not with an old warning.
-    mTitle->setPlaceholderText(kTitlePrompt);
-    mContent->setPlaceholderText(kContentPrompt);
+    mTitle->setPlaceholderText(tr(kTitlePrompt));
+    mContent->setPlaceholderText(tr(kContentPrompt));
 }

@@ -198,11 +198,11 @@ void MainWindow::hintAppAutoRun()
 void MainWindow::createMenu()
 {
     mMenu = new QMenu(this);
-    connect(mMenu->addAction(QIcon(QStringLiteral(":/console/update.svg")), QStringLiteral("检查更新")),
+    connect(mMenu->addAction(QIcon(QStringLiteral(":/console/update.svg")), tr("检查更新")),
             &QAction::triggered, this, &MainWindow::onManualCheckAppVersion);
-    connect(mMenu->addAction(QIcon(QStringLiteral(":/console/web.svg")), QStringLiteral("软件网站")),
-            &QAction::triggered, this, &MainWindow::onIntoHttpHome);
-    connect(mMenu->addAction(QIcon(QStringLiteral(":/console/about.svg")), QStringLiteral("关于我们")),
+    connect(mMenu->addAction(QIcon(QStringLiteral(":/console/web.svg")), tr("软件网站")), &QAction::triggered,
+            this, &MainWindow::onIntoHttpHome);
+    connect(mMenu->addAction(QIcon(QStringLiteral(":/console/about.svg")), tr("关于我们")),
             &QAction::triggered, this, &MainWindow::onIntoAboutUsView);
     // Quitting is asked for here and in the tray; the title bar's cross only closes the window.
     mMenu->addSeparator();
@@ -853,7 +853,7 @@ void MainWindow::setVipFunction(bool enable)
 void MainWindow::setCpiValue(int value)
 {
     const int label = MainWindowPresenter::cpiLabel(value);
-    mUi.labelCpi->setText(label > 0 ? QStringLiteral("%1 DPI").arg(label) : QStringLiteral("最佳分辨率"));
+    mUi.labelCpi->setText(label > 0 ? QStringLiteral("%1 DPI").arg(label) : tr("最佳分辨率"));
 }
 
 void MainWindow::showLamplightModule(int module)

@@ -92,7 +92,7 @@ void MainWindow::editSelectedCommand()
     const int row = mUi.tableCustom->currentRow();
     const bool selected = row >= 0 && mUi.tableCustom->selectionModel()->isRowSelected(row, QModelIndex());
     if (!selected || !mPresenter->getCurrentEditCommandId(row)) {
-        mUi.labelCommandWarning->setText(QStringLiteral("请选择要编辑的命令词！"));
+        mUi.labelCommandWarning->setText(tr("请选择要编辑的命令词！"));
         QTimer::singleShot(kCommandWarningMs, mUi.labelCommandWarning, &QLabel::clear);
         return;
     }
@@ -133,30 +133,30 @@ void MainWindow::changeCommandType(Ui_MainWindow::CommandForm& form, int index)
     QString content;
     switch (index) {
         case 0: {
-            hint = QStringLiteral("Tips:请添加(http://)或(https://)");
-            command = QStringLiteral("我想搜索");
+            hint = tr("Tips:请添加(http://)或(https://)");
+            command = tr("我想搜索");
             const QUrl search = AppConfig::getInstance()->searchUrl();
             content = search.isValid() ? search.adjusted(QUrl::RemovePath | QUrl::RemoveQuery).toString()
                                        : QStringLiteral("https://");
             break;
         }
         case 1:
-            command = QStringLiteral("待办事项");
-            content = standardFolder(QStandardPaths::DocumentsLocation) + QStringLiteral("/待办事项.docx");
+            command = tr("待办事项");
+            content = standardFolder(QStandardPaths::DocumentsLocation) + tr("/待办事项.docx");
             break;
         case 2:
-            command = QStringLiteral("下载");
+            command = tr("下载");
             content = standardFolder(QStandardPaths::DownloadLocation);
             break;
         case 3:
-            hint = QStringLiteral("Tips:若快捷键不能设置，请先退出相关程序，再进行设置！");
-            command = QStringLiteral("全选");
+            hint = tr("Tips:若快捷键不能设置，请先退出相关程序，再进行设置！");
+            command = tr("全选");
             content = QStringLiteral("Contrl + A");
             break;
         default: {
             const ApplicationCatalog::Sample sample = MainWindowPresenter::applicationExample();
             command = sample.word;
-            content = sample.path.isEmpty() ? QStringLiteral("点击“浏览”选择已安装的应用程序") : sample.path;
+            content = sample.path.isEmpty() ? tr("点击“浏览”选择已安装的应用程序") : sample.path;
             break;
         }
     }

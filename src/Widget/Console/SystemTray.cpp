@@ -30,29 +30,29 @@ QString linkText(const SystemTray::State& s)
 {
     switch (s.link) {
         case SystemTray::LinkReceiver:
-            return s.asleep ? QStringLiteral("已通过接收器连接，鼠标休眠中")
-                            : QStringLiteral("已通过接收器连接");
+            return s.asleep ? SystemTray::tr("已通过接收器连接，鼠标休眠中")
+                            : SystemTray::tr("已通过接收器连接");
         case SystemTray::LinkBluetooth:
-            return s.asleep ? QStringLiteral("已通过蓝牙连接，鼠标休眠中") : QStringLiteral("已通过蓝牙连接");
+            return s.asleep ? SystemTray::tr("已通过蓝牙连接，鼠标休眠中") : SystemTray::tr("已通过蓝牙连接");
         case SystemTray::LinkNone:
             break;
     }
-    return QStringLiteral("未找到鼠标");
+    return SystemTray::tr("未找到鼠标");
 }
 
 QString statusText(int status)
 {
     switch (status) {
         case 2:
-            return QStringLiteral("麦克风无法打开");
+            return SystemTray::tr("麦克风无法打开");
         case 3:
-            return QStringLiteral("网络未连接");
+            return SystemTray::tr("网络未连接");
         case 4:
-            return QStringLiteral("电量低，请及时充电");
+            return SystemTray::tr("电量低，请及时充电");
         case 5:
-            return QStringLiteral("电量严重不足，请立即充电");
+            return SystemTray::tr("电量严重不足，请立即充电");
         case 6:
-            return QStringLiteral("正在充电");
+            return SystemTray::tr("正在充电");
         default:
             return QString();
     }
@@ -71,7 +71,7 @@ SystemTray::Look SystemTray::lookOf(const State& s)
                     : s.link == LinkBluetooth ? QStringLiteral(":/console/tray/mouse_bluetooth.svg")
                                               : QStringLiteral(":/console/tray/mouse_receiver.svg");
         if (s.battery >= 0) {
-            lines << QStringLiteral("电量约 %1%").arg(s.battery);
+            lines << tr("电量约 %1%").arg(s.battery);
         }
         // The animation's step wins over the figure: it is what the console wants seen now.
         if (s.chargeStep >= 0) {
@@ -177,22 +177,21 @@ SystemTray::~SystemTray()
 void SystemTray::buildMenu()
 {
     mMenu = new QMenu;
-    connect(mMenu->addAction(QStringLiteral("打开控制台")), &QAction::triggered, this,
-            &SystemTray::signalOpenConsole);
-    mLanguageMenu = mMenu->addMenu(QStringLiteral("听写语言"));
+    connect(mMenu->addAction(tr("打开控制台")), &QAction::triggered, this, &SystemTray::signalOpenConsole);
+    mLanguageMenu = mMenu->addMenu(tr("听写语言"));
     auto* group = new QActionGroup(mLanguageMenu);
     for (int i = 0; i < kSpokenLanguageCount; ++i) {
-        QAction* action = mLanguageMenu->addAction(QString::fromUtf8(kConsoleSourceLabels[i]));
+        QAction* action = mLanguageMenu->addAction(LanguageTables::shown(kConsoleSourceLabels[i]));
         action->setCheckable(true);
         group->addAction(action);
         connect(action, &QAction::triggered, this, [this, i] { emit signalDictationLanguage(i); });
         mLanguages << action;
     }
-    mAutoRun = mMenu->addAction(QStringLiteral("开机自启动"));
+    mAutoRun = mMenu->addAction(tr("开机自启动"));
     mAutoRun->setCheckable(true);
     connect(mAutoRun, &QAction::triggered, this, &SystemTray::signalAutoRun);
     mMenu->addSeparator();
-    connect(mMenu->addAction(QStringLiteral("退出")), &QAction::triggered, this, &SystemTray::signalQuit);
+    connect(mMenu->addAction(tr("退出")), &QAction::triggered, this, &SystemTray::signalQuit);
 }
 
 void SystemTray::connectWindow(MainWindow* window)

@@ -2,6 +2,7 @@
 
 #include "Utils/LanguageTables.h"
 #include "Widget/LineEdit.h"
+#include "Widget/Translations.h"
 
 #include <QButtonGroup>
 #include <QCheckBox>
@@ -98,6 +99,8 @@ QLabel* label(const QString& text, QWidget* parent, const char* objectName = nul
     auto* l = new QLabel(text, parent);
     if (objectName != nullptr) {
         l->setObjectName(QLatin1String(objectName));
+        // Hints are sentences, longer in some languages: they wrap rather than clip.
+        l->setWordWrap(qstrcmp(objectName, "hintLabel") == 0);
     }
     return l;
 }
@@ -119,7 +122,7 @@ QStringList spokenRows()
 {
     QStringList rows;
     for (const char* const text : kConsoleSourceLabels) {
-        rows << QString::fromUtf8(text);
+        rows << LanguageTables::shown(text);
     }
     return rows;
 }
@@ -128,7 +131,7 @@ QStringList targetRows()
 {
     QStringList rows;
     for (const char* const text : kConsoleTargetLabels) {
-        rows << QString::fromUtf8(text);
+        rows << LanguageTables::shown(text);
     }
     return rows;
 }
@@ -148,6 +151,20 @@ void addLine(QGridLayout* grid, int row, QWidget* labelWidget, QWidget* control)
 }
 
 }  // namespace
+
+QWidget* Ui_MainWindow::buildInterfaceLanguageCard(QWidget* page)
+{
+    // The two languages are named in their own words, so that each reader finds theirs.
+    comboInterfaceLanguage =
+        comboBox(page, {tr("跟随系统"), QStringLiteral("中文"), QStringLiteral("English")}, tr("界面语言"));
+    Translations::bindChoice(comboInterfaceLanguage);
+    auto* frame = card(page);
+    auto* grid = new QGridLayout(frame);
+    grid->setContentsMargins(20, 12, 20, 12);
+    addLine(grid, 0, label(tr("窗口和菜单的语言"), frame), comboInterfaceLanguage);
+    grid->addWidget(label(tr("重新启动 Zorvane 后生效"), frame, "hintLabel"), 1, 0, 1, 2);
+    return frame;
+}
 
 QIcon Ui_MainWindow::commandTypeIcon(int type)
 {
@@ -179,8 +196,8 @@ void Ui_MainWindow::setupUi(QMainWindow* window)
     stackedWidget->addWidget(buildCommandPage());
     stackedWidget->addWidget(buildAppSettingsPage());
     stackedWidget->addWidget(buildMouseSettingsPage());
-    stackedWidget->addWidget(buildCommandFormPage(&addForm, QStringLiteral("添加命令词")));
-    stackedWidget->addWidget(buildCommandFormPage(&editForm, QStringLiteral("编辑命令词")));
+    stackedWidget->addWidget(buildCommandFormPage(&addForm, tr("添加命令词")));
+    stackedWidget->addWidget(buildCommandFormPage(&editForm, tr("编辑命令词")));
     stackedWidget->addWidget(buildPreferencePage());
 
     auto* right = new QVBoxLayout;
@@ -202,12 +219,12 @@ QWidget* Ui_MainWindow::buildTitleBar(QWidget* parent)
     titleBar = new QWidget(parent);
     titleBar->setObjectName(QStringLiteral("titleBar"));
     titleBar->setFixedHeight(44);
-    buttonMenu = titleButton(titleBar, QStringLiteral(":/console/menu.svg"), QStringLiteral("菜单"),
-                             QStringLiteral("menuButton"));
+    buttonMenu =
+        titleButton(titleBar, QStringLiteral(":/console/menu.svg"), tr("菜单"), QStringLiteral("menuButton"));
     buttonMenu->setPopupMode(QToolButton::InstantPopup);
-    buttonMin = titleButton(titleBar, QStringLiteral(":/console/minimize.svg"), QStringLiteral("最小化"),
+    buttonMin = titleButton(titleBar, QStringLiteral(":/console/minimize.svg"), tr("最小化"),
                             QStringLiteral("minButton"));
-    buttonClose = titleButton(titleBar, QStringLiteral(":/console/close.svg"), QStringLiteral("关闭"),
+    buttonClose = titleButton(titleBar, QStringLiteral(":/console/close.svg"), tr("关闭"),
                               QStringLiteral("closeButton"));
     auto* layout = new QHBoxLayout(titleBar);
     layout->setContentsMargins(12, 8, 12, 4);
@@ -230,8 +247,8 @@ QWidget* Ui_MainWindow::buildNavigation(QWidget* parent)
     labelNav->setScaledContents(true);
     navGroup = new QButtonGroup(nav);
     navGroup->setExclusive(true);
-    const QString texts[4] = {QStringLiteral("首页"), QStringLiteral("命令词"), QStringLiteral("应用设置"),
-                              QStringLiteral("鼠标设置")};
+    const QString texts[4] = {tr("首页"), tr("命令词", "navigation"), tr("应用设置", "navigation"),
+                              tr("鼠标设置", "navigation")};
     const QString icons[4] = {
         QStringLiteral(":/console/nav_home.svg"), QStringLiteral(":/console/nav_command.svg"),
         QStringLiteral(":/console/nav_settings.svg"), QStringLiteral(":/console/nav_mouse.svg")};
@@ -263,10 +280,10 @@ QWidget* Ui_MainWindow::buildHomePage()
     labelDeviceName->setAlignment(Qt::AlignCenter);
     labelTypeUsb = new QLabel(page);
     labelTypeUsb->setPixmap(QIcon(QStringLiteral(":/console/type_usb.svg")).pixmap(22, 22));
-    labelTypeUsb->setToolTip(QStringLiteral("USB接收器"));
+    labelTypeUsb->setToolTip(tr("USB接收器"));
     labelTypeBle = new QLabel(page);
     labelTypeBle->setPixmap(QIcon(QStringLiteral(":/console/type_ble.svg")).pixmap(22, 22));
-    labelTypeBle->setToolTip(QStringLiteral("蓝牙"));
+    labelTypeBle->setToolTip(tr("蓝牙"));
     labelTypeBle->hide();
     auto* nameRow = new QHBoxLayout;
     nameRow->addStretch();
@@ -275,17 +292,17 @@ QWidget* Ui_MainWindow::buildHomePage()
     nameRow->addWidget(labelTypeBle);
     nameRow->addStretch();
 
-    comboDictationLanguageHome = comboBox(page, spokenRows(), QStringLiteral("说话语言"));
-    buttonExplain = new QPushButton(QStringLiteral("按键说明"), page);
+    comboDictationLanguageHome = comboBox(page, spokenRows(), tr("说话语言"));
+    buttonExplain = new QPushButton(tr("按键说明"), page);
     auto* languageRow = new QHBoxLayout;
     languageRow->addStretch();
-    languageRow->addWidget(label(QStringLiteral("说话语言"), page));
+    languageRow->addWidget(label(tr("说话语言"), page));
     languageRow->addWidget(comboDictationLanguageHome);
     languageRow->addSpacing(16);
     languageRow->addWidget(buttonExplain);
     languageRow->addStretch();
 
-    auto* tip = label(QStringLiteral("按住鼠标的语音键说话，松开后文字即输入到光标处"), page, "hintLabel");
+    auto* tip = label(tr("按住鼠标的语音键说话，松开后文字即输入到光标处"), page, "hintLabel");
     tip->setAlignment(Qt::AlignCenter);
     auto* layout = new QVBoxLayout(page);
     layout->setContentsMargins(30, 10, 30, 30);
@@ -311,7 +328,7 @@ QWidget* Ui_MainWindow::buildCommandPage()
 {
     auto* page = new QWidget;
     tableCustom = new QTableWidget(0, 3, page);
-    tableCustom->setHorizontalHeaderLabels({QString(), QStringLiteral("命令词"), QStringLiteral("执行内容")});
+    tableCustom->setHorizontalHeaderLabels({QString(), tr("命令词"), tr("执行内容")});
     tableCustom->verticalHeader()->hide();
     tableCustom->horizontalHeader()->setStretchLastSection(true);
     tableCustom->horizontalHeader()->setHighlightSections(false);
@@ -325,27 +342,23 @@ QWidget* Ui_MainWindow::buildCommandPage()
     tableCustom->verticalHeader()->setDefaultSectionSize(40);
     tableCustom->setIconSize(QSize(18, 18));
 
-    buttonAddCommand =
-        new QPushButton(QIcon(QStringLiteral(":/console/add.svg")), QStringLiteral("添加"), page);
-    buttonAddCommand->setToolTip(QStringLiteral("添加命令词"));
+    buttonAddCommand = new QPushButton(QIcon(QStringLiteral(":/console/add.svg")), tr("添加"), page);
+    buttonAddCommand->setToolTip(tr("添加命令词"));
     buttonAddCommand->setObjectName(QStringLiteral("primaryButton"));
-    buttonDelCommand =
-        new QPushButton(QIcon(QStringLiteral(":/console/delete.svg")), QStringLiteral("删除"), page);
-    buttonDelCommand->setToolTip(QStringLiteral("删除命令词"));
-    buttonEditCommand =
-        new QPushButton(QIcon(QStringLiteral(":/console/edit.svg")), QStringLiteral("编辑"), page);
-    buttonEditCommand->setToolTip(QStringLiteral("编辑命令词"));
+    buttonDelCommand = new QPushButton(QIcon(QStringLiteral(":/console/delete.svg")), tr("删除"), page);
+    buttonDelCommand->setToolTip(tr("删除命令词"));
+    buttonEditCommand = new QPushButton(QIcon(QStringLiteral(":/console/edit.svg")), tr("编辑"), page);
+    buttonEditCommand->setToolTip(tr("编辑命令词"));
     labelCommandWarning = label(QString(), page, "warningLabel");
 
     auto* header = new QHBoxLayout;
-    header->addWidget(label(QStringLiteral("命令词"), page, "pageTitle"));
+    header->addWidget(label(tr("命令词"), page, "pageTitle"));
     header->addStretch();
     header->addWidget(labelCommandWarning);
     header->addWidget(buttonAddCommand);
     header->addWidget(buttonEditCommand);
     header->addWidget(buttonDelCommand);
-    auto* tip = label(QStringLiteral("说出命令词即可打开网页、文件、文件夹、应用程序或按下快捷键"), page,
-                      "hintLabel");
+    auto* tip = label(tr("说出命令词即可打开网页、文件、文件夹、应用程序或按下快捷键"), page, "hintLabel");
     auto* frame = card(page);
     auto* frameLayout = new QVBoxLayout(frame);
     frameLayout->setContentsMargins(0, 0, 0, 0);
@@ -369,7 +382,7 @@ Ui_MainWindow::SwitchRow Ui_MainWindow::switchRow(QWidget* parent, const QString
     s.status->setObjectName(QStringLiteral("status"));
     s.status->setAttribute(Qt::WA_TransparentForMouseEvents);
     s.status->setFocusPolicy(Qt::NoFocus);
-    s.status->setToolTip(QStringLiteral("当前状态"));
+    s.status->setToolTip(tr("当前状态"));
     s.onOff = new QCheckBox(s.row);
     s.onOff->setObjectName(QStringLiteral("switch"));
     s.onOff->setToolTip(tip);
@@ -386,41 +399,39 @@ Ui_MainWindow::SwitchRow Ui_MainWindow::switchRow(QWidget* parent, const QString
 QWidget* Ui_MainWindow::buildAppSettingsPage()
 {
     auto* page = new QWidget;
-    comboDictationLanguage = comboBox(page, spokenRows(), QStringLiteral("说话语言"));
+    comboDictationLanguage = comboBox(page, spokenRows(), tr("说话语言"));
     checkVoiceTranslateOnOff = new QCheckBox(page);
     checkVoiceTranslateOnOff->setObjectName(QStringLiteral("switch"));
-    comboVoiceTranslateSrc = comboBox(page, spokenRows(), QStringLiteral("说话语言"));
-    comboVoiceTranslateTar = comboBox(page, targetRows(), QStringLiteral("译文语言"));
+    comboVoiceTranslateSrc = comboBox(page, spokenRows(), tr("说话语言"));
+    comboVoiceTranslateTar = comboBox(page, targetRows(), tr("译文语言"));
     checkTextTranslateOnOff = new QCheckBox(page);
     checkTextTranslateOnOff->setObjectName(QStringLiteral("switch"));
-    comboTextTranslate = comboBox(page, targetRows(), QStringLiteral("文字语言"));
-    comboRestTime = comboBox(page,
-                             {QStringLiteral("3小时"), QStringLiteral("2.5小时"), QStringLiteral("2小时"),
-                              QStringLiteral("1小时"), QStringLiteral("不提醒")},
-                             QStringLiteral("连续工作多久后提醒休息"));
+    comboTextTranslate = comboBox(page, targetRows(), tr("文字语言"));
+    comboRestTime = comboBox(page, {tr("3小时"), tr("2.5小时"), tr("2小时"), tr("1小时"), tr("不提醒")},
+                             tr("连续工作多久后提醒休息"));
     comboNoticeStyle =
-        comboBox(page, {QStringLiteral("弹窗"), QStringLiteral("系统通知"), QStringLiteral("两者")},
-                 QStringLiteral("电量和设备提示的显示方式；系统通知在没有通知服务的桌面上改用弹窗"));
+        comboBox(page, {tr("弹窗"), tr("系统通知"), tr("两者")},
+                 tr("电量和设备提示的显示方式；系统通知在没有通知服务的桌面上改用弹窗"));
 
     auto* language = card(page);
     auto* grid = new QGridLayout(language);
     grid->setContentsMargins(20, 12, 20, 12);
     grid->setVerticalSpacing(10);
-    addLine(grid, 0, label(QStringLiteral("听写语言"), language), comboDictationLanguage);
-    addLine(grid, 1, label(QStringLiteral("语音翻译"), language), checkVoiceTranslateOnOff);
+    addLine(grid, 0, label(tr("听写语言"), language), comboDictationLanguage);
+    addLine(grid, 1, label(tr("语音翻译"), language), checkVoiceTranslateOnOff);
     auto* pair = new QWidget(language);
     auto* pairLayout = new QHBoxLayout(pair);
     pairLayout->setContentsMargins(0, 0, 0, 0);
     pairLayout->addWidget(comboVoiceTranslateSrc);
     pairLayout->addWidget(label(QStringLiteral("→"), pair));
     pairLayout->addWidget(comboVoiceTranslateTar);
-    addLine(grid, 2, label(QStringLiteral("语音翻译语言"), language), pair);
-    addLine(grid, 3, label(QStringLiteral("划词翻译"), language), checkTextTranslateOnOff);
-    addLine(grid, 4, label(QStringLiteral("划词翻译语言"), language), comboTextTranslate);
+    addLine(grid, 2, label(tr("语音翻译语言"), language), pair);
+    addLine(grid, 3, label(tr("划词翻译"), language), checkTextTranslateOnOff);
+    addLine(grid, 4, label(tr("划词翻译语言"), language), comboTextTranslate);
 
-    calendarPhrases = switchRow(page, QStringLiteral("每日一句"), QStringLiteral("开机后显示每日一句"));
-    updateHint = switchRow(page, QStringLiteral("更新提醒"), QStringLiteral("有新版本时提醒"));
-    autoRun = switchRow(page, QStringLiteral("开机自启动"), QStringLiteral("登录桌面时自动启动"));
+    calendarPhrases = switchRow(page, tr("每日一句"), tr("开机后显示每日一句"));
+    updateHint = switchRow(page, tr("更新提醒"), tr("有新版本时提醒"));
+    autoRun = switchRow(page, tr("开机自启动"), tr("登录桌面时自动启动"));
     auto* general = card(page);
     auto* generalLayout = new QVBoxLayout(general);
     generalLayout->setContentsMargins(20, 12, 20, 12);
@@ -429,19 +440,19 @@ QWidget* Ui_MainWindow::buildAppSettingsPage()
     generalLayout->addWidget(updateHint.row);
     generalLayout->addWidget(autoRun.row);
     auto* restRow = new QHBoxLayout;
-    restRow->addWidget(label(QStringLiteral("休息提醒"), general));
+    restRow->addWidget(label(tr("休息提醒"), general));
     restRow->addStretch();
     restRow->addWidget(comboRestTime);
     generalLayout->addLayout(restRow);
     auto* noticeRow = new QHBoxLayout;
-    noticeRow->addWidget(label(QStringLiteral("通知方式"), general));
+    noticeRow->addWidget(label(tr("通知方式"), general));
     noticeRow->addStretch();
     noticeRow->addWidget(comboNoticeStyle);
     generalLayout->addLayout(noticeRow);
 
-    buttonPreference = new QPushButton(QStringLiteral("偏好设置 ›"), page);
+    buttonPreference = new QPushButton(tr("偏好设置 ›"), page);
     buttonPreference->setObjectName(QStringLiteral("linkButton"));
-    buttonFeedback = new QPushButton(QStringLiteral("意见反馈"), page);
+    buttonFeedback = new QPushButton(tr("意见反馈"), page);
     buttonFeedback->setObjectName(QStringLiteral("linkButton"));
     auto* footer = new QHBoxLayout;
     footer->addWidget(buttonFeedback);
@@ -451,10 +462,10 @@ QWidget* Ui_MainWindow::buildAppSettingsPage()
     auto* layout = new QVBoxLayout(page);
     layout->setContentsMargins(30, 6, 30, 20);
     layout->setSpacing(8);
-    layout->addWidget(label(QStringLiteral("应用设置"), page, "pageTitle"));
-    layout->addWidget(label(QStringLiteral("语言"), page, "sectionLabel"));
+    layout->addWidget(label(tr("应用设置"), page, "pageTitle"));
+    layout->addWidget(label(tr("语言"), page, "sectionLabel"));
     layout->addWidget(language);
-    layout->addWidget(label(QStringLiteral("通用"), page, "sectionLabel"));
+    layout->addWidget(label(tr("通用"), page, "sectionLabel"));
     layout->addWidget(general);
     layout->addStretch();
     layout->addLayout(footer);
@@ -466,12 +477,11 @@ QWidget* Ui_MainWindow::buildMouseSettingsPage()
     auto* page = new QWidget;
     frameResolution = card(page);
     frameResolution->setFixedSize(520, 140);
-    auto* heading = label(QStringLiteral("指针速度"), frameResolution);
+    auto* heading = label(tr("指针速度"), frameResolution);
     heading->move(20, 14);
     dpiGroup = new QButtonGroup(frameResolution);
     dpiGroup->setExclusive(true);
-    const QString texts[4] = {QStringLiteral("慢速"), QStringLiteral("标准"), QStringLiteral("快速"),
-                              QStringLiteral("适配屏幕")};
+    const QString texts[4] = {tr("慢速"), tr("标准"), tr("快速"), tr("适配屏幕")};
     for (int i = 0; i < 4; ++i) {
         radioLevel[i] = new QPushButton(texts[i], frameResolution);
         radioLevel[i]->setObjectName(QStringLiteral("dpiButton"));
@@ -484,10 +494,10 @@ QWidget* Ui_MainWindow::buildMouseSettingsPage()
     labelCpi->setAlignment(Qt::AlignCenter);
     labelCpi->setFixedWidth(100);
 
-    lighting = switchRow(page, QStringLiteral("灯光效果"), QStringLiteral("鼠标的灯光"));
-    shake = switchRow(page, QStringLiteral("振动反馈"), QStringLiteral("按下语音键时振动"));
-    soundEffect = switchRow(page, QStringLiteral("按键音效"), QStringLiteral("按下语音键时的提示音"));
-    lowbat = switchRow(page, QStringLiteral("低电量提醒"), QStringLiteral("电量低时提醒"));
+    lighting = switchRow(page, tr("灯光效果"), tr("鼠标的灯光"));
+    shake = switchRow(page, tr("振动反馈"), tr("按下语音键时振动"));
+    soundEffect = switchRow(page, tr("按键音效"), tr("按下语音键时的提示音"));
+    lowbat = switchRow(page, tr("低电量提醒"), tr("电量低时提醒"));
     auto* switches = card(page);
     auto* switchLayout = new QVBoxLayout(switches);
     switchLayout->setContentsMargins(20, 12, 20, 12);
@@ -503,7 +513,7 @@ QWidget* Ui_MainWindow::buildMouseSettingsPage()
     auto* layout = new QVBoxLayout(page);
     layout->setContentsMargins(30, 6, 30, 30);
     layout->setSpacing(8);
-    layout->addWidget(label(QStringLiteral("鼠标设置"), page, "pageTitle"));
+    layout->addWidget(label(tr("鼠标设置"), page, "pageTitle"));
     layout->addWidget(frameResolution, 0, Qt::AlignLeft);
     layout->addSpacing(6);
     layout->addWidget(switches);
@@ -514,10 +524,8 @@ QWidget* Ui_MainWindow::buildMouseSettingsPage()
 QWidget* Ui_MainWindow::buildCommandFormPage(CommandForm* form, const QString& heading)
 {
     auto* page = new QWidget;
-    form->type = comboBox(page,
-                          {QStringLiteral("网页"), QStringLiteral("文件"), QStringLiteral("文件夹"),
-                           QStringLiteral("快捷键"), QStringLiteral("应用程序")},
-                          QStringLiteral("命令类型"));
+    form->type =
+        comboBox(page, {tr("网页"), tr("文件"), tr("文件夹"), tr("快捷键"), tr("应用程序")}, tr("命令类型"));
     for (int type = 0; type < form->type->count(); ++type) {
         form->type->setItemIcon(type, commandTypeIcon(type));
     }
@@ -525,13 +533,13 @@ QWidget* Ui_MainWindow::buildCommandFormPage(CommandForm* form, const QString& h
     form->command->setMaxLength(200);
     form->content = new LineEdit(page);
     form->content->setMaxLength(1000);
-    form->browse = new QPushButton(QStringLiteral("浏览"), page);
+    form->browse = new QPushButton(tr("浏览"), page);
     form->hint = label(QString(), page, "hintLabel");
     form->hint->setWordWrap(true);
     form->warning = label(QString(), page, "warningLabel");
-    form->submit = new QPushButton(QStringLiteral("保存"), page);
+    form->submit = new QPushButton(tr("保存"), page);
     form->submit->setObjectName(QStringLiteral("primaryButton"));
-    form->back = new QPushButton(QIcon(QStringLiteral(":/console/back.svg")), QStringLiteral("返回"), page);
+    form->back = new QPushButton(QIcon(QStringLiteral(":/console/back.svg")), tr("返回"), page);
 
     auto* frame = card(page);
     auto* grid = new QGridLayout(frame);
@@ -539,11 +547,11 @@ QWidget* Ui_MainWindow::buildCommandFormPage(CommandForm* form, const QString& h
     grid->setHorizontalSpacing(14);
     grid->setVerticalSpacing(14);
     grid->setColumnStretch(1, 1);
-    grid->addWidget(label(QStringLiteral("类型"), frame), 0, 0);
+    grid->addWidget(label(tr("类型"), frame), 0, 0);
     grid->addWidget(form->type, 0, 1, Qt::AlignLeft);
-    grid->addWidget(label(QStringLiteral("命令词"), frame), 1, 0);
+    grid->addWidget(label(tr("命令词"), frame), 1, 0);
     grid->addWidget(form->command, 1, 1, 1, 2);
-    grid->addWidget(label(QStringLiteral("执行内容"), frame), 2, 0);
+    grid->addWidget(label(tr("执行内容"), frame), 2, 0);
     grid->addWidget(form->content, 2, 1);
     grid->addWidget(form->browse, 2, 2);
     grid->addWidget(form->hint, 3, 1, 1, 2);
@@ -570,28 +578,25 @@ QWidget* Ui_MainWindow::buildCommandFormPage(CommandForm* form, const QString& h
 QWidget* Ui_MainWindow::buildPreferencePage()
 {
     auto* page = new QWidget;
-    checkClickMode = new QCheckBox(QStringLiteral("支持单击模式"), page);
-    checkClickMode->setToolTip(QStringLiteral("单击语音键开始说话，再次单击结束"));
-    radioClickSend = new QRadioButton(QStringLiteral("点击发送"), page);
-    radioAutoSend = new QRadioButton(QStringLiteral("自动发送"), page);
+    checkClickMode = new QCheckBox(tr("支持单击模式"), page);
+    checkClickMode->setToolTip(tr("单击语音键开始说话，再次单击结束"));
+    radioClickSend = new QRadioButton(tr("点击发送"), page);
+    radioAutoSend = new QRadioButton(tr("自动发送"), page);
     // The panels never take the keyboard from the application typed into: the keys act only
     // while the user edits in the caret panel, and say so.
-    checkEnterSend = new QCheckBox(QStringLiteral("编辑时回车键发送"), page);
-    checkEnterSend->setToolTip(
-        QStringLiteral("编辑译文原文时，回车键结束编辑并发送；关闭时回车键只结束编辑"));
-    checkSpaceSend = new QCheckBox(QStringLiteral("编辑时空格键发送"), page);
-    checkSpaceSend->setToolTip(QStringLiteral("编辑译文原文时及编辑结束后，空格键发送"));
-    checkDelAllSign = new QCheckBox(QStringLiteral("去除标点符号"), page);
-    buttonPreferenceBack =
-        new QPushButton(QIcon(QStringLiteral(":/console/back.svg")), QStringLiteral("返回"), page);
+    checkEnterSend = new QCheckBox(tr("编辑时回车键发送"), page);
+    checkEnterSend->setToolTip(tr("编辑译文原文时，回车键结束编辑并发送；关闭时回车键只结束编辑"));
+    checkSpaceSend = new QCheckBox(tr("编辑时空格键发送"), page);
+    checkSpaceSend->setToolTip(tr("编辑译文原文时及编辑结束后，空格键发送"));
+    checkDelAllSign = new QCheckBox(tr("去除标点符号"), page);
+    buttonPreferenceBack = new QPushButton(QIcon(QStringLiteral(":/console/back.svg")), tr("返回"), page);
 
     auto* click = card(page);
     auto* clickLayout = new QVBoxLayout(click);
     clickLayout->setContentsMargins(20, 14, 20, 14);
     clickLayout->addWidget(checkClickMode);
     clickLayout->addWidget(
-        label(QStringLiteral("开启后单击语音键开始说话，再次单击结束；关闭时按住说话，松开结束"), click,
-              "hintLabel"));
+        label(tr("开启后单击语音键开始说话，再次单击结束；关闭时按住说话，松开结束"), click, "hintLabel"));
     auto* send = card(page);
     auto* sendLayout = new QVBoxLayout(send);
     sendLayout->setContentsMargins(20, 14, 20, 14);
@@ -602,9 +607,8 @@ QWidget* Ui_MainWindow::buildPreferencePage()
     modes->addWidget(radioClickSend);
     modes->addStretch();
     sendLayout->addLayout(modes);
-    sendLayout->addWidget(
-        label(QStringLiteral("自动发送：翻译结果在面板关闭时直接输入；点击发送：点面板上的“发送”后输入"),
-              send, "hintLabel"));
+    sendLayout->addWidget(label(
+        tr("自动发送：翻译结果在面板关闭时直接输入；点击发送：点面板上的“发送”后输入"), send, "hintLabel"));
     sendLayout->addWidget(checkEnterSend);
     sendLayout->addWidget(checkSpaceSend);
     sendLayout->addWidget(checkDelAllSign);
@@ -612,16 +616,18 @@ QWidget* Ui_MainWindow::buildPreferencePage()
     auto* header = new QHBoxLayout;
     header->addWidget(buttonPreferenceBack);
     header->addSpacing(8);
-    header->addWidget(label(QStringLiteral("偏好设置"), page, "pageTitle"));
+    header->addWidget(label(tr("偏好设置"), page, "pageTitle"));
     header->addStretch();
     auto* layout = new QVBoxLayout(page);
     layout->setContentsMargins(30, 6, 30, 30);
     layout->setSpacing(8);
     layout->addLayout(header);
-    layout->addWidget(label(QStringLiteral("语音键"), page, "sectionLabel"));
+    layout->addWidget(label(tr("语音键"), page, "sectionLabel"));
     layout->addWidget(click);
-    layout->addWidget(label(QStringLiteral("翻译结果的发送"), page, "sectionLabel"));
+    layout->addWidget(label(tr("翻译结果的发送"), page, "sectionLabel"));
     layout->addWidget(send);
+    layout->addWidget(label(tr("界面语言"), page, "sectionLabel"));
+    layout->addWidget(buildInterfaceLanguageCard(page));
     layout->addStretch();
     return page;
 }

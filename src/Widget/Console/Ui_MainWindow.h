@@ -1,6 +1,6 @@
 #pragma once
 
-#include <QtGlobal>
+#include <QCoreApplication>
 
 class LineEdit;
 class QAbstractButton;
@@ -22,6 +22,8 @@ class QWidget;
 // The console's widgets, built in code: the title bar, the navigation column and the seven
 // pages. It only builds and names; what the widgets do is the window's.
 class Ui_MainWindow {
+    Q_DECLARE_TR_FUNCTIONS(Ui_MainWindow)
+
 public:
     enum Page {
         HomePage = 0,
@@ -119,6 +121,7 @@ public:
     QCheckBox* checkEnterSend = nullptr;
     QCheckBox* checkSpaceSend = nullptr;
     QCheckBox* checkDelAllSign = nullptr;
+    QComboBox* comboInterfaceLanguage = nullptr;  // follow the system, Chinese, English
     QPushButton* buttonPreferenceBack = nullptr;
 
     // The x positions of the speed buttons with the fourth shown and without it.
@@ -130,6 +133,7 @@ private:
     QWidget* buildTitleBar(QWidget* parent);
     QWidget* buildNavigation(QWidget* parent);
     QWidget* buildHomePage();
+    QWidget* buildInterfaceLanguageCard(QWidget* page);
     QWidget* buildCommandPage();
     QWidget* buildAppSettingsPage();
     QWidget* buildMouseSettingsPage();

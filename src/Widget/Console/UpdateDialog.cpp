@@ -50,7 +50,7 @@ UpdateDialog::UpdateDialog(QWidget* parent, HttpManager* http, AppLauncher* laun
     mPages->addWidget(makeMessagePage());
     auto* layout = new QVBoxLayout(this);
     layout->setContentsMargins(24, 16, 16, 20);
-    layout->addLayout(titleBar(QStringLiteral("检查更新")));
+    layout->addLayout(titleBar(tr("检查更新")));
     layout->addWidget(mPages, 1);
 }
 
@@ -65,13 +65,13 @@ UpdateDialog::~UpdateDialog()
 QWidget* UpdateDialog::makeUpToDatePage()
 {
     auto* page = new QWidget(this);
-    auto* text = new QLabel(QStringLiteral("您的Zorvane已经是最新版本!"), page);
+    auto* text = new QLabel(tr("您的Zorvane已经是最新版本!"), page);
     text->setObjectName(QStringLiteral("titleLabel"));
     text->setAlignment(Qt::AlignCenter);
     mVersionLabel = new QLabel(page);
     mVersionLabel->setObjectName(QStringLiteral("mutedLabel"));
     mVersionLabel->setAlignment(Qt::AlignCenter);
-    QPushButton* ok = namedButton(page, QStringLiteral("确定"), QStringLiteral("ok"), true);
+    QPushButton* ok = namedButton(page, tr("确定"), QStringLiteral("ok"), true);
     connect(ok, &QPushButton::clicked, mPresenter, &UpdatePresenter::onButtonOk);
     auto* layout = new QVBoxLayout(page);
     layout->addStretch();
@@ -89,8 +89,8 @@ QWidget* UpdateDialog::makeOfferPage()
     auto* page = new QWidget(this);
     mNotes = new QTextBrowser(page);
     mNotes->setOpenLinks(false);
-    QPushButton* decline = namedButton(page, QStringLiteral("暂不更新"), QStringLiteral("decline"));
-    QPushButton* update = namedButton(page, QStringLiteral("立即更新"), QStringLiteral("update"), true);
+    QPushButton* decline = namedButton(page, tr("暂不更新"), QStringLiteral("decline"));
+    QPushButton* update = namedButton(page, tr("立即更新"), QStringLiteral("update"), true);
     connect(decline, &QPushButton::clicked, this, [this] {
         emit signalNoUpdate();
         mPresenter->onButtonOnVerra();
@@ -109,12 +109,12 @@ QWidget* UpdateDialog::makeOfferPage()
 QWidget* UpdateDialog::makeDownloadPage()
 {
     auto* page = new QWidget(this);
-    auto* text = new QLabel(QStringLiteral("正在下载更新版本..."), page);
+    auto* text = new QLabel(tr("正在下载更新版本..."), page);
     text->setObjectName(QStringLiteral("titleLabel"));
     text->setAlignment(Qt::AlignCenter);
     mProgress = new QProgressBar(page);
     mProgress->setTextVisible(false);
-    QPushButton* cancel = namedButton(page, QStringLiteral("取消"), QStringLiteral("cancel"));
+    QPushButton* cancel = namedButton(page, tr("取消"), QStringLiteral("cancel"));
     connect(cancel, &QPushButton::clicked, mPresenter, &UpdatePresenter::onButtonCancel);
     auto* layout = new QVBoxLayout(page);
     layout->addStretch();

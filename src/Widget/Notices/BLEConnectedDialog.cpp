@@ -22,13 +22,13 @@ BLEConnectedDialog::BLEConnectedDialog(QWidget* parent) : QDialog(parent), mTime
     setAttribute(Qt::WA_TranslucentBackground);
     setAttribute(Qt::WA_ShowWithoutActivating);
     setFocusPolicy(Qt::NoFocus);
-    setWindowTitle(QStringLiteral("Zorvane 蓝牙已连接"));
+    setWindowTitle(tr("Zorvane 蓝牙已连接"));
     setFixedSize(kSize);
 
     auto* picture = new QLabel(this);
     picture->setGeometry(QRect(QPoint(0, 0), kSize));
     picture->setPixmap(QPixmap(QStringLiteral(":/zh_res/res_1080/BLE/ble_connected.png")));
-    auto* text = new QLabel(QStringLiteral("蓝牙鼠标已连接"), this);
+    auto* text = new QLabel(tr("蓝牙鼠标已连接"), this);
     text->setObjectName(QStringLiteral("bleConnectedText"));
     text->setGeometry(0, 220, kSize.width(), 48);
     text->setAlignment(Qt::AlignCenter);

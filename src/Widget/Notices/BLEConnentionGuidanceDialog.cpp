@@ -72,7 +72,7 @@ BLEConnentionGuidanceDialog::BLEConnentionGuidanceDialog(QWidget* parent, BleGui
     mPresenter = new BleGuidancePresenter(this, device, launcher, this);
 
     setWindowFlags(Qt::FramelessWindowHint | Qt::WindowStaysOnTopHint);
-    setWindowTitle(QStringLiteral("Zorvane 蓝牙连接向导"));
+    setWindowTitle(tr("Zorvane 蓝牙连接向导"));
     setAttribute(Qt::WA_TranslucentBackground, mTranslucent);
     setStyleSheet(QStringLiteral(
         "QLabel { color: #333B4A; font-size: 15px; }"
@@ -95,10 +95,9 @@ BLEConnentionGuidanceDialog::BLEConnentionGuidanceDialog(QWidget* parent, BleGui
     mStack->addWidget(buildModelChoicePage());
     mStack->addWidget(buildModelPage());
     mStack->addWidget(buildConnectedPage());
+    mStack->addWidget(buildPromptPage(picture("ble_guidance_4.png"), tr("未找到鼠标，是否注册新的鼠标？")));
     mStack->addWidget(
-        buildPromptPage(picture("ble_guidance_4.png"), QStringLiteral("未找到鼠标，是否注册新的鼠标？")));
-    mStack->addWidget(
-        buildPromptPage(picture("ble_guidance_5.png"), QStringLiteral("已保存的鼠标未响应，是否重新注册？")));
+        buildPromptPage(picture("ble_guidance_5.png"), tr("已保存的鼠标未响应，是否重新注册？")));
 
     mCross = button(QStringLiteral("✕"), QStringLiteral("cross"), this);
     mCross->setFixedSize(24, 24);
@@ -116,13 +115,13 @@ QWidget* BLEConnentionGuidanceDialog::buildRegisteringPage()
     auto* layout = new QVBoxLayout(page);
     layout->setContentsMargins(40, 30, 40, 30);
     layout->addWidget(pictureLabel(picture("ble_guidance_1.png"), page), 1);
-    mProgressLabel = textLabel(QStringLiteral("正在注册..."), QStringLiteral("title"), page);
-    mFailedLabel = textLabel(QStringLiteral("设备注册失败, 请尝试重新注册"), QStringLiteral("failed"), page);
+    mProgressLabel = textLabel(tr("正在注册..."), QStringLiteral("title"), page);
+    mFailedLabel = textLabel(tr("设备注册失败, 请尝试重新注册"), QStringLiteral("failed"), page);
     layout->addWidget(mProgressLabel);
     layout->addWidget(mFailedLabel);
     auto* buttons = new QHBoxLayout;
     buttons->addStretch();
-    mRetryButton = button(QStringLiteral("重新注册"), QStringLiteral("primary"), page);
+    mRetryButton = button(tr("重新注册"), QStringLiteral("primary"), page);
     connect(mRetryButton, &QPushButton::clicked, this, &BLEConnentionGuidanceDialog::onDeviceRegister);
     buttons->addWidget(mRetryButton);
     mFailedSettingsButton = settingsButton();
@@ -137,7 +136,7 @@ QWidget* BLEConnentionGuidanceDialog::buildModelChoicePage()
     auto* page = new QWidget;
     auto* layout = new QVBoxLayout(page);
     layout->setContentsMargins(40, 30, 40, 40);
-    layout->addWidget(textLabel(QStringLiteral("请选择您的鼠标型号"), QStringLiteral("title"), page));
+    layout->addWidget(textLabel(tr("请选择您的鼠标型号"), QStringLiteral("title"), page));
     auto* row = new QHBoxLayout;
     row->setSpacing(60);
     row->addStretch();
@@ -168,18 +167,17 @@ QWidget* BLEConnentionGuidanceDialog::buildModelPage()
     auto* layout = new QVBoxLayout(mModelFrame);
     layout->setContentsMargins(40, 22, 40, 22);
     layout->setSpacing(8);
-    layout->addWidget(textLabel(QStringLiteral("按以下步骤注册鼠标"), QStringLiteral("title"), mModelFrame));
+    layout->addWidget(textLabel(tr("按以下步骤注册鼠标"), QStringLiteral("title"), mModelFrame));
     layout->addWidget(pictureLabel(picture("ble_guidance_2.png"), mModelFrame), 1);
     auto* captions = new QHBoxLayout;
-    captions->addWidget(textLabel(QStringLiteral("1. 在系统设置中打开蓝牙"), QString(), mModelFrame));
-    captions->addWidget(
-        textLabel(QStringLiteral("2. 长按鼠标的配对键，直到指示灯闪烁"), QString(), mModelFrame));
-    captions->addWidget(textLabel(QStringLiteral("3. 将鼠标靠近电脑，点击开始注册"), QString(), mModelFrame));
+    captions->addWidget(textLabel(tr("1. 在系统设置中打开蓝牙"), QString(), mModelFrame));
+    captions->addWidget(textLabel(tr("2. 长按鼠标的配对键，直到指示灯闪烁"), QString(), mModelFrame));
+    captions->addWidget(textLabel(tr("3. 将鼠标靠近电脑，点击开始注册"), QString(), mModelFrame));
     layout->addLayout(captions);
     auto* buttons = new QHBoxLayout;
     buttons->addStretch();
     buttons->addWidget(settingsButton());
-    auto* start = button(QStringLiteral("开始注册"), QStringLiteral("primary"), mModelFrame);
+    auto* start = button(tr("开始注册"), QStringLiteral("primary"), mModelFrame);
     connect(start, &QPushButton::clicked, this, &BLEConnentionGuidanceDialog::onStartRegister);
     buttons->addWidget(start);
     buttons->addStretch();
@@ -195,10 +193,9 @@ QWidget* BLEConnentionGuidanceDialog::buildConnectedPage()
     layout->addWidget(pictureLabel(picture("ble_guidance_3.png"), page), 1);
     auto* side = new QVBoxLayout;
     side->addStretch();
-    side->addWidget(textLabel(QStringLiteral("系统已连接了一个鼠标"), QStringLiteral("title"), page));
-    side->addWidget(
-        textLabel(QStringLiteral("如果它不是您要注册的鼠标，请点击下一步选择型号"), QString(), page));
-    auto* next = button(QStringLiteral("下一步"), QStringLiteral("primary"), page);
+    side->addWidget(textLabel(tr("系统已连接了一个鼠标"), QStringLiteral("title"), page));
+    side->addWidget(textLabel(tr("如果它不是您要注册的鼠标，请点击下一步选择型号"), QString(), page));
+    auto* next = button(tr("下一步"), QStringLiteral("primary"), page);
     connect(next, &QPushButton::clicked, this, &BLEConnentionGuidanceDialog::onNext);
     side->addWidget(next, 0, Qt::AlignHCenter);
     side->addStretch();
@@ -222,9 +219,9 @@ QWidget* BLEConnentionGuidanceDialog::buildPromptPage(const QString& path, const
     layout->addLayout(row, 1);
     auto* buttons = new QHBoxLayout;
     buttons->addStretch();
-    auto* cancel = button(QStringLiteral("取消"), QStringLiteral("secondary"), page);
+    auto* cancel = button(tr("取消"), QStringLiteral("secondary"), page);
     connect(cancel, &QPushButton::clicked, this, &QDialog::close);
-    auto* pair = button(QStringLiteral("注册"), QStringLiteral("primary"), page);
+    auto* pair = button(tr("注册"), QStringLiteral("primary"), page);
     connect(pair, &QPushButton::clicked, this, &BLEConnentionGuidanceDialog::onDeviceRegister);
     buttons->addWidget(cancel);
     buttons->addWidget(pair);
@@ -234,7 +231,7 @@ QWidget* BLEConnentionGuidanceDialog::buildPromptPage(const QString& path, const
 
 QPushButton* BLEConnentionGuidanceDialog::settingsButton()
 {
-    auto* settings = button(QStringLiteral("打开蓝牙设置"), QStringLiteral("secondary"), nullptr);
+    auto* settings = button(tr("打开蓝牙设置"), QStringLiteral("secondary"), nullptr);
     connect(settings, &QPushButton::clicked, mPresenter, &BleGuidancePresenter::onOpenBluetoothSettings);
     return settings;
 }
@@ -293,8 +290,8 @@ void BLEConnentionGuidanceDialog::showSettingsMissing()
     QWidget* page = mStack->currentWidget();
     auto* hint = page->findChild<QLabel*>(QStringLiteral("settingsHint"));
     if (hint == nullptr) {
-        hint = textLabel(QStringLiteral("未找到系统的蓝牙设置，请从系统菜单中打开"),
-                         QStringLiteral("settingsHint"), page);
+        hint =
+            textLabel(tr("未找到系统的蓝牙设置，请从系统菜单中打开"), QStringLiteral("settingsHint"), page);
         page->layout()->addWidget(hint);
     }
     hint->show();

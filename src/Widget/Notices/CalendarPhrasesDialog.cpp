@@ -20,7 +20,7 @@ CalendarPhrasesDialog::CalendarPhrasesDialog(QWidget* parent)
     : NoticePanel(20, parent), mStack(new QStackedWidget(frame()))
 {
     Q_INIT_RESOURCE(reminders);
-    setWindowTitle(QStringLiteral("Zorvane 日历提醒"));
+    setWindowTitle(tr("Zorvane 日历提醒"));
     mStack->setGeometry(0, 0, kSize, kSize);
     for (int page = 0; page < NoticeContent::kCalendarPageCount; ++page) {
         auto* widget = new QWidget(mStack);

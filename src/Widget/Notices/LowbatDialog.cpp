@@ -38,10 +38,10 @@ struct PageLook {
 };
 
 const PageLook kPages[] = {
-    {"lowbat_panel_background.png", "鼠标电量低，请及时充电"},
-    {"lowbat_power_shortage_panel_background.png", "鼠标电量严重不足"},
-    {"lowbat_shut_down.png", "鼠标电量耗尽，已关机"},
-    {"lowbat_charging.png", "鼠标正在充电"},
+    {"lowbat_panel_background.png", QT_TRANSLATE_NOOP("LowbatDialog", "鼠标电量低，请及时充电")},
+    {"lowbat_power_shortage_panel_background.png", QT_TRANSLATE_NOOP("LowbatDialog", "鼠标电量严重不足")},
+    {"lowbat_shut_down.png", QT_TRANSLATE_NOOP("LowbatDialog", "鼠标电量耗尽，已关机")},
+    {"lowbat_charging.png", QT_TRANSLATE_NOOP("LowbatDialog", "鼠标正在充电")},
 };
 
 }  // namespace
@@ -54,7 +54,7 @@ LowbatDialog::LowbatDialog(QWidget* parent) : QDialog(parent)
     setAttribute(Qt::WA_TranslucentBackground);
     // The panel pops up while the user types elsewhere: it must not take the keyboard.
     setAttribute(Qt::WA_ShowWithoutActivating);
-    setWindowTitle(QStringLiteral("Zorvane 电量提醒"));
+    setWindowTitle(tr("Zorvane 电量提醒"));
     setupUi();
 
     mPresenter = new LowbatPresenter(this, this);
@@ -73,7 +73,7 @@ void LowbatDialog::setupUi()
         auto* background = new QLabel(frame);
         background->setGeometry(QRect(QPoint(0, 0), kFrameSize));
         background->setPixmap(QPixmap(kArt + QLatin1String(look.background)));
-        auto* text = new QLabel(QString::fromUtf8(look.text), frame);
+        auto* text = new QLabel(tr(look.text), frame);
         text->setGeometry(16, 200, kFrameSize.width() - 32, 40);
         text->setAlignment(Qt::AlignCenter);
         text->setWordWrap(true);
@@ -100,7 +100,7 @@ void LowbatDialog::setupUi()
     mClose->setStyleSheet(QStringLiteral("QToolButton { border: none; background: transparent; }"));
     connect(mClose, &QToolButton::clicked, this, &LowbatDialog::animationHide);
 
-    mButton = new QPushButton(QStringLiteral("不再提醒"), this);
+    mButton = new QPushButton(tr("不再提醒"), this);
     mButton->setObjectName(QStringLiteral("noLongerRemind"));
     mButton->setFocusPolicy(Qt::NoFocus);
     mButton->setCursor(Qt::PointingHandCursor);

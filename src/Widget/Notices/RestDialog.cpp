@@ -8,19 +8,21 @@
 namespace {
 
 // One line for each picture, in the same order.
-const char* const kTips[NoticeContent::kRestPictureCount] = {"站起来伸个懒腰吧", "喝杯水，放松一下",
-                                                             "看看远处，让眼睛歇一会儿", "活动一下肩颈吧"};
+const char* const kTips[NoticeContent::kRestPictureCount] = {
+    QT_TRANSLATE_NOOP("RestDialog", "站起来伸个懒腰吧"), QT_TRANSLATE_NOOP("RestDialog", "喝杯水，放松一下"),
+    QT_TRANSLATE_NOOP("RestDialog", "看看远处，让眼睛歇一会儿"),
+    QT_TRANSLATE_NOOP("RestDialog", "活动一下肩颈吧")};
 
 }  // namespace
 
 RestDialog::RestDialog(QWidget* parent)
     : NoticePanel(24, parent),
       mPicture(new QLabel(frame())),
-      mTitle(new QLabel(QStringLiteral("您已经连续工作很久了"), frame())),
+      mTitle(new QLabel(tr("您已经连续工作很久了"), frame())),
       mTip(new QLabel(frame()))
 {
     Q_INIT_RESOURCE(reminders);
-    setWindowTitle(QStringLiteral("Zorvane 休息提醒"));
+    setWindowTitle(tr("Zorvane 休息提醒"));
     mPicture->setGeometry(0, 0, kSize, kSize);
     mPicture->setScaledContents(true);
     mTitle->setGeometry(24, 40, kSize - 48, 36);
@@ -43,6 +45,6 @@ void RestDialog::changeBackground()
 {
     mCurrentPicture = NoticeContent::restPicture(mBackgroundIndex);
     mPicture->setPixmap(QPixmap(mCurrentPicture));
-    mTip->setText(QString::fromUtf8(kTips[mBackgroundIndex]));
+    mTip->setText(tr(kTips[mBackgroundIndex]));
     mBackgroundIndex = (mBackgroundIndex + 1) % NoticeContent::kRestPictureCount;
 }

@@ -47,7 +47,7 @@ USBChangeMessageDialog::USBChangeMessageDialog(QWidget* parent)
     setAttribute(Qt::WA_ShowWithoutActivating);
     setAttribute(Qt::WA_DeleteOnClose);
     setFocusPolicy(Qt::NoFocus);
-    setWindowTitle(QStringLiteral("Zorvane 设备提示"));
+    setWindowTitle(tr("Zorvane 设备提示"));
 
     // No layout: the strip grows from nothing and its content keeps the full width meanwhile.
     mIcon->setGeometry(20, (kHeight - 40) / 2, 40, 40);
@@ -67,7 +67,7 @@ USBChangeMessageDialog::USBChangeMessageDialog(QWidget* parent)
 void USBChangeMessageDialog::showMessage(bool insert)
 {
     mInsert = insert;
-    mLabel->setText(insert ? QStringLiteral("设备插入") : QStringLiteral("设备拔出"));
+    mLabel->setText(insert ? tr("设备插入") : tr("设备拔出"));
     mIcon->setPixmap(plugPicture(insert));
     showAnimation();
 }

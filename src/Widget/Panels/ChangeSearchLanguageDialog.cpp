@@ -1,5 +1,7 @@
 #include "Widget/Panels/ChangeSearchLanguageDialog.h"
 
+#include "Utils/LanguageTables.h"
+
 #include <QPushButton>
 
 ChangeSearchLanguageDialog::ChangeSearchLanguageDialog(QWidget* parent) : FloatingCardDialog(parent)
@@ -9,10 +11,13 @@ ChangeSearchLanguageDialog::ChangeSearchLanguageDialog(QWidget* parent) : Floati
     const struct {
         int x;
         const char* text;
-    } buttons[] = {{3, "中"}, {49, "粤"}, {94, "川"}, {140, "英"}};
+    } buttons[] = {{3, QT_TRANSLATE_NOOP("LanguageTables", "中")},
+                   {49, QT_TRANSLATE_NOOP("LanguageTables", "粤")},
+                   {94, QT_TRANSLATE_NOOP("LanguageTables", "川")},
+                   {140, QT_TRANSLATE_NOOP("LanguageTables", "英")}};
     for (int language = 0; language < 4; ++language) {
         QPushButton* button =
-            addButton(QString::fromUtf8(buttons[language].text), QRect(buttons[language].x, 3, 42, 36));
+            addButton(LanguageTables::shown(buttons[language].text), QRect(buttons[language].x, 3, 42, 36));
         connect(button, &QPushButton::clicked, this, [this, language] {
             emit signalChangeLanguage(language);
             hide();

@@ -22,7 +22,7 @@ constexpr PairPlace kPlaces[] = {
 
 QString rowText(const char* const text)
 {
-    return QString::fromUtf8(text);
+    return LanguageTables::shown(text);
 }
 
 }  // namespace
@@ -31,7 +31,7 @@ ChangeTranLanguageDialog::ChangeTranLanguageDialog(QWidget* parent, ChangeTranMo
     : FloatingCardDialog(parent),
       mMore(more != nullptr ? more : ChangeTranMoreLanguageDialog::getInstance(parent)),
       mCustom(addButton(QString(), QRect(218, 40, 70, 36))),
-      mMoreButton(addButton(QStringLiteral("更多"), QRect(290, 2, 68, 74)))
+      mMoreButton(addButton(tr("更多"), QRect(290, 2, 68, 74)))
 {
     setFixedSize(360, 78);
     for (const PairPlace& place : kPlaces) {
@@ -40,7 +40,7 @@ ChangeTranLanguageDialog::ChangeTranLanguageDialog(QWidget* parent, ChangeTranMo
                 continue;
             }
             QPushButton* button = addButton(rowText(pair.label), QRect(place.x, place.y, 70, 36));
-            button->setObjectName(rowText(pair.label));
+            button->setObjectName(QString::fromUtf8(pair.label));
             connect(button, &QPushButton::clicked, this,
                     [this, src = pair.source, dst = pair.target] { choose(src, dst); });
         }

@@ -11,8 +11,8 @@ ChangeTranMoreLanguageDialog::ChangeTranMoreLanguageDialog(QWidget* parent)
     : FloatingCardDialog(parent, {}, QRect(0, 0, 252, kFrameHeight)),
       mSource(new ComboBox(this)),
       mTarget(new ComboBox(this)),
-      mOk(addButton(QStringLiteral("确定"), QRect(60, 110, 66, 24))),
-      mCancel(addButton(QStringLiteral("取消"), QRect(160, 110, 66, 24)))
+      mOk(addButton(tr("确定"), QRect(60, 110, 66, 24))),
+      mCancel(addButton(tr("取消"), QRect(160, 110, 66, 24)))
 {
     // The window is taller than its card: the space below is left for nothing to be drawn.
     setFixedSize(252, 360);
@@ -24,13 +24,13 @@ ChangeTranMoreLanguageDialog::ChangeTranMoreLanguageDialog(QWidget* parent)
                                  "QLabel { color: #6b7280; font-size: 13px; }"));
     mSource->setGeometry(55, 16, 186, 36);
     mTarget->setGeometry(55, 60, 186, 36);
-    mSource->setToolTip(QStringLiteral("说话语言"));
-    mTarget->setToolTip(QStringLiteral("文字语言"));
+    mSource->setToolTip(tr("说话语言"));
+    mTarget->setToolTip(tr("文字语言"));
     for (const char* name : kConsoleSourceLabels) {
-        mSource->addItem(QString::fromUtf8(name));
+        mSource->addItem(LanguageTables::shown(name));
     }
     for (const char* name : kConsoleTargetLabels) {
-        mTarget->addItem(QString::fromUtf8(name));
+        mTarget->addItem(LanguageTables::shown(name));
     }
     for (ComboBox* list : {mSource, mTarget}) {
         list->setFocusPolicy(Qt::NoFocus);
@@ -39,9 +39,9 @@ ChangeTranMoreLanguageDialog::ChangeTranMoreLanguageDialog(QWidget* parent)
     const struct {
         int y;
         const char* text;
-    } captions[] = {{16, "说话"}, {60, "文字"}};
+    } captions[] = {{16, QT_TR_NOOP("说话")}, {60, QT_TR_NOOP("文字")}};
     for (const auto& caption : captions) {
-        auto* text = new QLabel(QString::fromUtf8(caption.text), this);
+        auto* text = new QLabel(tr(caption.text), this);
         text->setGeometry(12, caption.y, 40, 36);
     }
 

@@ -162,9 +162,9 @@ void FocusFollowPanel::buildTranslatePages()
     for (int i = 0; i < 2; ++i) {
         QWidget* page =
             mPages[i == 0 ? FocusFollowPanelPresenter::ResultPage : FocusFollowPanelPresenter::WaitingPage];
-        mSourceLanguage[i] = new QLabel(QStringLiteral("中"), page);
+        mSourceLanguage[i] = new QLabel(tr("中"), page);
         mSourceLanguage[i]->setGeometry(kSourceLabelX, header, 30, 30);
-        mTargetLanguage[i] = new QLabel(QStringLiteral("英"), page);
+        mTargetLanguage[i] = new QLabel(tr("英"), page);
         mTargetLanguage[i]->setGeometry(kTargetLabelX, header, 30, 30);
         mSourceLanguage[i]->setObjectName(QStringLiteral("sourceLanguage%1").arg(i));
         mTargetLanguage[i]->setObjectName(QStringLiteral("targetLanguage%1").arg(i));
@@ -186,7 +186,7 @@ void FocusFollowPanel::buildTranslatePages()
     mReadButton = iconButton(result, QStringLiteral(":/panels/follow/read.svg"), QString(),
                              QRect(296, header + 2, 24, 24));
     connect(mReadButton, &QPushButton::clicked, this, &FocusFollowPanel::toggleReading);
-    mEditButton = iconButton(result, QStringLiteral(":/panels/follow/edit.svg"), QStringLiteral("编辑"),
+    mEditButton = iconButton(result, QStringLiteral(":/panels/follow/edit.svg"), tr("编辑"),
                              QRect(324, header + 2, 24, 24));
 
     mTextFrame = new QFrame(result);
@@ -213,7 +213,7 @@ void FocusFollowPanel::buildTranslatePages()
         }
     });
 
-    mSendButton = new QPushButton(QStringLiteral("发送"), result);
+    mSendButton = new QPushButton(tr("发送"), result);
     mSendButton->setObjectName(QStringLiteral("sendButton"));
     mSendButton->setGeometry(262, frameTop() + kSendButtonDy, 64, 28);
     mSendButton->setFocusPolicy(Qt::NoFocus);
@@ -221,9 +221,8 @@ void FocusFollowPanel::buildTranslatePages()
     mSendSeparator = new QFrame(result);
     mSendSeparator->setGeometry(333, frameTop() + kSendModeDy, 1, 14);
     mSendSeparator->setStyleSheet(QStringLiteral("background: #c8ccd4;"));
-    mSendModeButton =
-        iconButton(result, QStringLiteral(":/panels/follow/send_mode.svg"), QStringLiteral("选择发送方式"),
-                   QRect(338, frameTop() + kSendModeDy - 3, 20, 20));
+    mSendModeButton = iconButton(result, QStringLiteral(":/panels/follow/send_mode.svg"), tr("选择发送方式"),
+                                 QRect(338, frameTop() + kSendModeDy - 3, 20, 20));
 
     QWidget* waiting = mPages[FocusFollowPanelPresenter::WaitingPage];
     mWaitingFrame = new QFrame(waiting);
@@ -261,18 +260,18 @@ void FocusFollowPanel::markAction(QAction* action, bool on)
 
 void FocusFollowPanel::fillContextMenu(QMenu* menu)
 {
-    QAction* delSign = addCheckAction(menu, QStringLiteral("去除标点符号"));
+    QAction* delSign = addCheckAction(menu, tr("去除标点符号"));
     connect(delSign, &QAction::triggered, this, [this] {
         mPanelPresenter->setDelSign(mPanelPresenter->isDelSign() ? 0 : 1);
         mTargetBox->setFocus();
     });
-    QAction* singleClick = addCheckAction(menu, QStringLiteral("支持单击模式"));
+    QAction* singleClick = addCheckAction(menu, tr("支持单击模式"));
     connect(singleClick, &QAction::triggered, this, [this] {
         mPanelPresenter->setSupSingleClick(mPanelPresenter->isSupSingleClick() ? 0 : 1);
         mTargetBox->setFocus();
         toHide();
     });
-    QAction* quit = menu->addAction(QStringLiteral("退出"));
+    QAction* quit = menu->addAction(tr("退出"));
     connect(quit, &QAction::triggered, this, [this] { toHide(); });
     connect(menu, &QMenu::aboutToShow, this, [this, delSign, singleClick] {
         markAction(delSign, mPanelPresenter->isDelSign());
@@ -289,10 +288,10 @@ void FocusFollowPanel::buildMenus()
         "QMenu::item:selected { background: #eef3fd; }");
     mSendModeMenu = new QMenu(this);
     mSendModeMenu->setStyleSheet(menuSheet);
-    mSendModeMenu->setTitle(QStringLiteral("选择发送方式"));
-    mEnterAction = addCheckAction(mSendModeMenu, QStringLiteral("按Enter键发送"));
-    mSpaceAction = addCheckAction(mSendModeMenu, QStringLiteral("按空格键发送"));
-    mAutoSendAction = addCheckAction(mSendModeMenu, QStringLiteral("自动发送模式"));
+    mSendModeMenu->setTitle(tr("选择发送方式"));
+    mEnterAction = addCheckAction(mSendModeMenu, tr("按Enter键发送"));
+    mSpaceAction = addCheckAction(mSendModeMenu, tr("按空格键发送"));
+    mAutoSendAction = addCheckAction(mSendModeMenu, tr("自动发送模式"));
     connect(mEnterAction, &QAction::triggered, this, [this] {
         mPanelPresenter->setEnterMode(mPanelPresenter->isEnterKeySend() ? 0 : 1);
         mSourceBox->setReadOnly(true);
@@ -318,14 +317,14 @@ void FocusFollowPanel::buildMenus()
     mTargetMenu = new QMenu(this);
     mTargetMenu->setStyleSheet(menuSheet);
     fillContextMenu(mTargetMenu);
-    QAction* selectAll = mTargetMenu->addAction(QStringLiteral("全选并复制"));
+    QAction* selectAll = mTargetMenu->addAction(tr("全选并复制"));
     connect(selectAll, &QAction::triggered, this, [this] {
         // Copied here rather than by keystrokes: the panel does not hold the keyboard, and
         // Ctrl+A would select all in the user's application instead.
         mTargetBox->selectAll();
         mTargetBox->copy();
     });
-    QAction* copy = mTargetMenu->addAction(QStringLiteral("复制"));
+    QAction* copy = mTargetMenu->addAction(tr("复制"));
     connect(copy, &QAction::triggered, this, [this] { mTargetBox->copy(); });
 }
 
@@ -569,11 +568,11 @@ void FocusFollowPanel::setTranslateStatus(int status)
             mHint->setStyleSheet(QStringLiteral("color: #339933; font-size: 13px;"));
             break;
         case 1:
-            mHint->setText(QStringLiteral("翻译中..."));
+            mHint->setText(tr("翻译中..."));
             mHint->setStyleSheet(QStringLiteral("color: #339933; font-size: 13px;"));
             break;
         case 2:
-            mHint->setText(QStringLiteral("翻译错误!"));
+            mHint->setText(tr("翻译错误!"));
             mHint->setStyleSheet(QStringLiteral("color: #D80000; font-size: 13px;"));
             break;
         default:

@@ -101,7 +101,7 @@ void InputDialog::setupUi()
     mLabelChangeLanguage = new label(mFrame);
     mLabelChangeLanguage->setGeometry(60, 5, 36, 46);
     mLabelChangeLanguage->setCursor(Qt::PointingHandCursor);
-    mLabelChangeLanguage->setToolTip(QStringLiteral("选择语言"));
+    mLabelChangeLanguage->setToolTip(tr("选择语言"));
     mLanguageImage = QStringLiteral("language_chinese.svg");
     mLabelChangeLanguage->setPixmap(strip(mLanguageImage));
 
@@ -130,18 +130,18 @@ void InputDialog::setupUi()
 void InputDialog::createMenu()
 {
     mMenu = new QMenu(this);
-    QAction* delSign = mMenu->addAction(QStringLiteral("去除标点符号"));
+    QAction* delSign = mMenu->addAction(tr("去除标点符号"));
     delSign->setCheckable(true);
     connect(delSign, &QAction::triggered, this,
             [this](bool checked) { mPresenter->setDelSign(checked ? 1 : 0); });
-    QAction* singleClick = mMenu->addAction(QStringLiteral("支持单击模式"));
+    QAction* singleClick = mMenu->addAction(tr("支持单击模式"));
     singleClick->setObjectName(QStringLiteral("singleClick"));
     singleClick->setCheckable(true);
     connect(singleClick, &QAction::triggered, this, [this](bool checked) {
         mPresenter->setSupSingleClick(checked ? 1 : 0);
         toHide();
     });
-    connect(mMenu->addAction(QStringLiteral("退出")), &QAction::triggered, this, &InputDialog::toHide);
+    connect(mMenu->addAction(tr("退出")), &QAction::triggered, this, &InputDialog::toHide);
     // The marks show the settings as they are when the menu opens.
     connect(mMenu, &QMenu::aboutToShow, this, [this, delSign, singleClick] {
         delSign->setChecked(mPresenter->isDelSign());

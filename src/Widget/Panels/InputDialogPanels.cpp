@@ -96,7 +96,7 @@ void InputDialog::onLanguagePress()
 {
     mTimerPickerHide.stop();
     setFrameHover(true);
-    setContent(QStringLiteral("请选择语言!"));
+    setContent(tr("请选择语言!"));
     if (mSearchLanguage->isHidden()) {
         const QPoint corner = mFrame->mapToGlobal(QPoint(0, 0));
         mSearchLanguage->move(corner.x(), corner.y() - mSearchLanguage->height() - 2);

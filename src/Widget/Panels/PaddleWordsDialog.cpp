@@ -16,7 +16,10 @@ namespace {
 const struct {
     const char* text;
     int value;
-} kReaders[] = {{"女声", 0}, {"男声", 1}, {"洛比", 3}, {"胖谷", 4}};
+} kReaders[] = {{QT_TRANSLATE_NOOP("PaddleWordsDialog", "女声"), 0},
+                {QT_TRANSLATE_NOOP("PaddleWordsDialog", "男声"), 1},
+                {QT_TRANSLATE_NOOP("PaddleWordsDialog", "洛比"), 3},
+                {QT_TRANSLATE_NOOP("PaddleWordsDialog", "胖谷"), 4}};
 
 }  // namespace
 
@@ -35,11 +38,11 @@ PaddleWordsDialog::PaddleWordsDialog(QWidget* parent, SpeechSynthesisUtils* synt
     logo->setGeometry(6, 6, 20, 20);
     logo->setPixmap(QIcon(QStringLiteral(":/panels/selection/paddle_logo.svg")).pixmap(20, 20));
     mTranslate = addIconButton(this, QStringLiteral(":/panels/selection/paddle_translate.svg"),
-                               QStringLiteral("文字翻译"), QRect(32, 2, 35, 29), 20);
-    mRead = addIconButton(this, QStringLiteral(":/panels/selection/paddle_read.svg"),
-                          QStringLiteral("中/英文朗读"), QRect(70, 2, 35, 29), 20);
-    mReader = addIconButton(this, QStringLiteral(":/panels/selection/paddle_reader.svg"),
-                            QStringLiteral("选择朗读者"), QRect(108, 2, 35, 28), 20);
+                               tr("文字翻译"), QRect(32, 2, 35, 29), 20);
+    mRead = addIconButton(this, QStringLiteral(":/panels/selection/paddle_read.svg"), tr("中/英文朗读"),
+                          QRect(70, 2, 35, 29), 20);
+    mReader = addIconButton(this, QStringLiteral(":/panels/selection/paddle_reader.svg"), tr("选择朗读者"),
+                            QRect(108, 2, 35, 28), 20);
 
     mTimer.setInterval(kTickMs);
     connect(&mTimer, &QTimer::timeout, this, &PaddleWordsDialog::onTimeout);
@@ -58,7 +61,7 @@ void PaddleWordsDialog::createPronPersonMenu()
 {
     mPronPerson = PreferencesUtils::getInstance()->getUserPreferences().pronPerson;
     for (const auto& reader : kReaders) {
-        QAction* action = mMenu->addAction(QString::fromUtf8(reader.text));
+        QAction* action = mMenu->addAction(tr(reader.text));
         action->setData(reader.value);
         if (reader.value == mPronPerson) {
             action->setIcon(QIcon(QStringLiteral(":/panels/selection/selected.svg")));

@@ -119,33 +119,33 @@ void TextTranslateDialog::setupUi()
 
     mFrame = new QFrame(this);
     mFrame->setObjectName(QStringLiteral("frame"));
-    mTitle = new QLabel(QStringLiteral("文字翻译"), mFrame);
+    mTitle = new QLabel(tr("文字翻译"), mFrame);
     mTitle->setObjectName(QStringLiteral("title"));
     mTitle->setGeometry(14, 8, 200, 26);
     mClose = FloatingCardDialog::addIconButton(mFrame, QStringLiteral(":/panels/selection/text_close.svg"),
-                                               QStringLiteral("关闭"), QRect(422, 8, 26, 26), 18);
+                                               tr("关闭"), QRect(422, 8, 26, 26), 18);
 
     mSource = new TextEdit(mFrame);
     mEdit = FloatingCardDialog::addIconButton(mFrame, QStringLiteral(":/panels/selection/text_edit.svg"),
-                                              QStringLiteral("编辑原文"), QRect(0, 0, 26, 26), 18);
+                                              tr("编辑原文"), QRect(0, 0, 26, 26), 18);
     mDivider = new QFrame(mFrame);
     mDivider->setObjectName(QStringLiteral("divider"));
     mLanguageRow = new QWidget(mFrame);
-    auto* caption = new QLabel(QStringLiteral("自动检测  →"), mLanguageRow);
+    auto* caption = new QLabel(tr("自动检测  →"), mLanguageRow);
     caption->setObjectName(QStringLiteral("caption"));
     caption->setGeometry(0, 0, 80, 20);
     mLanguage = new ComboBox(mLanguageRow);
-    mLanguage->setGeometry(84, 0, 130, 20);
+    mLanguage->setGeometry(84, 0, 180, 20);
     mLanguage->setFocusPolicy(Qt::NoFocus);
     for (const char* name : kConsoleTargetLabels) {
-        mLanguage->addItem(QString::fromUtf8(name));
+        mLanguage->addItem(LanguageTables::shown(name));
     }
     mRead = FloatingCardDialog::addIconButton(mFrame, QStringLiteral(":/panels/selection/paddle_read.svg"),
-                                              QStringLiteral("朗读译文"), QRect(0, 0, 26, 20), 18);
+                                              tr("朗读译文"), QRect(0, 0, 26, 20), 18);
     mTarget = new TextEdit(mFrame);
     mTarget->setContextMenuPolicy(Qt::CustomContextMenu);
     mCopy = FloatingCardDialog::addIconButton(mFrame, QStringLiteral(":/panels/selection/text_copy.svg"),
-                                              QStringLiteral("复制译文"), QRect(0, 0, 26, 26), 18);
+                                              tr("复制译文"), QRect(0, 0, 26, 26), 18);
     for (TextEdit* box : {mSource, mTarget}) {
         box->setReadOnly(true);
         box->setHorizontalScrollBarPolicy(Qt::ScrollBarAlwaysOff);
@@ -165,7 +165,7 @@ void TextTranslateDialog::initView()
     mSource->setGeometry(10, kSourceTop, kBoxWidth, kBoxHeight);
     mEdit->setGeometry(418, kSourceTop + kBoxHeight + 2, 26, 26);
     mDivider->setGeometry(0, kDividerY, kWidth, 1);
-    mLanguageRow->setGeometry(10, kLanguageY, 220, 20);
+    mLanguageRow->setGeometry(10, kLanguageY, 280, 20);
     mRead->setGeometry(410, kLanguageY - 2, 26, 22);
     mTarget->setGeometry(10, kTargetTop, kBoxWidth, kBoxHeight);
     mCopy->setGeometry(418, kTargetTop + kBoxHeight + 2, 26, 26);
@@ -224,13 +224,13 @@ void TextTranslateDialog::setTranslateStatus(int status)
             setShowHint(QString());
             break;
         case 1:
-            setShowHint(QStringLiteral("正在翻译中..."));
+            setShowHint(tr("正在翻译中..."));
             break;
         case 2:
-            setShowHint(QStringLiteral("翻译错误!"));
+            setShowHint(tr("翻译错误!"));
             break;
         case 3:
-            setShowHint(QStringLiteral("复制成功!"));
+            setShowHint(tr("复制成功!"));
             break;
         default:
             return;
@@ -358,8 +358,8 @@ void TextTranslateDialog::onButtonCopy()
 void TextTranslateDialog::onRightMenu(QPoint)
 {
     QMenu menu(this);
-    menu.addAction(QStringLiteral("全选并复制"), this, &TextTranslateDialog::onSelectAll);
-    menu.addAction(QStringLiteral("复制"), this, &TextTranslateDialog::onCopy);
+    menu.addAction(tr("全选并复制"), this, &TextTranslateDialog::onSelectAll);
+    menu.addAction(tr("复制"), this, &TextTranslateDialog::onCopy);
     menu.exec(QCursor::pos());
     mTarget->setFocus();
 }
