@@ -417,6 +417,17 @@
     </message>
 </context>
 <context>
+    <name>InputBackendChoice</name>
+    <message>
+        <source>听写的文字无法输入到 Wayland 窗口</source>
+        <translation>Dictated text cannot reach Wayland windows</translation>
+    </message>
+    <message>
+        <source>此桌面既没有提供虚拟键盘，也没有可用的 IBus 输入法：文字只能输入到 X11 程序中，GNOME、KDE 等原生 Wayland 程序的窗口收不到任何文字。请安装并启用 IBus（在系统设置的“键盘/输入源”中添加 IBus 输入源），或在登录界面选择 X11（Xorg）会话，然后重新启动 Zorvane。</source>
+        <translation>This desktop offers neither a virtual keyboard nor a usable IBus input method: text can only be typed into X11 programs, and native Wayland windows (GNOME, KDE and others) receive nothing. Install and enable IBus (add an IBus input source under Keyboard / Input Sources in the system settings), or choose an X11 (Xorg) session at login, then start Zorvane again.</translation>
+    </message>
+</context>
+<context>
     <name>InputDialog</name>
     <message>
         <source>选择语言</source>
@@ -815,6 +826,10 @@
         <source>不再提醒</source>
         <translation>Stop reminders</translation>
     </message>
+    <message>
+        <source>关闭</source>
+        <translation>Close</translation>
+    </message>
 </context>
 <context>
     <name>MainWindow</name>
@@ -885,6 +900,30 @@
     <message>
         <source>点击“浏览”选择已安装的应用程序</source>
         <translation>Click “Browse” to choose an installed application</translation>
+    </message>
+    <message>
+        <source>退出</source>
+        <translation>Quit</translation>
+    </message>
+    <message>
+        <source>退出 Zorvane 后，语音听写将停止，鼠标的语音键不再起作用。确定退出吗？</source>
+        <translation>After Zorvane quits, dictation stops and the mouse&apos;s voice key does nothing. Quit now?</translation>
+    </message>
+    <message>
+        <source>点击任务栏上的 Zorvane 图标可再次打开控制台，退出也在图标的菜单中。</source>
+        <translation>Click the Zorvane icon in the panel to open the console again; Quit is in the icon&apos;s menu too.</translation>
+    </message>
+    <message>
+        <source>从应用程序菜单再次启动 Zorvane 即可打开控制台；退出请用控制台右上角菜单中的“退出”。</source>
+        <translation>Start Zorvane again from the applications menu to open the console; to quit, use Quit in the menu at the console&apos;s top right.</translation>
+    </message>
+    <message>
+        <source>Zorvane 仍在运行，鼠标的语音键照常可用。</source>
+        <translation>Zorvane is still running and the mouse&apos;s voice key works as usual. </translation>
+    </message>
+    <message>
+        <source>知道了</source>
+        <translation>Got it</translation>
     </message>
 </context>
 <context>
@@ -1123,10 +1162,6 @@ DID: %4</translation>
         <translation>Minimise</translation>
     </message>
     <message>
-        <source>退出</source>
-        <translation>Quit</translation>
-    </message>
-    <message>
         <source>首页</source>
         <translation>Home</translation>
     </message>
@@ -1233,10 +1268,6 @@ DID: %4</translation>
     <message>
         <source>两者</source>
         <translation>Both</translation>
-    </message>
-    <message>
-        <source>电量和设备提示的显示方式</source>
-        <translation>How battery and device notices are shown</translation>
     </message>
     <message>
         <source>听写语言</source>
@@ -1484,6 +1515,14 @@ DID: %4</translation>
         <source>鼠标设置</source>
         <comment>navigation</comment>
         <translation>Mouse</translation>
+    </message>
+    <message>
+        <source>关闭</source>
+        <translation>Close</translation>
+    </message>
+    <message>
+        <source>电量和设备提示的显示方式；系统通知在没有通知服务的桌面上改用弹窗</source>
+        <translation>How battery and device notices are shown; a desktop without a notification service gets the popup instead</translation>
     </message>
 </context>
 <context>

@@ -206,8 +206,8 @@ void MainWindow::createMenu()
             &QAction::triggered, this, &MainWindow::onIntoAboutUsView);
     // Quitting is asked for here and in the tray; the title bar's cross only closes the window.
     mMenu->addSeparator();
-    connect(mMenu->addAction(QIcon(QStringLiteral(":/console/close.svg")), QStringLiteral("退出")),
-            &QAction::triggered, this, &MainWindow::onQuit);
+    connect(mMenu->addAction(QIcon(QStringLiteral(":/console/close.svg")), tr("退出")), &QAction::triggered,
+            this, &MainWindow::onQuit);
     mUi.buttonMenu->setMenu(mMenu);
 }
 
@@ -382,9 +382,8 @@ void MainWindow::onQuit()
     mQuitQuestion = new MessageDialog(this);
     mQuitQuestion->setAttribute(Qt::WA_DeleteOnClose);
     mQuitQuestion->setWindowTitle(QStringLiteral("Zorvane"));
-    mQuitQuestion->setTitle(
-        QStringLiteral("退出 Zorvane 后，语音听写将停止，鼠标的语音键不再起作用。确定退出吗？"));
-    mQuitQuestion->submitButton()->setText(QStringLiteral("退出"));
+    mQuitQuestion->setTitle(tr("退出 Zorvane 后，语音听写将停止，鼠标的语音键不再起作用。确定退出吗？"));
+    mQuitQuestion->submitButton()->setText(tr("退出"));
     mQuitQuestion->submitButton()->setDefault(true);
     mQuitQuestion->centreOver(isShow() ? this : nullptr);
     connect(mQuitQuestion, &QDialog::finished, this, [this](int result) {
@@ -414,18 +413,16 @@ void MainWindow::tellWhereZorvaneWent()
     preferences->markSaid(kClosedHint);
     // Where there is no tray (GNOME, a bare window manager) the way back is a second start,
     // which the single-instance guard turns into showing this window.
-    const QString back =
-        QSystemTrayIcon::isSystemTrayAvailable()
-            ? QStringLiteral("点击任务栏上的 Zorvane 图标可再次打开控制台，退出也在图标的菜单中。")
-            : QStringLiteral(
-                  "从应用程序菜单再次启动 Zorvane 即可打开控制台；"
-                  "退出请用控制台右上角菜单中的“退出”。");
+    const QString back = QSystemTrayIcon::isSystemTrayAvailable()
+                             ? tr("点击任务栏上的 Zorvane 图标可再次打开控制台，退出也在图标的菜单中。")
+                             : tr("从应用程序菜单再次启动 Zorvane 即可打开控制台；"
+                                  "退出请用控制台右上角菜单中的“退出”。");
     auto* hint = new MessageDialog(this);
     hint->setAttribute(Qt::WA_DeleteOnClose);
     hint->setWindowTitle(QStringLiteral("Zorvane"));
     hint->setObjectName(QStringLiteral("closedHint"));
-    hint->setTitle(QStringLiteral("Zorvane 仍在运行，鼠标的语音键照常可用。") + back);
-    hint->submitButton()->setText(QStringLiteral("知道了"));
+    hint->setTitle(tr("Zorvane 仍在运行，鼠标的语音键照常可用。") + back);
+    hint->submitButton()->setText(tr("知道了"));
     hint->submitButton()->setDefault(true);
     hint->setCancelHidden(true);
     hint->centreOver(this);

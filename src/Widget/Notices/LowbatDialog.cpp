@@ -93,7 +93,7 @@ void LowbatDialog::setupUi()
     mClose->setObjectName(QStringLiteral("closeButton"));
     mClose->setFocusPolicy(Qt::NoFocus);
     mClose->setCursor(Qt::PointingHandCursor);
-    mClose->setToolTip(QStringLiteral("关闭"));
+    mClose->setToolTip(tr("关闭"));
     mClose->setIcon(QIcon(kArt + QStringLiteral("lowbat_close.png")));
     mClose->setIconSize(QSize(28, 28));
     mClose->setGeometry(kCloseRect);
