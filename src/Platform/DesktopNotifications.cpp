@@ -201,16 +201,15 @@ void DesktopNotifications::notifyBattery(int page, Undelivered undelivered)
     Undelivered u = std::move(undelivered);
     switch (page) {
         case 0:
-            notify(KindBattery, tr("鼠标电量低"), tr("请及时为鼠标充电"),
-                   UrgencyNormal, std::move(u));
+            notify(KindBattery, tr("鼠标电量低"), tr("请及时为鼠标充电"), UrgencyNormal, std::move(u));
             break;
         case 1:
-            notify(KindBattery, tr("鼠标电量严重不足"),
-                   tr("鼠标即将关机，请立即充电"), UrgencyCritical, std::move(u));
+            notify(KindBattery, tr("鼠标电量严重不足"), tr("鼠标即将关机，请立即充电"), UrgencyCritical,
+                   std::move(u));
             break;
         case 2:
-            notify(KindBattery, tr("鼠标已关机"), tr("电量耗尽，充电后即可继续使用"),
-                   UrgencyCritical, std::move(u));
+            notify(KindBattery, tr("鼠标已关机"), tr("电量耗尽，充电后即可继续使用"), UrgencyCritical,
+                   std::move(u));
             break;
         case 3:
             notify(KindBattery, tr("鼠标正在充电"), QString(), UrgencyLow, std::move(u));
@@ -222,8 +221,8 @@ void DesktopNotifications::notifyBattery(int page, Undelivered undelivered)
 
 void DesktopNotifications::notifyDeviceChange(bool insert, Undelivered undelivered)
 {
-    notify(KindDevice, insert ? tr("设备插入") : tr("设备拔出"), QString(),
-           UrgencyNormal, std::move(undelivered));
+    notify(KindDevice, insert ? tr("设备插入") : tr("设备拔出"), QString(), UrgencyNormal,
+           std::move(undelivered));
 }
 
 void DesktopNotifications::notifyBleConnected(Undelivered undelivered)

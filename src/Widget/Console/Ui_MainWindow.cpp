@@ -409,9 +409,8 @@ QWidget* Ui_MainWindow::buildAppSettingsPage()
     comboTextTranslate = comboBox(page, targetRows(), tr("文字语言"));
     comboRestTime = comboBox(page, {tr("3小时"), tr("2.5小时"), tr("2小时"), tr("1小时"), tr("不提醒")},
                              tr("连续工作多久后提醒休息"));
-    comboNoticeStyle =
-        comboBox(page, {tr("弹窗"), tr("系统通知"), tr("两者")},
-                 tr("电量和设备提示的显示方式；系统通知在没有通知服务的桌面上改用弹窗"));
+    comboNoticeStyle = comboBox(page, {tr("弹窗"), tr("系统通知"), tr("两者")},
+                                tr("电量和设备提示的显示方式；系统通知在没有通知服务的桌面上改用弹窗"));
 
     auto* language = card(page);
     auto* grid = new QGridLayout(language);
