@@ -165,7 +165,9 @@ void LowbatDialog::toShow()
         mHiding = nullptr;
     }
     resize(kDialogSize);
-    mButton->setGeometry(kButtonRect);
+    // As wide as its words need (English is longer), centred where the pill stands.
+    const int width = qBound(kButtonRect.width(), mButton->sizeHint().width(), kDialogSize.width() - 32);
+    mButton->setGeometry(kButtonRect.center().x() - width / 2, kButtonRect.y(), width, kButtonRect.height());
     mClose->setGeometry(kCloseRect);
     for (QWidget* frame : qAsConst(mFrames)) {
         frame->setGeometry(QRect(QPoint(0, 0), kFrameSize));
