@@ -81,22 +81,51 @@ QString ElvUtil::buildParams(int language, const QString& uid)
     return QString::fromUtf8(QJsonDocument(object).toJson(QJsonDocument::Indented));
 }
 
+int ElvUtil::serverListEnd(const QByteArray& text)
+{
+    int depth = 0;
+    bool inString = false;
+    bool escaped = false;
+    for (int i = 0; i < text.size(); ++i) {
+        const char c = text.at(i);
+        if (inString) {
+            if (escaped) {
+                escaped = false;
+            } else if (c == '\\') {
+                escaped = true;
+            } else if (c == '"') {
+                inString = false;
+            }
+        } else if (c == '[' || c == '{') {
+            ++depth;
+        } else if (c == ']' || c == '}') {
+            if (--depth <= 0) {
+                return depth == 0 ? i + 1 : 0;
+            }
+        } else if (depth == 0 && !QChar::isSpace(static_cast<uchar>(c))) {
+            return 0;
+        } else if (c == '"') {
+            inString = true;
+        }
+    }
+    return -1;
+}
+
 bool ElvUtil::isWholeServerList(const QByteArray& text)
 {
-    QJsonParseError error{};
-    QJsonDocument::fromJson(text, &error);
-    return error.error == QJsonParseError::NoError || text.size() > kMaxServerListBytes;
+    return serverListEnd(text) >= 0 || text.size() > kMaxServerListBytes;
 }
 
 QList<SDKServer> ElvUtil::parseServerList(const QByteArray& text)
 {
     QList<SDKServer> servers;
-    if (text.size() > kMaxServerListBytes) {
-        qCWarning(lcSpeechGateway) << "server list of" << text.size() << "bytes is over the limit of"
-                                   << kMaxServerListBytes << "- dropped";
+    const int end = serverListEnd(text);
+    if (end > kMaxServerListBytes || (end < 0 && text.size() > kMaxServerListBytes)) {
+        qCWarning(lcSpeechGateway) << "server list of" << (end < 0 ? text.size() : end)
+                                   << "bytes is over the limit of" << kMaxServerListBytes << "- dropped";
         return servers;
     }
-    const QJsonArray array = QJsonDocument::fromJson(text).array();
+    const QJsonArray array = QJsonDocument::fromJson(text.left(qMax(end, 0))).array();
     if (array.size() > kMaxServers) {
         qCWarning(lcSpeechGateway) << "server list of" << array.size() << "servers is over the limit of"
                                    << kMaxServers << "- dropped";

@@ -71,9 +71,14 @@ public:
     // The parameter object in its indented form: language as a decimal string, then uid.
     static QString buildParams(int language, const QString& uid);
 
-    // Whether the server list has come whole (it parses) or is past kMaxServerListBytes.
+    // Where the reply's first JSON document ends (its closing bracket, strings skipped), -1 while
+    // it is still open, 0 when the reply starts with something that is no document. Decided byte
+    // by byte, so the same reply cut into other reads ends at the same place.
+    static int serverListEnd(const QByteArray& text);
+    // Whether the server list has come whole (its document closed) or is past kMaxServerListBytes.
     static bool isWholeServerList(const QByteArray& text);
-    // Empty for a list past kMaxServerListBytes or kMaxServers.
+    // The list in the reply's first document; what follows it is ignored. Empty for a list past
+    // kMaxServerListBytes or kMaxServers.
     static QList<SDKServer> parseServerList(const QByteArray& text);
     // Every non-empty line that holds a JSON object and is no longer than kMaxLineBytes.
     static QList<SocketMessage> parseSocketMessages(const QByteArray& text);

@@ -55,7 +55,14 @@ void TestElvUtil::serverListAndSocketLines()
     QVERIFY(ElvUtil::parseServerList(many + "]").isEmpty());
     QTest::ignoreMessage(QtWarningMsg,
                          QRegularExpression(QStringLiteral("bytes is over the limit of 65536")));
-    QVERIFY(ElvUtil::parseServerList(R"([{"port":8001,"count":1}])" + QByteArray(70000, ' ')).isEmpty());
+    QVERIFY(ElvUtil::parseServerList("[" + QByteArray(70000, ' ') + R"({"port":8001,"count":1}])").isEmpty());
+    // The list ends where its document closes, wherever the reads were cut: brackets inside
+    // strings don't count, and what a server sends after the list is not part of it.
+    const QByteArray reply = R"( [{"port":8001,"count":1,"name":"a]\"}"}]junk)";
+    QCOMPARE(ElvUtil::serverListEnd(reply.left(reply.size() - 5)), -1);
+    QCOMPARE(ElvUtil::serverListEnd(reply), reply.size() - 4);
+    QCOMPARE(ElvUtil::parseServerList(reply).size(), 1);
+    QCOMPARE(ElvUtil::serverListEnd("x[]"), 0);
 
     const QByteArray lines =
         "{\"type\":56,\"code\":1}\n\n"
