@@ -31,13 +31,9 @@ QStringList blurred(QWidget* window)
     for (const QLabel* label : window->findChildren<QLabel*>()) {
         const QPixmap picture = label->pixmap(Qt::ReturnByValue);
         if (!picture.isNull() && picture.devicePixelRatioF() < 2.0) {
-            QRect where(label->mapTo(window, QPoint()), label->size());
-            found << QStringLiteral("%1 at %2,%3 %4x%5")
-                         .arg(QLatin1String(window->metaObject()->className()))
-                         .arg(where.x())
-                         .arg(where.y())
-                         .arg(where.width())
-                         .arg(where.height());
+            const QPoint at = label->mapTo(window, QPoint());
+            found << QLatin1String(window->metaObject()->className()) +
+                         QStringLiteral(" at %1,%2").arg(at.x()).arg(at.y());
         }
     }
     return found;
