@@ -3,7 +3,7 @@
 #   zorvane-tools  the virtual mouse (mouse-sim, and mouse-window with its control window) and
 #                  the stand-in services (zorvane-services), for trying Zorvane without the mouse
 #                  or without accounts
-set(ZORVANE_APP_ID "org.example.zorvane")
+set(ZORVANE_APP_ID "io.github.zorvane.Zorvane")
 set(pkg ${CMAKE_CURRENT_LIST_DIR})
 set(pkg_out ${CMAKE_BINARY_DIR}/packaging)
 file(MAKE_DIRECTORY ${pkg_out})
@@ -59,7 +59,7 @@ set(CPACK_DEBIAN_FILE_NAME DEB-DEFAULT)
 set(CPACK_DEBIAN_PACKAGE_RELEASE 1)
 set(CPACK_DEBIAN_PACKAGE_SECTION utils)
 set(CPACK_DEBIAN_PACKAGE_PRIORITY optional)
-set(CPACK_DEBIAN_PACKAGE_HOMEPAGE "https://zorvane.example.org/")
+set(CPACK_DEBIAN_PACKAGE_HOMEPAGE "https://github.com/zorvane/zorvane-linux")
 set(CPACK_DEBIAN_PACKAGE_SHLIBDEPS ON)
 set(CPACK_DEBIAN_PACKAGE_CONTROL_STRICT_PERMISSION ON)
 

@@ -10,6 +10,7 @@
 #include "Utils/MessageHandler.h"
 #include "Utils/PreferencesUtils.h"
 #include "Utils/Trace.h"
+#include "Widget/Common/Pictures.h"
 #include "Widget/Console/MainWindow.h"
 #include "Widget/SingleApplication.h"
 #include "Widget/Translations.h"
@@ -60,6 +61,7 @@ int main(int argc, char* argv[])
     if (!qEnvironmentVariableIsSet("QT_XCB_GL_INTEGRATION")) {
         DesktopLauncher::setOwnVariable("QT_XCB_GL_INTEGRATION", "none");
     }
+    Pictures::enableHighDpiScaling();
     SingleApplication app(argc, argv);
     if (app.isRunning()) {
         return 0;

@@ -67,6 +67,7 @@ void SpeechSynthesisUtils::stop()
     mQueue.clear();
     mPlayer->stop();
     mPlayer->clear();
+    QFile::remove(audioFile());
 }
 
 void SpeechSynthesisUtils::playData(const QByteArray& data)
@@ -103,6 +104,9 @@ void SpeechSynthesisUtils::onStopped()
     mPlayer->clear();
     if (!mQueue.isEmpty()) {
         playData(mQueue.takeFirst());
+    } else {
+        // What was read stays nowhere on disk once it has been heard.
+        QFile::remove(audioFile());
     }
     emit speechSynthesisOver();
 }

@@ -13,7 +13,8 @@ class AudioPlayback;
 
 // Reads text aloud: a caller emits speechSynthesis per piece (at most 1024 characters), the
 // worker thread fetches the audio, and the pieces play in order of arrival through one file,
-// "/tts.mp3" in the cache folder. speechSynthesisOver follows the end of every piece.
+// "/tts.mp3" in the cache folder, removed when the last piece ends or the reading stops.
+// speechSynthesisOver follows the end of every piece.
 class SpeechSynthesisUtils : public QObject, public Singleton<SpeechSynthesisUtils> {
     Q_OBJECT
 

@@ -59,8 +59,10 @@ struct Earlier {
 const Earlier kEarlier[] = {
     {"preferences.ini", Kind::Config}, {"user_habit_ini", Kind::Config},  {"autostart.ini", Kind::Config},
     {"ZorvaneLog.txt", Kind::State},   {"ZorvaneLog.txt.1", Kind::State}, {"pictures", Kind::Cache},
-    {"tts.mp3", Kind::Cache},
 };
+
+// The last text read aloud and its audio, which earlier versions left behind after reading.
+const Earlier kLeftovers[] = {{"text.txt", Kind::Data}, {"tts.mp3", Kind::Data}, {"tts.mp3", Kind::Cache}};
 
 bool sameContent(const QString& a, const QString& b)
 {
@@ -194,6 +196,12 @@ QStringList moveEarlierFiles()
                 moveEntry(earlier + QLatin1Char('/') + found, dir(e.kind) + QLatin1Char('/') + found,
                           &report);
             }
+        }
+    }
+    for (const Earlier& l : kLeftovers) {
+        const QString found = path(l.kind) + QLatin1Char('/') + QLatin1String(l.name);
+        if (QFileInfo::exists(found) && QFile::remove(found)) {
+            report << QStringLiteral("removed %1").arg(found);
         }
     }
     return report;

@@ -7,11 +7,9 @@
 #include "Http/HttpManager.h"
 #include "InputView.h"
 #include "SpeechRec/SpeechSynthesisUtils.h"
-#include "Utils/AppPaths.h"
 #include "Utils/Logging.h"
 
 #include <QClipboard>
-#include <QFile>
 #include <QMimeData>
 #include <QThread>
 
@@ -106,13 +104,6 @@ void InputPresenter::onToStartTextReading(int pronPerson)
     // Half-width marks the voice would spell out; the selection keeps the change.
     for (const QChar mark : QStringLiteral("\n/\\*<>,?")) {
         mPaddleText.remove(mark);
-    }
-    QFile file(AppPaths::dataFile(QStringLiteral("/text.txt")));
-    if (file.exists()) {
-        file.remove();
-    }
-    if (file.open(QIODevice::WriteOnly | QIODevice::Text)) {
-        file.write(QString(mPaddleText + QLatin1Char('\n')).toUtf8());
     }
     for (int at = 0; at < mPaddleText.size(); at += kReadingPieceChars) {
         emit mSynthesis->speechSynthesis(mPaddleText.mid(at, kReadingPieceChars), pronPerson, 5, 5, 5);

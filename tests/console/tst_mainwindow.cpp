@@ -6,6 +6,7 @@
 #include "Hid/HidManager.h"
 #include "Hid/HookManager.h"
 #include "Platform/AppAutoRunUtils.h"
+#include "Screenshot.h"
 #include "Utils/PreferencesUtils.h"
 #include "Widget/Common/DeletePopupDialog.h"
 #include "Widget/Common/MessageDialog.h"
@@ -453,8 +454,7 @@ void TestMainWindow::screenshots()
     auto shoot = [this, &folder](int page, const QString& name) {
         mWindow->recvMenuSiganl(page);
         QCoreApplication::processEvents();
-        QImage image(mWindow->size(), QImage::Format_ARGB32_Premultiplied);
-        image.fill(Qt::transparent);
+        QImage image = screenshotCanvas(mWindow, mWindow->size());
         QPainter painter(&image);
         QPainterPath shape;
         shape.addRoundedRect(QRectF(mWindow->rect()), 12, 12);

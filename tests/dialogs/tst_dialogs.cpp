@@ -2,6 +2,7 @@
 #include "LocalHttpServer.h"
 #include "Platform/AppAutoRunUtils.h"
 #include "RecordingAppLauncher.h"
+#include "Screenshot.h"
 #include "Utils/AppVersion.h"
 #include "Widget/Common/DeletePopupDialog.h"
 #include "Widget/Common/MessageDialog.h"
@@ -319,8 +320,7 @@ void TestDialogs::screenshots()
     auto shoot = [&folder](QWidget* window, const QString& name) {
         window->show();
         QCoreApplication::processEvents();
-        QImage image(window->size(), QImage::Format_ARGB32_Premultiplied);
-        image.fill(Qt::transparent);
+        QImage image = screenshotCanvas(window, window->size());
         QPainter painter(&image);
         QPainterPath card;
         card.addRoundedRect(QRectF(window->rect()), FramelessDialog::kRadius, FramelessDialog::kRadius);

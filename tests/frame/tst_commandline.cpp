@@ -146,8 +146,9 @@ void TestCommandLine::aRealStartMovesEarlierFilesAndLogsTheStartLine()
         {QStringLiteral("autostart.ini"), QStringLiteral("CONFIG")},
         {QStringLiteral("ZorvaneLog.txt.1"), QStringLiteral("STATE")},
         {QStringLiteral("pictures/aG9tZS5wbmc"), QStringLiteral("CACHE")},
-        {QStringLiteral("tts.mp3"), QStringLiteral("CACHE")},
     };
+    // What was read aloud is dropped, not moved.
+    const QStringList dropped{QStringLiteral("text.txt"), QStringLiteral("tts.mp3")};
     QVERIFY(QDir().mkpath(earlier + QStringLiteral("pictures")));
     const auto write = [](const QString& path, const QByteArray& bytes) {
         QFile file(path);
@@ -161,6 +162,9 @@ void TestCommandLine::aRealStartMovesEarlierFilesAndLogsTheStartLine()
         QVERIFY(write(earlier + it.key(), content(it.key())));
     }
     QVERIFY(write(earlier + QStringLiteral("ZorvaneLog.txt"), "an earlier run\r\n"));
+    for (const QString& name : dropped) {
+        QVERIFY(write(earlier + name, "read aloud"));
+    }
     // The command words stay in the data folder (an empty file is an empty database to SQLite;
     // anything else unreadable would be set aside at start as damaged).
     const QString words = earlier + QStringLiteral("em9ydmFuZV9kYg==");
@@ -182,6 +186,10 @@ void TestCommandLine::aRealStartMovesEarlierFilesAndLogsTheStartLine()
         QVERIFY2(moved.open(QIODevice::ReadOnly), qPrintable(moved.fileName()));
         QVERIFY2(moved.readAll().contains(content(it.key()).mid(9)), qPrintable(it.key()));
         QVERIFY2(!QFile::exists(earlier + it.key()), qPrintable(it.key()));
+    }
+    for (const QString& name : dropped) {
+        QVERIFY2(!QFile::exists(earlier + name), qPrintable(name));
+        QVERIFY2(!QFile::exists(home.filePath(QStringLiteral("CACHE/ZorvaneV2/") + name)), qPrintable(name));
     }
     QVERIFY2(text.startsWith(QLatin1String("an earlier run\r\n")), qPrintable(text.left(200)));
     QVERIFY2(text.contains(QLatin1String("moved ") + earlier + QStringLiteral("preferences.ini")),

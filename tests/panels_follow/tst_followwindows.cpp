@@ -1,4 +1,5 @@
 #include "FakePlayback.h"
+#include "Screenshot.h"
 #include "SpeechRec/SpeechSynthesisUtils.h"
 #include "TranslationService.h"
 #include "Widget/Panels/FocusFollowDialog.h"
@@ -451,8 +452,7 @@ void TestFollowWindows::screenshots()
     // As a desktop without a compositor shows them: cut to the window's shape.
     auto shoot = [&folder](QWidget* window, const QString& name) {
         QTest::qWait(120);
-        QImage image(window->size(), QImage::Format_ARGB32_Premultiplied);
-        image.fill(Qt::transparent);
+        QImage image = screenshotCanvas(window, window->size());
         QPainter painter(&image);
         if (!window->mask().isEmpty()) {
             painter.setClipRegion(window->mask());

@@ -5,6 +5,7 @@
 #include "Platform/WinUtils.h"
 #include "RecordingInputBackend.h"
 #include "RecordingTextTranslateView.h"
+#include "Screenshot.h"
 #include "SpeechRec/SpeechSynthesisUtils.h"
 #include "Utils/PreferencesUtils.h"
 #include "Widget/Common/ComboBox.h"
@@ -748,8 +749,7 @@ void TestPanelsSelection::screenshots()
         QCoreApplication::processEvents();
         // render() draws the part its cut leaves, from that part's top left.
         const QRect shown = window->mask().isEmpty() ? window->rect() : window->mask().boundingRect();
-        QImage image(shown.size(), QImage::Format_ARGB32_Premultiplied);
-        image.fill(Qt::transparent);
+        QImage image = screenshotCanvas(window, shown.size());
         QPainter painter(&image);
         if (!window->mask().isEmpty()) {
             painter.setClipRegion(window->mask().translated(-shown.topLeft()));

@@ -6,6 +6,7 @@
 #include "Hid/HookManager.h"
 #include "Platform/WinUtils.h"
 #include "RecordingInputBackend.h"
+#include "Screenshot.h"
 #include "Widget/Panels/FocusFollowDialog.h"
 #include "Widget/Panels/InputDialog.h"
 #include "Widget/Panels/NoFocusFollowDialog.h"
@@ -210,8 +211,7 @@ void TestInputDialog::screenshots()
     auto shoot = [this, &folder](const QString& name) {
         QCoreApplication::processEvents();
         const QRect body = mStrip->mask().boundingRect();
-        QImage image(body.size(), QImage::Format_ARGB32_Premultiplied);
-        image.fill(Qt::transparent);
+        QImage image = screenshotCanvas(mStrip, body.size());
         QPainter painter(&image);
         painter.setClipRegion(mStrip->mask().translated(-body.topLeft()));
         mStrip->render(&painter, QPoint(), QRegion(body));

@@ -3,6 +3,7 @@
 #include "FakeHidBackend.h"
 #include "InputPresenterRig.h"
 #include "Platform/ApplicationCatalog.h"
+#include "Screenshot.h"
 #include "Widget/Common/FramelessDialog.h"
 #include "Widget/Console/ApplicationPickerDialog.h"
 #include "WidgetPresenter/PathPicker.h"
@@ -308,8 +309,7 @@ void TestPickers::screenshots()
     dialog.show();
     QCoreApplication::processEvents();
     // As a desktop shows it: the rounded card, transparent outside.
-    QImage image(dialog.size(), QImage::Format_ARGB32_Premultiplied);
-    image.fill(Qt::transparent);
+    QImage image = screenshotCanvas(&dialog, dialog.size());
     QPainter painter(&image);
     QPainterPath card;
     card.addRoundedRect(QRectF(dialog.rect()), FramelessDialog::kRadius, FramelessDialog::kRadius);

@@ -62,6 +62,7 @@ void TestSpeechSynthesis::piecesPlayInOrderThroughOneFile()
     QVERIFY(player.played.at(2).contains("tex=three&"));
     QCOMPARE(QSet<QString>(player.files.begin(), player.files.end()).size(), 1);
     QVERIFY(player.files.first().endsWith(QStringLiteral("/ZorvaneV2/tts.mp3")));
+    QVERIFY(!QFile::exists(player.files.first()));  // heard, then gone from disk
 
     // Nothing playing: a result starts at once.
     tts.onSpeechSynthesisResult("direct");
@@ -75,6 +76,7 @@ void TestSpeechSynthesis::piecesPlayInOrderThroughOneFile()
     }
     QTRY_COMPARE(player.played.size(), 1);
     tts.stop();
+    QVERIFY(!QFile::exists(player.files.first()));
     QTest::qWait(300);
     QCOMPARE(player.played.size(), 1);
     QVERIFY(!tts.isPlaying());

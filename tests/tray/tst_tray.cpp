@@ -518,8 +518,18 @@ void TestTray::screenshotOnADesktopTray()
 {
     const QString folder = qEnvironmentVariable("ZORVANE_SCREENSHOTS");
     const QString trayer = QStandardPaths::findExecutable(QStringLiteral("trayer"));
-    if (folder.isEmpty() || QGuiApplication::platformName() != QLatin1String("xcb") || trayer.isEmpty()) {
-        QSKIP("needs ZORVANE_SCREENSHOTS, an X display and trayer");
+    if (folder.isEmpty() || QGuiApplication::platformName() != QLatin1String("xcb")) {
+        QSKIP("needs ZORVANE_SCREENSHOTS and an X display");
+    }
+    if (trayer.isEmpty()) {
+        // No tray to show the icon in: the menu alone.
+        SystemTray tray(nullptr);
+        tray.languageActions()[0]->setChecked(true);
+        tray.menu()->popup(QPoint(20, 20));
+        QVERIFY(QTest::qWaitForWindowExposed(tray.menu()));
+        QVERIFY(tray.menu()->grab().save(folder + QStringLiteral("/tray-menu.png")));
+        tray.menu()->hide();
+        return;
     }
     // A plain desktop behind the tray, mapped first so that the tray and the menu lie over it.
     QScreen* screen = QGuiApplication::primaryScreen();

@@ -1,6 +1,7 @@
 #include "Widget/Common/DeletePopupDialog.h"
 
 #include "Widget/Common/DialogStyle.h"
+#include "Widget/Common/Pictures.h"
 
 #include <QHBoxLayout>
 #include <QLabel>
@@ -17,8 +18,7 @@ DeletePopupDialog::DeletePopupDialog(QWidget* parent)
     setStyleSheet(DialogStyle::sheet());
     setFixedSize(340, 170);
     auto* icon = new QLabel(this);
-    icon->setPixmap(QPixmap(QStringLiteral(":/common/warning.svg"))
-                        .scaled(40, 40, Qt::KeepAspectRatio, Qt::SmoothTransformation));
+    icon->setPixmap(Pictures::load(QStringLiteral(":/common/warning.svg"), icon, QSize(40, 40)));
     auto* question = new QLabel(tr("确定删除所选的命令词吗？"), this);
     question->setObjectName(QStringLiteral("titleLabel"));
     auto* hint = new QLabel(tr("删除后无法恢复"), this);

@@ -30,9 +30,16 @@ bool ExplainDialog::setImage(const QString& path)
 
 void ExplainDialog::showImage(const QPixmap& image)
 {
-    mImage = image.width() > kMaxWidth || image.height() > kMaxHeight
-                 ? image.scaled(kMaxWidth, kMaxHeight, Qt::KeepAspectRatio, Qt::SmoothTransformation)
-                 : image;
+    // Bounded in device-independent pixels: a picture with twice the pixels for a HiDPI screen
+    // shows as large as on any other.
+    const qreal ratio = image.devicePixelRatioF();
+    const QSize shown = image.size() / ratio;
+    mImage = image;
+    if (shown.width() > kMaxWidth || shown.height() > kMaxHeight) {
+        mImage =
+            image.scaled(QSize(kMaxWidth, kMaxHeight) * ratio, Qt::KeepAspectRatio, Qt::SmoothTransformation);
+        mImage.setDevicePixelRatio(ratio);
+    }
     mPicture->setPixmap(mImage);
     adjustSize();
 }

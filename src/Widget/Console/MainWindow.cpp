@@ -31,6 +31,7 @@
 #include <QCoreApplication>
 #include <QHeaderView>
 #include <QIcon>
+#include <QImageReader>
 #include <QLabel>
 #include <QMenu>
 #include <QMouseEvent>
@@ -53,12 +54,18 @@ const QString kClosedHint = QStringLiteral("consoleClosed");
 // label as it was) when the file does not load.
 bool showPicture(QLabel* label, const QString& path)
 {
-    const QPixmap picture(path);
+    const qreal ratio = label->devicePixelRatioF();
+    QImageReader reader(path);
+    // Read at the size shown: a drawing is drawn there sharp, not stretched from its own size.
+    if (reader.format() == "svg" && reader.size().isValid()) {
+        reader.setScaledSize(reader.size().scaled(label->size() * ratio, Qt::KeepAspectRatio));
+    }
+    const QImage picture = reader.read();
     if (picture.isNull()) {
         return false;
     }
-    const qreal ratio = label->devicePixelRatioF();
-    QPixmap scaled = picture.scaled(label->size() * ratio, Qt::KeepAspectRatio, Qt::SmoothTransformation);
+    QPixmap scaled = QPixmap::fromImage(
+        picture.scaled(label->size() * ratio, Qt::KeepAspectRatio, Qt::SmoothTransformation));
     scaled.setDevicePixelRatio(ratio);
     label->setPixmap(scaled);
     return true;

@@ -1,5 +1,6 @@
 #include "Widget/Notices/BLEConnectedDialog.h"
 
+#include "Widget/Common/Pictures.h"
 #include "Widget/Common/WindowLook.h"
 #include "Widget/Notices/NoticeLook.h"
 
@@ -27,7 +28,7 @@ BLEConnectedDialog::BLEConnectedDialog(QWidget* parent) : QDialog(parent), mTime
 
     auto* picture = new QLabel(this);
     picture->setGeometry(QRect(QPoint(0, 0), kSize));
-    picture->setPixmap(QPixmap(QStringLiteral(":/zh_res/res_1080/BLE/ble_connected.png")));
+    picture->setPixmap(Pictures::load(QStringLiteral(":/zh_res/res_1080/BLE/ble_connected.png"), picture));
     auto* text = new QLabel(tr("蓝牙鼠标已连接"), this);
     text->setObjectName(QStringLiteral("bleConnectedText"));
     text->setGeometry(0, 220, kSize.width(), 48);

@@ -1,6 +1,7 @@
 #include "BLEConnentionGuidanceDialog.h"
 
 #include "Utils/PreferencesUtils.h"
+#include "Widget/Common/Pictures.h"
 #include "Widget/Common/WindowLook.h"
 #include "Widget/Notices/NoticePanel.h"
 
@@ -32,7 +33,7 @@ QString picture(const char* name)
 QLabel* pictureLabel(const QString& path, QWidget* parent)
 {
     auto* label = new QLabel(parent);
-    label->setPixmap(QPixmap(path));
+    label->setPixmap(Pictures::load(path, label));
     label->setAlignment(Qt::AlignCenter);
     return label;
 }

@@ -1,5 +1,6 @@
 #include "CalendarPhrasesDialog.h"
 
+#include "Widget/Common/Pictures.h"
 #include "WidgetPresenter/NoticeContent.h"
 
 #include <QLabel>
@@ -27,7 +28,7 @@ CalendarPhrasesDialog::CalendarPhrasesDialog(QWidget* parent)
         auto* picture = new QLabel(widget);
         picture->setGeometry(0, 0, kSize, kSize);
         picture->setScaledContents(true);
-        picture->setPixmap(QPixmap(NoticeContent::calendarPicture(page)));
+        picture->setPixmap(Pictures::load(NoticeContent::calendarPicture(page), picture, picture->size()));
         auto* browser = new QTextBrowser(widget);
         browser->setGeometry(kBrowserGeometry[page]);
         browser->setOpenExternalLinks(true);

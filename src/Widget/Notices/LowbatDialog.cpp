@@ -1,6 +1,7 @@
 #include "Widget/Notices/LowbatDialog.h"
 
 #include "Utils/Logging.h"
+#include "Widget/Common/Pictures.h"
 #include "Widget/Common/WindowLook.h"
 #include "Widget/Notices/NoticeLook.h"
 #include "WidgetPresenter/LowbatPresenter.h"
@@ -72,7 +73,7 @@ void LowbatDialog::setupUi()
         frame->setObjectName(QStringLiteral("lowbatFrame"));
         auto* background = new QLabel(frame);
         background->setGeometry(QRect(QPoint(0, 0), kFrameSize));
-        background->setPixmap(QPixmap(kArt + QLatin1String(look.background)));
+        background->setPixmap(Pictures::load(kArt + QLatin1String(look.background), background));
         auto* text = new QLabel(tr(look.text), frame);
         text->setGeometry(16, 200, kFrameSize.width() - 32, 40);
         text->setAlignment(Qt::AlignCenter);
@@ -182,13 +183,15 @@ void LowbatDialog::toShow()
 void LowbatDialog::setLowbatAnimationImage(int frame)
 {
     mLowbatAnimation->setPixmap(
-        QPixmap(framePath(QStringLiteral("lobat_animation"), QStringLiteral("lobat_animation"), frame)));
+        Pictures::load(framePath(QStringLiteral("lobat_animation"), QStringLiteral("lobat_animation"), frame),
+                       mLowbatAnimation));
 }
 
 void LowbatDialog::setMinLowbatAnimationImage(int frame)
 {
-    mMinLowbatAnimation->setPixmap(QPixmap(framePath(QStringLiteral("lowbat_power_shortage_animation"),
-                                                     QStringLiteral("lowbat_power_shortage"), frame)));
+    mMinLowbatAnimation->setPixmap(Pictures::load(framePath(QStringLiteral("lowbat_power_shortage_animation"),
+                                                            QStringLiteral("lowbat_power_shortage"), frame),
+                                                  mMinLowbatAnimation));
 }
 
 QPixmap LowbatDialog::lowbatFrame() const

@@ -1,5 +1,6 @@
 #include "RestDialog.h"
 
+#include "Widget/Common/Pictures.h"
 #include "WidgetPresenter/NoticeContent.h"
 
 #include <QLabel>
@@ -44,7 +45,7 @@ void RestDialog::showContent()
 void RestDialog::changeBackground()
 {
     mCurrentPicture = NoticeContent::restPicture(mBackgroundIndex);
-    mPicture->setPixmap(QPixmap(mCurrentPicture));
+    mPicture->setPixmap(Pictures::load(mCurrentPicture, mPicture));
     mTip->setText(tr(kTips[mBackgroundIndex]));
     mBackgroundIndex = (mBackgroundIndex + 1) % NoticeContent::kRestPictureCount;
 }

@@ -1,5 +1,6 @@
 #include "Widget/Panels/FocusFollowDialog.h"
 
+#include "Widget/Common/Pictures.h"
 #include "Widget/Common/WindowLook.h"
 
 #include <QCursor>
@@ -31,8 +32,8 @@ FocusFollowDialog::FocusFollowDialog(QWidget* parent,
     setupUi(mPresenter);
     mArrow = new QLabel(this);
     mArrow->setScaledContents(true);
-    mArrow->setPixmap(QPixmap(QStringLiteral(":/panels/follow/arrow_up.svg")));
     mArrow->setGeometry((kDictationWidth - kBadgeArrowWidth) / 2, kArrowY, kBadgeArrowWidth, 10);
+    mArrow->setPixmap(Pictures::load(QStringLiteral(":/panels/follow/arrow_up.svg"), mArrow, mArrow->size()));
     mArrow->raise();
     reshape();  // the cut made while building had no arrow yet
     connect(mEditButton, &QPushButton::clicked, this, [this] {

@@ -1,5 +1,6 @@
 #include "Widget/Panels/FocusFollowPanel.h"
 
+#include "Widget/Common/Pictures.h"
 #include "Widget/Common/WindowLook.h"
 #include "Widget/Panels/LevelAnimation.h"
 #include "WidgetPresenter/ReadAloud.h"
@@ -50,7 +51,7 @@ QLabel* imageLabel(QWidget* parent, const QString& image, const QRect& geometry)
     label->setGeometry(geometry);
     label->setScaledContents(true);
     if (!image.isEmpty()) {
-        label->setPixmap(QPixmap(image));
+        label->setPixmap(Pictures::load(image, label, geometry.size()));
     }
     return label;
 }
@@ -478,7 +479,7 @@ void FocusFollowPanel::changeVolume(ProgressBar* bar, int level, int page)
         } else {
             const QString image = levelImage(page, bar->value);
             if (!image.isEmpty()) {
-                bar->label->setPixmap(QPixmap(image));
+                bar->label->setPixmap(Pictures::load(image, bar->label, bar->label->size()));
             }
             bar->label->show();
         }
@@ -498,7 +499,8 @@ void FocusFollowPanel::setDictationTextLanguageName(QString name)
         return;
     }
     mDictationLanguage->setPixmap(
-        QPixmap(QStringLiteral(":/zh_res/res_1080/Input/dictation_text000%1.png").arg(index + 1)));
+        Pictures::load(QStringLiteral(":/zh_res/res_1080/Input/dictation_text000%1.png").arg(index + 1),
+                       mDictationLanguage, mDictationLanguage->size()));
     mDictationLanguage->setProperty("badge", index + 1);
 }
 
@@ -546,10 +548,10 @@ int FocusFollowPanel::getCurrentViewStatus()
 void FocusFollowPanel::setMicStatus(bool on)
 {
     mMicOn = on;
-    const QPixmap mic(on ? QStringLiteral(":/panels/follow/mic_on.svg")
+    const QString mic(on ? QStringLiteral(":/panels/follow/mic_on.svg")
                          : QStringLiteral(":/panels/follow/mic_off.svg"));
     for (QLabel* label : {mDictationMic, mTranslateMic[0], mTranslateMic[1], mMicOnly}) {
-        label->setPixmap(mic);
+        label->setPixmap(Pictures::load(mic, label, label->size()));
     }
     if (!on) {
         for (ProgressBar& bar : mBars) {

@@ -1,6 +1,7 @@
 #include "Widget/Panels/InputDialog.h"
 
 #include "Utils/Logging.h"
+#include "Widget/Common/Pictures.h"
 #include "Widget/Common/WindowLook.h"
 #include "Widget/Common/label.h"
 #include "Widget/Panels/ChangeSearchLanguageDialog.h"
@@ -48,9 +49,9 @@ QString boxSheet(int style)
         .arg(kRadius);
 }
 
-QPixmap strip(const QString& name)
+QPixmap strip(const QString& name, const QWidget* on)
 {
-    return QPixmap(QStringLiteral(":/strip/") + name);
+    return Pictures::load(QStringLiteral(":/strip/") + name, on);
 }
 
 }  // namespace
@@ -97,13 +98,13 @@ void InputDialog::setupUi()
     mBar.label->hide();
     mMicLabel = new QLabel(mFrame);
     mMicLabel->setGeometry(8, 7, 36, 42);
-    mMicLabel->setPixmap(strip(QStringLiteral("mic_on.svg")));
+    mMicLabel->setPixmap(strip(QStringLiteral("mic_on.svg"), mMicLabel));
     mLabelChangeLanguage = new label(mFrame);
     mLabelChangeLanguage->setGeometry(60, 5, 36, 46);
     mLabelChangeLanguage->setCursor(Qt::PointingHandCursor);
     mLabelChangeLanguage->setToolTip(tr("选择语言"));
     mLanguageImage = QStringLiteral("language_chinese.svg");
-    mLabelChangeLanguage->setPixmap(strip(mLanguageImage));
+    mLabelChangeLanguage->setPixmap(strip(mLanguageImage, mLabelChangeLanguage));
 
     mTextInputOut = new QLineEdit(this);
     mTextInputOut->setReadOnly(true);
@@ -113,10 +114,10 @@ void InputDialog::setupUi()
     mTextInputOut->setGeometry(kBoxRect);
     mSpeak = new QLabel(this);
     mSpeak->setGeometry(650, 4, 108, 46);
-    mSpeak->setPixmap(strip(QStringLiteral("speak.svg")));
+    mSpeak->setPixmap(strip(QStringLiteral("speak.svg"), mSpeak));
     mFace = new QLabel(this);
     mFace->setGeometry(680, 2, 60, 51);
-    mFace->setPixmap(strip(QStringLiteral("face_0.svg")));
+    mFace->setPixmap(strip(QStringLiteral("face_0.svg"), mFace));
     mFace->hide();
     setVoiceSearchViewStyle(0);
     reshape();
@@ -374,8 +375,8 @@ void InputDialog::changeVolume(ProgressBar* bar, int level)
         if (bar->value < 4) {
             bar->label->hide();
         } else {
-            bar->label->setPixmap(
-                strip(QStringLiteral("voice_search_btn_mic_white%1.svg").arg(qMin(bar->value, 12))));
+            bar->label->setPixmap(strip(
+                QStringLiteral("voice_search_btn_mic_white%1.svg").arg(qMin(bar->value, 12)), bar->label));
             bar->label->show();
         }
         if (pauseMs > 0) {
@@ -387,7 +388,7 @@ void InputDialog::changeVolume(ProgressBar* bar, int level)
 void InputDialog::setMuteVolume()
 {
     if (isVisible()) {
-        mBar.label->setPixmap(strip(QStringLiteral("voice_search_btn_mic_mute.svg")));
+        mBar.label->setPixmap(strip(QStringLiteral("voice_search_btn_mic_mute.svg"), mBar.label));
         mBar.label->show();
     }
 }
@@ -401,7 +402,7 @@ void InputDialog::setTextLanguageText(QString name)
     for (const auto& image : kImages) {
         if (name == QString::fromUtf8(image.first)) {
             mLanguageImage = QLatin1String(image.second);
-            mLabelChangeLanguage->setPixmap(strip(mLanguageImage));
+            mLabelChangeLanguage->setPixmap(strip(mLanguageImage, mLabelChangeLanguage));
             return;
         }
     }
@@ -415,7 +416,7 @@ QLabel* InputDialog::languageLabel() const
 void InputDialog::showFace(int face)
 {
     if (face == 0 || face == 1) {
-        mFace->setPixmap(strip(QStringLiteral("face_%1.svg").arg(face)));
+        mFace->setPixmap(strip(QStringLiteral("face_%1.svg").arg(face), mFace));
     }
     mFace->show();
 }

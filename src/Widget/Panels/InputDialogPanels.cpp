@@ -1,5 +1,6 @@
 // The strip as the voice session's view of the other panels: the caret panel (Fo), the fixed
 // panel (NoFo), the selection toolbar, the text translation window and the language pickers.
+#include "Widget/Common/Pictures.h"
 #include "Widget/Common/ZorvaneMessageDialog.h"
 #include "Widget/Common/label.h"
 #include "Widget/Console/ExplainDialog.h"
@@ -475,8 +476,8 @@ void InputDialog::setMicStatus(bool on)
 {
     mNoFo->setMicStatus(on);
     mFo->setMicStatus(on);
-    const QPixmap mic(on ? QStringLiteral(":/strip/mic_on.svg") : QStringLiteral(":/strip/mic_off.svg"));
-    mMicLabel->setPixmap(mic);
+    mMicLabel->setPixmap(Pictures::load(
+        on ? QStringLiteral(":/strip/mic_on.svg") : QStringLiteral(":/strip/mic_off.svg"), mMicLabel));
     if (!on) {
         mBar.label->hide();
         mBar.value = 0;

@@ -1,5 +1,6 @@
 #include "Widget/Panels/NoFocusFollowDialog.h"
 
+#include "Widget/Common/Pictures.h"
 #include "Widget/Common/WindowLook.h"
 
 #include <QCursor>
@@ -267,8 +268,8 @@ void NoFocusFollowDialog::onLanguageLabelPress(QLabel* label)
     } else {
         if (label == mSourceLanguage[1] || label == mTargetLanguage[1]) {
             // Choosing a language is no time to listen: the waiting page's mics go silent.
-            const QPixmap silent(QStringLiteral(":/panels/follow/mic_off.svg"));
-            mTranslateMic[1]->setPixmap(silent);
+            mTranslateMic[1]->setPixmap(Pictures::load(QStringLiteral(":/panels/follow/mic_off.svg"),
+                                                       mTranslateMic[1], mTranslateMic[1]->size()));
             mBars[2].label->hide();
         }
         showTranslatePicker(x() + width() - mPicker->width(), y() - mPicker->height());

@@ -10,9 +10,12 @@
 
 namespace NoticeArt {
 
+int scale = 1;
+
 QImage canvas(int width, int height)
 {
-    QImage image(width, height, QImage::Format_ARGB32_Premultiplied);
+    QImage image(width * scale, height * scale, QImage::Format_ARGB32_Premultiplied);
+    image.setDevicePixelRatio(scale);
     image.fill(Qt::transparent);
     return image;
 }
@@ -79,7 +82,10 @@ void bluetoothBadge(QPainter& painter, const QPointF& centre, qreal radius, cons
 
 bool save(const QImage& image, const QString& folder, const QString& name)
 {
-    const QString path = folder + QLatin1Char('/') + name;
+    QString path = folder + QLatin1Char('/') + name;
+    if (scale != 1) {
+        path.insert(path.lastIndexOf(QLatin1Char('.')), QStringLiteral("@%1x").arg(scale));
+    }
     if (!QDir().mkpath(QFileInfo(path).absolutePath()) || !image.save(path, "PNG")) {
         std::fprintf(stderr, "cannot write %s\n", qPrintable(path));
         return false;
@@ -96,5 +102,10 @@ int main(int argc, char** argv)
         return 2;
     }
     const QString folder = QString::fromLocal8Bit(argv[1]);
-    return NoticeArt::paintRest(folder) && NoticeArt::paintGuidance(folder) ? 0 : 1;
+    for (NoticeArt::scale = 1; NoticeArt::scale <= 2; ++NoticeArt::scale) {
+        if (!NoticeArt::paintRest(folder) || !NoticeArt::paintGuidance(folder)) {
+            return 1;
+        }
+    }
+    return 0;
 }

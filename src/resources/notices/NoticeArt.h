@@ -8,6 +8,9 @@
 // Shared strokes of the notice pictures, painted at build time.
 namespace NoticeArt {
 
+// Pictures are painted at this many pixels per point: 1, then 2 for HiDPI screens ("@2x").
+extern int scale;
+
 QImage canvas(int width, int height);
 // A rounded card with a vertical gradient.
 void card(QPainter& painter, const QRectF& rect, const QColor& top, const QColor& bottom, qreal radius);

@@ -20,9 +20,13 @@ constexpr double kPi = 3.14159265358979323846;
 const QSize kPage(282, 294);
 const QRect kBattery(56, 92, 170, 84);  // where the panel shows the moving picture
 
+// Each picture is painted twice: as is, and at twice the pixels for HiDPI screens ("@2x").
+int gScale = 1;
+
 QImage blank(const QSize& size)
 {
-    QImage image(size, QImage::Format_ARGB32_Premultiplied);
+    QImage image(size * gScale, QImage::Format_ARGB32_Premultiplied);
+    image.setDevicePixelRatio(gScale);
     image.fill(Qt::transparent);
     return image;
 }
@@ -78,8 +82,11 @@ void power(QPainter* p, const QPointF& c, double r, const QColor& colour)
     p->drawLine(c + QPointF(0, -r - 4), c + QPointF(0, -r * 0.15));
 }
 
-bool save(const QImage& image, const QString& folder, const QString& name, QStringList* names)
+bool save(const QImage& image, const QString& folder, QString name, QStringList* names)
 {
+    if (gScale != 1) {
+        name.insert(name.lastIndexOf(QLatin1Char('.')), QStringLiteral("@%1x").arg(gScale));
+    }
     const QString path = folder + QLatin1Char('/') + name;
     QDir().mkpath(path.left(path.lastIndexOf(QLatin1Char('/'))));
     if (!image.save(path, "PNG", 9)) {
@@ -206,27 +213,29 @@ int main(int argc, char** argv)
     const QString out = QString::fromLocal8Bit(argv[1]);
     const QString lowbat = QStringLiteral("zh_res/res_1080/Lowbat/");
     QStringList names;
-    bool ok = save(background(QColor(58, 66, 84), QColor(30, 34, 46)), out,
-                   lowbat + QStringLiteral("lowbat_panel_background.png"), &names);
-    ok = ok && save(background(QColor(140, 40, 40), QColor(70, 20, 24)), out,
-                    lowbat + QStringLiteral("lowbat_power_shortage_panel_background.png"), &names);
-    ok = ok && save(shutDown(), out, lowbat + QStringLiteral("lowbat_shut_down.png"), &names);
-    ok = ok && save(charging(), out, lowbat + QStringLiteral("lowbat_charging.png"), &names);
-    ok = ok && save(cross(), out, lowbat + QStringLiteral("lowbat_close.png"), &names);
-    for (int frame = 1; ok && frame <= 153; ++frame) {
-        ok = save(
-            lowbatFrame(frame, 153), out,
-            lowbat +
-                QStringLiteral("lobat_animation/lobat_animation%1.png").arg(frame, 4, 10, QLatin1Char('0')),
-            &names);
+    bool ok = true;
+    for (gScale = 1; ok && gScale <= 2; ++gScale) {
+        ok = ok && save(background(QColor(58, 66, 84), QColor(30, 34, 46)), out,
+                        lowbat + QStringLiteral("lowbat_panel_background.png"), &names);
+        ok = ok && save(background(QColor(140, 40, 40), QColor(70, 20, 24)), out,
+                        lowbat + QStringLiteral("lowbat_power_shortage_panel_background.png"), &names);
+        ok = ok && save(shutDown(), out, lowbat + QStringLiteral("lowbat_shut_down.png"), &names);
+        ok = ok && save(charging(), out, lowbat + QStringLiteral("lowbat_charging.png"), &names);
+        ok = ok && save(cross(), out, lowbat + QStringLiteral("lowbat_close.png"), &names);
+        for (int frame = 1; ok && frame <= 153; ++frame) {
+            ok = save(lowbatFrame(frame, 153), out,
+                      lowbat + QStringLiteral("lobat_animation/lobat_animation%1.png")
+                                   .arg(frame, 4, 10, QLatin1Char('0')),
+                      &names);
+        }
+        for (int frame = 1; ok && frame <= 109; ++frame) {
+            ok = save(criticalFrame(frame, 109), out,
+                      lowbat + QStringLiteral("lowbat_power_shortage_animation/lowbat_power_shortage%1.png")
+                                   .arg(frame, 4, 10, QLatin1Char('0')),
+                      &names);
+        }
+        ok = ok && save(bleConnected(), out, QStringLiteral("zh_res/res_1080/BLE/ble_connected.png"), &names);
     }
-    for (int frame = 1; ok && frame <= 109; ++frame) {
-        ok = save(criticalFrame(frame, 109), out,
-                  lowbat + QStringLiteral("lowbat_power_shortage_animation/lowbat_power_shortage%1.png")
-                               .arg(frame, 4, 10, QLatin1Char('0')),
-                  &names);
-    }
-    ok = ok && save(bleConnected(), out, QStringLiteral("zh_res/res_1080/BLE/ble_connected.png"), &names);
     if (!ok) {
         return 1;
     }
