@@ -103,6 +103,8 @@ MainWindow::MainWindow(QWidget* parent, const MainWindowPresenter::Collaborators
     initEditCommandView();
     initPreferenceSettingView();
     initKeyboard();
+    // The keyboard starts on the page names, not wherever the focus chain happens to begin.
+    mUi.navButtons[0]->setFocus();
 }
 
 MainWindow::~MainWindow()

@@ -82,8 +82,8 @@ QString sheet()
         " padding: 6px; font-size: 13px; color: #8a919e; }");
 }
 
-// A page or speed button. Qt lets Tab reach only the chosen button of a group, as with radio
-// buttons; here each is reached (the arrows still move within the group).
+// A page or speed button. Qt lets Tab reach only one button of a group, as with radio buttons;
+// here each is reached (the arrows still move within the group).
 class GroupButton : public QPushButton {
 public:
     using QPushButton::QPushButton;
@@ -102,6 +102,7 @@ protected:
 QString focusSheet()
 {
     return QStringLiteral(
+        "QPushButton, QToolButton { outline: none; }"
         "QPushButton:focus, QToolButton:focus, QComboBox:focus { border: 2px solid #2f7cf6; }"
         "QPushButton#primaryButton:focus { border: 2px solid #20252d; }"
         "QPushButton#navButton:focus { border: 2px solid #2f7cf6; }"
