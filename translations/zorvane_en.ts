@@ -961,6 +961,13 @@ DID: %4</translation>
     </message>
 </context>
 <context>
+    <name>NoticePanel</name>
+    <message>
+        <source>关闭</source>
+        <translation>Close</translation>
+    </message>
+</context>
+<context>
     <name>PaddleWordsDialog</name>
     <message>
         <source>女声</source>
@@ -1523,6 +1530,30 @@ DID: %4</translation>
     <message>
         <source>电量和设备提示的显示方式；系统通知在没有通知服务的桌面上改用弹窗</source>
         <translation>How battery and device notices are shown; a desktop without a notification service gets the popup instead</translation>
+    </message>
+    <message>
+        <source>鼠标图片</source>
+        <translation>Picture of the mouse</translation>
+    </message>
+    <message>
+        <source>命令词列表</source>
+        <translation>Command words</translation>
+    </message>
+    <message>
+        <source>回车键编辑选中的命令词，Delete 键删除</source>
+        <translation>Enter edits the selected command word, Delete deletes it</translation>
+    </message>
+    <message>
+        <source>%1：当前状态</source>
+        <translation>%1: current state</translation>
+    </message>
+    <message>
+        <source>语音翻译：说话语言</source>
+        <translation>Voice translation: spoken language</translation>
+    </message>
+    <message>
+        <source>语音翻译：译文语言</source>
+        <translation>Voice translation: translation language</translation>
     </message>
 </context>
 <context>

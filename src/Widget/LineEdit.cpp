@@ -28,6 +28,16 @@ QString LineEdit::getKeyName(int qtKey)
     return KeyTable::getKeyName(qtKey);
 }
 
+bool LineEdit::event(QEvent* event)
+{
+    // While capturing, every chord is the user's, the window's shortcuts (Ctrl+1, Esc) too.
+    if (mShortcutMode && event->type() == QEvent::ShortcutOverride) {
+        event->accept();
+        return true;
+    }
+    return QLineEdit::event(event);
+}
+
 void LineEdit::keyPressEvent(QKeyEvent* event)
 {
     if (!mShortcutMode) {

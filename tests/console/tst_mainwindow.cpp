@@ -20,6 +20,7 @@
 #include "WidgetPresenter/DeviceLifecycle.h"
 
 #include <QAbstractItemView>
+#include <QAbstractScrollArea>
 #include <QApplication>
 #include <QCheckBox>
 #include <QComboBox>
@@ -30,6 +31,7 @@
 #include <QPainter>
 #include <QPainterPath>
 #include <QPushButton>
+#include <QRadioButton>
 #include <QSignalSpy>
 #include <QStackedWidget>
 #include <QTableWidget>
@@ -51,6 +53,8 @@ private slots:
     void speedButtonsAnswerClicksNotReports();
     void commandWordsAddEditDelete();
     void commandTypesBringTheirSamples();
+    void tabReachesEveryControlOfEveryPage();
+    void keysChoosePagesAndActLikeClicks();
     void lowbatViewIsLeftAloneWhileShown();
     void brokenHomePictureKeepsTheShownOne();
     void offlineIsSaidOnTheHomePage();
@@ -64,6 +68,20 @@ private:
             QTRY_VERIFY(QApplication::activeModalWidget() != nullptr);
             fn(QApplication::activeModalWidget());
         });
+    }
+    // A key as the keyboard gives it: to the focused control, shortcuts first.
+    static void press(int key, Qt::KeyboardModifiers modifiers = Qt::NoModifier)
+    {
+        QWidget* target = QApplication::focusWidget();
+        QVERIFY(target != nullptr);
+        QTest::keyClick(target, Qt::Key(key), modifiers);
+    }
+    void activate()
+    {
+        mWindow->show();
+        // The offscreen platform activates nothing by itself.
+        QApplication::setActiveWindow(mWindow);
+        QVERIFY(QTest::qWaitForWindowActive(mWindow));
     }
     UserPreferences preferences() const { return PreferencesUtils::getInstance()->getUserPreferences(); }
 
@@ -366,6 +384,114 @@ void TestMainWindow::commandTypesBringTheirSamples()
         QCOMPARE(!form.browse->isHidden(), row.browse);
         QCOMPARE(form.content->isShortcutMode(), row.capture);
     }
+}
+
+void TestMainWindow::tabReachesEveryControlOfEveryPage()
+{
+    Ui_MainWindow& ui = mWindow->widgets();
+    // A mouse that answered: its controls are enabled, and Tab must find them.
+    mWindow->setVipFunction(true);
+    mWindow->setDeviceSettingsEnabled(true);
+    mWindow->setCheckShakeOnOffEnabled(true);
+    activate();
+    for (int page = 0; page < ui.stackedWidget->count(); ++page) {
+        mWindow->recvMenuSiganl(page);
+        ui.navButtons[0]->setFocus(Qt::TabFocusReason);
+        QSet<QWidget*> reached;
+        for (int step = 0; step < 60; ++step) {
+            press(Qt::Key_Tab);
+            reached << QApplication::focusWidget();
+        }
+        const QList<QWidget*> widgets = mWindow->findChildren<QWidget*>();
+        for (QWidget* w : widgets) {
+            const bool control = qobject_cast<QAbstractButton*>(w) != nullptr ||
+                                 qobject_cast<QComboBox*>(w) != nullptr ||
+                                 qobject_cast<QLineEdit*>(w) != nullptr || w == ui.tableCustom;
+            // The lamps only show the mouse's state; the table's own parts are reached through it.
+            const bool part = w->objectName() == QLatin1String("status") ||
+                              qobject_cast<QAbstractScrollArea*>(w->parentWidget()) != nullptr;
+            // Of a set of radio buttons Tab reaches one; the arrows move among them.
+            const bool radio = qobject_cast<QRadioButton*>(w) != nullptr;
+            if (radio && std::any_of(reached.cbegin(), reached.cend(),
+                                     [](QWidget* r) { return qobject_cast<QRadioButton*>(r) != nullptr; })) {
+                continue;
+            }
+            if (control && !part && w->isVisible() && w->isEnabled()) {
+                QVERIFY2(reached.contains(w),
+                         qPrintable(QStringLiteral("page %1: %2 %3")
+                                        .arg(page)
+                                        .arg(QLatin1String(w->metaObject()->className()), w->objectName())));
+            }
+        }
+    }
+}
+
+void TestMainWindow::keysChoosePagesAndActLikeClicks()
+{
+    Ui_MainWindow& ui = mWindow->widgets();
+    MainWindowPresenter* p = mWindow->presenter();
+    activate();
+    ui.navButtons[0]->setFocus(Qt::TabFocusReason);
+    for (int page = 3; page >= 0; --page) {
+        press(Qt::Key_1 + page, Qt::ControlModifier);
+        QCOMPARE(mWindow->getCurrentStackedWidgetIndex(), page);
+        QVERIFY(ui.navButtons[page]->isChecked());
+    }
+
+    // Space and Enter on a switch and a speed button are the user's clicks.
+    press(Qt::Key_3, Qt::ControlModifier);
+    ui.updateHint.onOff->setFocus(Qt::TabFocusReason);
+    const bool hint = ui.updateHint.onOff->isChecked();
+    press(Qt::Key_Space);
+    QCOMPARE(ui.updateHint.status->isChecked(), !hint);
+    press(Qt::Key_Return);
+    QCOMPARE(ui.updateHint.status->isChecked(), hint);
+    mWindow->setDeviceSettingsEnabled(true);
+    press(Qt::Key_4, Qt::ControlModifier);
+    ui.radioLevel[1]->setFocus(Qt::TabFocusReason);
+    press(Qt::Key_Enter);
+    QVERIFY(ui.radioLevel[1]->isChecked());
+    QCOMPARE(p->lifecycle()->deviceStatus().targetDpi, 0);
+
+    // Esc leaves a form as its back button does: the draft goes.
+    press(Qt::Key_2, Qt::ControlModifier);
+    ui.buttonAddCommand->click();
+    QTest::keyClicks(ui.addForm.command, QStringLiteral("draft"));
+    press(Qt::Key_Escape);
+    QCOMPARE(mWindow->getCurrentStackedWidgetIndex(), int(Ui_MainWindow::CommandPage));
+    QVERIFY(ui.addForm.command->text().isEmpty());
+    ui.buttonPreference->click();
+    press(Qt::Key_Escape);
+    QCOMPARE(mWindow->getCurrentStackedWidgetIndex(), int(Ui_MainWindow::AppSettingsPage));
+    // In the shortcut box Ctrl+1 and Esc are chords to capture, not the window's keys.
+    press(Qt::Key_2, Qt::ControlModifier);
+    ui.buttonAddCommand->click();
+    ui.addForm.type->setCurrentIndex(3);
+    ui.addForm.content->setFocus(Qt::TabFocusReason);
+    press(Qt::Key_1, Qt::ControlModifier);
+    QCOMPARE(mWindow->getCurrentStackedWidgetIndex(), int(Ui_MainWindow::AddCommandPage));
+    QCOMPARE(ui.addForm.content->text(), QStringLiteral("Control+1"));
+    ui.addForm.back->click();
+
+    // On the word list Delete asks as the delete button does, and Enter edits.
+    QVERIFY(ui.tableCustom->rowCount() > 0);
+    const int words = p->getCommandWords().size();
+    ui.tableCustom->setFocus(Qt::TabFocusReason);
+    ui.tableCustom->selectRow(0);
+    bool asked = false;
+    onNextModal([&asked](QWidget* modal) {
+        asked = true;
+        qobject_cast<DeletePopupDialog*>(modal)->cancelButton()->click();
+    });
+    press(Qt::Key_Delete);
+    QVERIFY(asked);
+    QCOMPARE(p->getCommandWords().size(), words);
+    activate();  // the question's window is gone; offscreen hands nothing back
+    press(Qt::Key_Return);
+    QCOMPARE(mWindow->getCurrentStackedWidgetIndex(), int(Ui_MainWindow::EditCommandPage));
+    QCOMPARE(ui.editForm.command->text(), ui.tableCustom->item(0, 1)->text());
+    press(Qt::Key_Escape);
+    QCOMPARE(mWindow->getCurrentStackedWidgetIndex(), int(Ui_MainWindow::CommandPage));
 }
 
 void TestMainWindow::lowbatViewIsLeftAloneWhileShown()

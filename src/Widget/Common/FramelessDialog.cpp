@@ -37,6 +37,7 @@ QHBoxLayout* FramelessDialog::titleBar(const QString& text)
     close->setIcon(
         QIcon::fromTheme(QStringLiteral("window-close"), QIcon(QStringLiteral(":/console/close.svg"))));
     close->setToolTip(tr("关闭"));
+    close->setAccessibleName(close->toolTip());
     close->setFocusPolicy(Qt::NoFocus);
     connect(close, &QPushButton::clicked, this, &QWidget::close);
     row->addWidget(heading);

@@ -32,11 +32,13 @@
 #include <QHeaderView>
 #include <QIcon>
 #include <QImageReader>
+#include <QKeyEvent>
 #include <QLabel>
 #include <QMenu>
 #include <QMouseEvent>
 #include <QPushButton>
 #include <QRadioButton>
+#include <QShortcut>
 #include <QSignalBlocker>
 #include <QStackedWidget>
 #include <QSystemTrayIcon>
@@ -107,6 +109,9 @@ MainWindow::MainWindow(QWidget* parent, const MainWindowPresenter::Collaborators
     initAddCommandView();
     initEditCommandView();
     initPreferenceSettingView();
+    initKeyboard();
+    // The keyboard starts on the page names, not wherever the focus chain happens to begin.
+    mUi.navButtons[0]->setFocus();
 }
 
 MainWindow::~MainWindow()
@@ -223,9 +228,16 @@ void MainWindow::setListener()
     MainWindowPresenter* p = mPresenter;
     Ui_MainWindow& ui = mUi;
     connect(ui.navGroup, &QButtonGroup::idClicked, ui.stackedWidget, &QStackedWidget::setCurrentIndex);
-    // A page reached from another keeps the navigation on the page it belongs to.
+    // A screen reader toggles a page's button rather than clicking it. A page reached from
+    // another (add, edit, preferences) keeps its section's button on and stays.
+    static const int kSection[] = {0, 1, 2, 3, 1, 1, 2};
+    connect(ui.navGroup, &QButtonGroup::idToggled, this, [this](int section, bool on) {
+        const int page = mUi.stackedWidget->currentIndex();
+        if (on && page >= 0 && page < int(std::size(kSection)) && kSection[page] != section) {
+            mUi.stackedWidget->setCurrentIndex(section);
+        }
+    });
     connect(ui.stackedWidget, &QStackedWidget::currentChanged, this, [this](int page) {
-        static const int kSection[] = {0, 1, 2, 3, 1, 1, 2};
         if (page >= 0 && page < int(std::size(kSection))) {
             mUi.navButtons[kSection[page]]->setChecked(true);
         }
@@ -350,6 +362,46 @@ void MainWindow::initPreferenceSettingView()
             &MainWindowPresenter::onPreferenceSettingCheckBoxDelAllSign);
     connect(mUi.buttonPreferenceBack, &QPushButton::clicked, this,
             [this] { mUi.stackedWidget->setCurrentIndex(Ui_MainWindow::AppSettingsPage); });
+}
+
+void MainWindow::initKeyboard()
+{
+    for (int page = 0; page < 4; ++page) {
+        auto* shortcut = new QShortcut(QKeySequence(Qt::CTRL | (Qt::Key_1 + page)), this);
+        connect(shortcut, &QShortcut::activated, this, [this, page] {
+            mUi.navButtons[page]->click();
+            // On the page's name, so that the next Tab goes into the page.
+            mUi.navButtons[page]->setFocus(Qt::ShortcutFocusReason);
+        });
+    }
+    // Esc does what the page's back button does, the add form's clearing included.
+    connect(new QShortcut(Qt::Key_Escape, this), &QShortcut::activated, this, [this] {
+        switch (mUi.stackedWidget->currentIndex()) {
+            case Ui_MainWindow::AddCommandPage:
+                mUi.addForm.back->click();
+                break;
+            case Ui_MainWindow::EditCommandPage:
+                mUi.editForm.back->click();
+                break;
+            case Ui_MainWindow::PreferencePage:
+                mUi.buttonPreferenceBack->click();
+                break;
+            default:
+                return;
+        }
+        if (mUi.stackedWidget->currentIndex() == Ui_MainWindow::CommandPage) {
+            mUi.tableCustom->setFocus(Qt::ShortcutFocusReason);
+        } else {
+            mUi.buttonPreference->setFocus(Qt::ShortcutFocusReason);
+        }
+    });
+    // Only while the list has the keyboard: Delete in a text box deletes text.
+    connect(new QShortcut(QKeySequence::Delete, mUi.tableCustom, nullptr, nullptr, Qt::WidgetShortcut),
+            &QShortcut::activated, mPresenter, &MainWindowPresenter::onButtonDeleteCommand);
+    for (const int key : {Qt::Key_Return, Qt::Key_Enter}) {
+        connect(new QShortcut(key, mUi.tableCustom, nullptr, nullptr, Qt::WidgetShortcut),
+                &QShortcut::activated, this, &MainWindow::editSelectedCommand);
+    }
 }
 
 // ---- navigation and the title bar
@@ -535,6 +587,25 @@ void MainWindow::changeEvent(QEvent* event)
     if (event->type() == QEvent::WindowStateChange && isShow()) {
         mPresenter->onViewShown();  // back from minimised
     }
+}
+
+void MainWindow::keyPressEvent(QKeyEvent* event)
+{
+    // Outside a dialog Qt's buttons answer Space only; Enter does the same here, as users of
+    // other desktops expect. Keys a focused control used never get this far.
+    const bool enter = event->key() == Qt::Key_Return || event->key() == Qt::Key_Enter;
+    QWidget* focused = focusWidget();
+    if (enter && event->modifiers() == Qt::NoModifier && focused != nullptr && focused->isEnabled()) {
+        if (auto* button = qobject_cast<QAbstractButton*>(focused)) {
+            button->click();
+            return;
+        }
+        if (auto* box = qobject_cast<QComboBox*>(focused)) {
+            box->showPopup();
+            return;
+        }
+    }
+    QMainWindow::keyPressEvent(event);
 }
 
 void MainWindow::resizeEvent(QResizeEvent* event)

@@ -158,6 +158,7 @@ protected:
     void closeEvent(QCloseEvent* event) override;
     void showEvent(QShowEvent* event) override;
     void changeEvent(QEvent* event) override;
+    void keyPressEvent(QKeyEvent* event) override;
     void resizeEvent(QResizeEvent* event) override;
     void mousePressEvent(QMouseEvent* event) override;
     void mouseMoveEvent(QMouseEvent* event) override;
@@ -177,6 +178,9 @@ private:
     void initAddCommandView();
     void initEditCommandView();
     void initPreferenceSettingView();
+    // Ctrl+1..4 for the pages, Esc out of the add, edit and preference pages, Delete and Enter
+    // on the command words.
+    void initKeyboard();
     void hintAppAutoRun();
     // Once in the program's life, on the first close: the program goes on, and how to get
     // the window back.

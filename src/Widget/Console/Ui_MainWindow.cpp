@@ -82,6 +82,37 @@ QString sheet()
         " padding: 6px; font-size: 13px; color: #8a919e; }");
 }
 
+// A page or speed button. Qt lets Tab reach only one button of a group, as with radio buttons;
+// here each is reached (the arrows still move within the group).
+class GroupButton : public QPushButton {
+public:
+    using QPushButton::QPushButton;
+
+protected:
+    void focusInEvent(QFocusEvent* event) override
+    {
+        QPushButton::focusInEvent(event);
+        for (QAbstractButton* button : group() != nullptr ? group()->buttons() : QList<QAbstractButton*>()) {
+            button->setFocusPolicy(Qt::TabFocus);
+        }
+    }
+};
+
+// Where the keyboard is, for those who move with Tab: a ring the page's colours do not have.
+QString focusSheet()
+{
+    return QStringLiteral(
+        "QPushButton, QToolButton { outline: none; }"
+        "QPushButton:focus, QToolButton:focus, QComboBox:focus { border: 2px solid #2f7cf6; }"
+        "QPushButton#primaryButton:focus { border: 2px solid #20252d; }"
+        "QPushButton#navButton:focus { border: 2px solid #2f7cf6; }"
+        "QPushButton#dpiButton:focus { border: 2px dashed #2f7cf6; }"
+        "QCheckBox:focus, QRadioButton:focus { color: #2f7cf6; }"
+        "QCheckBox#switch { border: 2px solid transparent; border-radius: 13px; padding: 1px; }"
+        "QCheckBox#switch:focus { border-color: #2f7cf6; }"
+        "QTableWidget:focus { border: 2px solid #2f7cf6; border-radius: 10px; }");
+}
+
 QToolButton* titleButton(QWidget* parent, const QString& icon, const QString& tip, const QString& name)
 {
     auto* button = new QToolButton(parent);
@@ -90,7 +121,9 @@ QToolButton* titleButton(QWidget* parent, const QString& icon, const QString& ti
     button->setIconSize(QSize(18, 18));
     button->setFixedSize(32, 28);
     button->setToolTip(tip);
-    button->setFocusPolicy(Qt::NoFocus);
+    button->setAccessibleName(tip);
+    // Reached with Tab, not taken by a click: the pointer user's focus stays where it was.
+    button->setFocusPolicy(Qt::TabFocus);
     return button;
 }
 
@@ -144,8 +177,10 @@ QFrame* card(QWidget* parent)
 }
 
 // A settings line: text on the left, the control (or a layout of controls) on the right.
-void addLine(QGridLayout* grid, int row, QWidget* labelWidget, QWidget* control)
+void addLine(QGridLayout* grid, int row, QLabel* labelWidget, QWidget* control)
 {
+    // A screen reader names the control by its line's text.
+    labelWidget->setBuddy(control);
     grid->addWidget(labelWidget, row, 0);
     grid->addWidget(control, row, 1, Qt::AlignRight | Qt::AlignVCenter);
 }
@@ -188,9 +223,11 @@ void Ui_MainWindow::setupUi(QMainWindow* window)
     window->setMinimumSize(880, 600);
     central = new QWidget(window);
     central->setObjectName(QStringLiteral("central"));
-    central->setStyleSheet(sheet());
+    central->setStyleSheet(sheet() + focusSheet());
     central->setAttribute(Qt::WA_StyledBackground);
 
+    // Made first, so that Tab starts at the page names and goes on into the page shown.
+    QWidget* navigation = buildNavigation(central);
     stackedWidget = new QStackedWidget(central);
     stackedWidget->addWidget(buildHomePage());
     stackedWidget->addWidget(buildCommandPage());
@@ -209,7 +246,7 @@ void Ui_MainWindow::setupUi(QMainWindow* window)
     auto* layout = new QHBoxLayout(central);
     layout->setContentsMargins(0, 0, 0, 0);
     layout->setSpacing(0);
-    layout->addWidget(buildNavigation(central));
+    layout->addWidget(navigation);
     layout->addLayout(right, 1);
     window->setCentralWidget(central);
 }
@@ -245,6 +282,7 @@ QWidget* Ui_MainWindow::buildNavigation(QWidget* parent)
     labelNav = new QLabel(nav);
     labelNav->setFixedSize(150, 40);
     labelNav->setScaledContents(true);
+    labelNav->setAccessibleName(QStringLiteral("Zorvane"));
     navGroup = new QButtonGroup(nav);
     navGroup->setExclusive(true);
     const QString texts[4] = {tr("首页"), tr("命令词", "navigation"), tr("应用设置", "navigation"),
@@ -258,11 +296,11 @@ QWidget* Ui_MainWindow::buildNavigation(QWidget* parent)
     layout->addWidget(labelNav, 0, Qt::AlignHCenter);
     layout->addSpacing(26);
     for (int i = 0; i < 4; ++i) {
-        navButtons[i] = new QPushButton(QIcon(icons[i]), texts[i], nav);
+        navButtons[i] = new GroupButton(QIcon(icons[i]), texts[i], nav);
         navButtons[i]->setObjectName(QStringLiteral("navButton"));
         navButtons[i]->setCheckable(true);
         navButtons[i]->setIconSize(QSize(20, 20));
-        navButtons[i]->setFocusPolicy(Qt::NoFocus);
+        navButtons[i]->setFocusPolicy(Qt::TabFocus);
         navGroup->addButton(navButtons[i], i);
         layout->addWidget(navButtons[i]);
     }
@@ -276,14 +314,17 @@ QWidget* Ui_MainWindow::buildHomePage()
     labelHomeImage = new QLabel(page);
     labelHomeImage->setFixedSize(360, 240);
     labelHomeImage->setAlignment(Qt::AlignCenter);
+    labelHomeImage->setAccessibleName(tr("鼠标图片"));
     labelDeviceName = label(QString(), page, "deviceName");
     labelDeviceName->setAlignment(Qt::AlignCenter);
     labelTypeUsb = new QLabel(page);
     labelTypeUsb->setPixmap(QIcon(QStringLiteral(":/console/type_usb.svg")).pixmap(22, 22));
     labelTypeUsb->setToolTip(tr("USB接收器"));
+    labelTypeUsb->setAccessibleName(labelTypeUsb->toolTip());
     labelTypeBle = new QLabel(page);
     labelTypeBle->setPixmap(QIcon(QStringLiteral(":/console/type_ble.svg")).pixmap(22, 22));
     labelTypeBle->setToolTip(tr("蓝牙"));
+    labelTypeBle->setAccessibleName(labelTypeBle->toolTip());
     labelTypeBle->hide();
     auto* nameRow = new QHBoxLayout;
     nameRow->addStretch();
@@ -296,7 +337,9 @@ QWidget* Ui_MainWindow::buildHomePage()
     buttonExplain = new QPushButton(tr("按键说明"), page);
     auto* languageRow = new QHBoxLayout;
     languageRow->addStretch();
-    languageRow->addWidget(label(tr("说话语言"), page));
+    auto* spoken = label(tr("说话语言"), page);
+    spoken->setBuddy(comboDictationLanguageHome);
+    languageRow->addWidget(spoken);
     languageRow->addWidget(comboDictationLanguageHome);
     languageRow->addSpacing(16);
     languageRow->addWidget(buttonExplain);
@@ -341,6 +384,10 @@ QWidget* Ui_MainWindow::buildCommandPage()
     tableCustom->setTextElideMode(Qt::ElideMiddle);
     tableCustom->verticalHeader()->setDefaultSectionSize(40);
     tableCustom->setIconSize(QSize(18, 18));
+    // Tab leaves the list rather than going from cell to cell: the arrows do that.
+    tableCustom->setTabKeyNavigation(false);
+    tableCustom->setAccessibleName(tr("命令词列表"));
+    tableCustom->setAccessibleDescription(tr("回车键编辑选中的命令词，Delete 键删除"));
 
     buttonAddCommand = new QPushButton(QIcon(QStringLiteral(":/console/add.svg")), tr("添加"), page);
     buttonAddCommand->setToolTip(tr("添加命令词"));
@@ -383,9 +430,11 @@ Ui_MainWindow::SwitchRow Ui_MainWindow::switchRow(QWidget* parent, const QString
     s.status->setAttribute(Qt::WA_TransparentForMouseEvents);
     s.status->setFocusPolicy(Qt::NoFocus);
     s.status->setToolTip(tr("当前状态"));
+    s.status->setAccessibleName(tr("%1：当前状态").arg(text));
     s.onOff = new QCheckBox(s.row);
     s.onOff->setObjectName(QStringLiteral("switch"));
     s.onOff->setToolTip(tip);
+    name->setBuddy(s.onOff);
     auto* layout = new QHBoxLayout(s.row);
     layout->setContentsMargins(0, 0, 0, 0);
     layout->addWidget(name);
@@ -421,6 +470,8 @@ QWidget* Ui_MainWindow::buildAppSettingsPage()
     auto* pair = new QWidget(language);
     auto* pairLayout = new QHBoxLayout(pair);
     pairLayout->setContentsMargins(0, 0, 0, 0);
+    comboVoiceTranslateSrc->setAccessibleName(tr("语音翻译：说话语言"));
+    comboVoiceTranslateTar->setAccessibleName(tr("语音翻译：译文语言"));
     pairLayout->addWidget(comboVoiceTranslateSrc);
     pairLayout->addWidget(label(QStringLiteral("→"), pair));
     pairLayout->addWidget(comboVoiceTranslateTar);
@@ -439,12 +490,16 @@ QWidget* Ui_MainWindow::buildAppSettingsPage()
     generalLayout->addWidget(updateHint.row);
     generalLayout->addWidget(autoRun.row);
     auto* restRow = new QHBoxLayout;
-    restRow->addWidget(label(tr("休息提醒"), general));
+    auto* rest = label(tr("休息提醒"), general);
+    rest->setBuddy(comboRestTime);
+    restRow->addWidget(rest);
     restRow->addStretch();
     restRow->addWidget(comboRestTime);
     generalLayout->addLayout(restRow);
     auto* noticeRow = new QHBoxLayout;
-    noticeRow->addWidget(label(tr("通知方式"), general));
+    auto* notices = label(tr("通知方式"), general);
+    notices->setBuddy(comboNoticeStyle);
+    noticeRow->addWidget(notices);
     noticeRow->addStretch();
     noticeRow->addWidget(comboNoticeStyle);
     generalLayout->addLayout(noticeRow);
@@ -482,11 +537,12 @@ QWidget* Ui_MainWindow::buildMouseSettingsPage()
     dpiGroup->setExclusive(true);
     const QString texts[4] = {tr("慢速"), tr("标准"), tr("快速"), tr("适配屏幕")};
     for (int i = 0; i < 4; ++i) {
-        radioLevel[i] = new QPushButton(texts[i], frameResolution);
+        radioLevel[i] = new GroupButton(texts[i], frameResolution);
         radioLevel[i]->setObjectName(QStringLiteral("dpiButton"));
         radioLevel[i]->setCheckable(true);
-        radioLevel[i]->setFocusPolicy(Qt::NoFocus);
+        radioLevel[i]->setFocusPolicy(Qt::TabFocus);
         radioLevel[i]->setFixedSize(100, 48);
+        radioLevel[i]->setAccessibleDescription(tr("指针速度"));
         dpiGroup->addButton(radioLevel[i], i);
     }
     labelCpi = label(QString(), frameResolution, "cpiLabel");
@@ -546,11 +602,17 @@ QWidget* Ui_MainWindow::buildCommandFormPage(CommandForm* form, const QString& h
     grid->setHorizontalSpacing(14);
     grid->setVerticalSpacing(14);
     grid->setColumnStretch(1, 1);
-    grid->addWidget(label(tr("类型"), frame), 0, 0);
+    auto* typeLabel = label(tr("类型"), frame);
+    typeLabel->setBuddy(form->type);
+    grid->addWidget(typeLabel, 0, 0);
     grid->addWidget(form->type, 0, 1, Qt::AlignLeft);
-    grid->addWidget(label(tr("命令词"), frame), 1, 0);
+    auto* commandLabel = label(tr("命令词"), frame);
+    commandLabel->setBuddy(form->command);
+    grid->addWidget(commandLabel, 1, 0);
     grid->addWidget(form->command, 1, 1, 1, 2);
-    grid->addWidget(label(tr("执行内容"), frame), 2, 0);
+    auto* contentLabel = label(tr("执行内容"), frame);
+    contentLabel->setBuddy(form->content);
+    grid->addWidget(contentLabel, 2, 0);
     grid->addWidget(form->content, 2, 1);
     grid->addWidget(form->browse, 2, 2);
     grid->addWidget(form->hint, 3, 1, 1, 2);

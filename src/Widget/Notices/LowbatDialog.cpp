@@ -95,6 +95,7 @@ void LowbatDialog::setupUi()
     mClose->setFocusPolicy(Qt::NoFocus);
     mClose->setCursor(Qt::PointingHandCursor);
     mClose->setToolTip(tr("关闭"));
+    mClose->setAccessibleName(mClose->toolTip());
     mClose->setIcon(QIcon(kArt + QStringLiteral("lowbat_close.png")));
     mClose->setIconSize(QSize(28, 28));
     mClose->setGeometry(kCloseRect);

@@ -35,6 +35,8 @@ NoticePanel::NoticePanel(int closeButtonSize, QWidget* parent)
     mClose->setFocusPolicy(Qt::NoFocus);
     mClose->setCursor(Qt::PointingHandCursor);
     mClose->setText(QStringLiteral("✕"));
+    // The cross is a picture to a screen reader.
+    mClose->setAccessibleName(tr("关闭"));
     mClose->setStyleSheet(
         QStringLiteral("QPushButton { color: #FFFFFF; background: rgba(0, 0, 0, 60); border: none;"
                        " border-radius: %1px; font-size: 12px; }"

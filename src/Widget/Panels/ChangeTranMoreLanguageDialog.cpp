@@ -26,6 +26,8 @@ ChangeTranMoreLanguageDialog::ChangeTranMoreLanguageDialog(QWidget* parent)
     mTarget->setGeometry(55, 60, 186, 36);
     mSource->setToolTip(tr("说话语言"));
     mTarget->setToolTip(tr("文字语言"));
+    mSource->setAccessibleName(mSource->toolTip());
+    mTarget->setAccessibleName(mTarget->toolTip());
     for (const char* name : kConsoleSourceLabels) {
         mSource->addItem(LanguageTables::shown(name));
     }

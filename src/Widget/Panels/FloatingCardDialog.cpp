@@ -72,6 +72,7 @@ QPushButton* FloatingCardDialog::addIconButton(QWidget* parent, const QString& i
     button->setIcon(QIcon(icon));
     button->setIconSize(QSize(iconSize, iconSize));
     button->setToolTip(tip);
+    button->setAccessibleName(tip);
     button->setFocusPolicy(Qt::NoFocus);
     button->setCursor(Qt::PointingHandCursor);
     return button;

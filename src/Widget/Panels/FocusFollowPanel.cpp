@@ -63,6 +63,7 @@ QPushButton* iconButton(QWidget* parent, const QString& icon, const QString& tip
     button->setIcon(QIcon(icon));
     button->setIconSize(geometry.size() - QSize(4, 4));
     button->setToolTip(tip);
+    button->setAccessibleName(tip);
     button->setFocusPolicy(Qt::NoFocus);
     button->setFlat(true);
     button->setCursor(Qt::PointingHandCursor);

@@ -103,6 +103,7 @@ void InputDialog::setupUi()
     mLabelChangeLanguage->setGeometry(60, 5, 36, 46);
     mLabelChangeLanguage->setCursor(Qt::PointingHandCursor);
     mLabelChangeLanguage->setToolTip(tr("选择语言"));
+    mLabelChangeLanguage->setAccessibleName(mLabelChangeLanguage->toolTip());
     mLanguageImage = QStringLiteral("language_chinese.svg");
     mLabelChangeLanguage->setPixmap(strip(mLanguageImage, mLabelChangeLanguage));
 
