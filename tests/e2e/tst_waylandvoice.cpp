@@ -31,6 +31,7 @@ private slots:
     void initTestCase();
     void cleanupTestCase();
     void dictationArrivesRevisedInPlace();
+    void selectionInTheClientOffersTheToolbar();
 
 private:
     void speak();
@@ -55,6 +56,8 @@ void TestWaylandVoice::initTestCase()
                            {QStringLiteral("--script"), script}, &failure),
              qPrintable(failure));
     writeAutostartEntry();
+    // Selected text offers the toolbar.
+    QVERIFY(writeFile(preferencesPath(), "[config]\ntextTranslateMode=1\n"));
     mSpeech = runtime + QStringLiteral("/speech.wav");
     QVERIFY(writeSpeech(mSpeech));
 
@@ -115,6 +118,19 @@ void TestWaylandVoice::dictationArrivesRevisedInPlace()
         qWarning().noquote() << "zorvane:" << mProgram->output().right(3000);
     }
     QCOMPARE(arrived, both);
+}
+
+// In a Wayland session only a new owner of PRIMARY tells of a selection: the pointer hook sees no
+// drag in a native window, and Xwayland hands PRIMARY over when one selects. An X client
+// selecting without a drag stands for it here, as a headless seat has no pointer to drag with.
+void TestWaylandVoice::selectionInTheClientOffersTheToolbar()
+{
+    // Not while the voice panel is still up after the dictation.
+    QVERIFY(waitForNoWindow(QStringLiteral("^Zorvane$"), kFixedPanelSize));
+    GtkReceiver x11(QStringLiteral(GTK_RECEIVER), {{QStringLiteral("GDK_BACKEND"), QStringLiteral("x11")}});
+    QVERIFY(x11.waitReady(kStartMs));
+    x11.select(QStringLiteral("选中的文字 selected words"));
+    QVERIFY(!waitForWindow(QStringLiteral("^Zorvane$"), kToolbarSize).isEmpty());
 }
 
 QTEST_GUILESS_MAIN(TestWaylandVoice)

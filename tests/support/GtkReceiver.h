@@ -33,6 +33,12 @@ public:
     {
         return readLineWithin(mProcess, timeoutMs).startsWith(QLatin1String("ready "));
     }
+    // Makes the text its content, all selected: the view owns the PRIMARY selection.
+    void select(const QString& text)
+    {
+        mProcess.write("select " + text.toUtf8() + '\n');
+        readLineWithin(mProcess, 2000);
+    }
     // What the view holds once it equals `expected`, or what it held at the time-out.
     QString text(const QString& expected, int timeoutMs = 5000)
     {
