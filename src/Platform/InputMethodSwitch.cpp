@@ -48,7 +48,9 @@ bool hasSessionBus()
            QFile::exists(qEnvironmentVariable("XDG_RUNTIME_DIR") + QStringLiteral("/bus"));
 }
 
-// Where ibus-daemon listens: IBUS_ADDRESS, else the file it writes for this machine and display.
+// Where ibus-daemon listens: IBUS_ADDRESS, else the file it writes for this machine and the
+// display it was started on. ibus names that after the Wayland display where there is one (a
+// GNOME session starts it from the shell: "unix-wayland-0"), else after the X display.
 QString ibusAddress()
 {
     const QString fromEnv = qEnvironmentVariable("IBUS_ADDRESS");
@@ -62,20 +64,32 @@ QString ibusAddress()
             machine = QString::fromLatin1(file.readAll().trimmed());
         }
     }
+    if (machine.isEmpty()) {
+        return QString();
+    }
+    QStringList names;
+    const QString wayland = qEnvironmentVariable("WAYLAND_DISPLAY");
+    if (!wayland.isEmpty()) {
+        names << QStringLiteral("unix-") + wayland;
+    }
+    // A daemon started without a Wayland display (an X session, or by hand) has the X one.
     const QRegularExpressionMatch display =
         QRegularExpression(QStringLiteral("^([^:]*):(\\d+)")).match(qEnvironmentVariable("DISPLAY"));
-    if (machine.isEmpty() || !display.hasMatch()) {
-        return QString();
+    if (display.hasMatch()) {
+        const QString host = display.captured(1).isEmpty() ? QStringLiteral("unix") : display.captured(1);
+        names << host + QLatin1Char('-') + display.captured(2);
     }
-    const QString host = display.captured(1).isEmpty() ? QStringLiteral("unix") : display.captured(1);
-    QFile file(QStandardPaths::writableLocation(QStandardPaths::GenericConfigLocation) +
-               QStringLiteral("/ibus/bus/%1-%2-%3").arg(machine, host, display.captured(2)));
-    if (!file.open(QIODevice::ReadOnly)) {
-        return QString();
-    }
-    for (const QByteArray& line : file.readAll().split('\n')) {
-        if (line.startsWith("IBUS_ADDRESS=")) {
-            return QString::fromUtf8(line.mid(13).trimmed());
+    const QString folder = QStandardPaths::writableLocation(QStandardPaths::GenericConfigLocation) +
+                           QStringLiteral("/ibus/bus/");
+    for (const QString& name : names) {
+        QFile file(folder + machine + QLatin1Char('-') + name);
+        if (!file.open(QIODevice::ReadOnly)) {
+            continue;
+        }
+        for (const QByteArray& line : file.readAll().split('\n')) {
+            if (line.startsWith("IBUS_ADDRESS=")) {
+                return QString::fromUtf8(line.mid(13).trimmed());
+            }
         }
     }
     return QString();

@@ -183,10 +183,26 @@ void InputPresenter::initDatas(const Collaborators& collaborators)
             mPressedSinceOutput = true;
         }
     });
+    // In a Wayland session the pointer hook sees drags over X windows only. Xwayland mirrors the
+    // PRIMARY selection of native windows too, so there a new owner of PRIMARY is the sign of a
+    // selection, for every window (the drag would show the toolbar a second time). Our own
+    // windows' selections are not offered.
+    mSelectionFromOwner =
+        qgetenv("XDG_SESSION_TYPE") == "wayland" && qEnvironmentVariableIsSet("WAYLAND_DISPLAY");
+    if (mSelectionFromOwner) {
+        connect(
+            mClipboard, &QClipboard::selectionChanged, this,
+            [this] {
+                if (!mClipboard->ownsSelection()) {
+                    onPaddleWords();
+                }
+            },
+            Qt::QueuedConnection);
+    }
     connect(
         mHookManager, &HookManager::signalPaddleWords, this,
         [this](int status) {
-            if (status != 0) {
+            if (status != 0 && !mSelectionFromOwner) {
                 onPaddleWords();
             }
         },
@@ -194,7 +210,7 @@ void InputPresenter::initDatas(const Collaborators& collaborators)
     connect(
         mHookManager, &HookManager::signalDoubleClickListener, this,
         [this](int key, int status) {
-            if (key == 1 && status == 0) {
+            if (key == 1 && status == 0 && !mSelectionFromOwner) {
                 onPaddleWords();
             }
         },

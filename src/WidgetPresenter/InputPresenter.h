@@ -259,6 +259,7 @@ private:
     InputStatus mStatus;
     quint64 mSession = 0;  // counts clearStatus(), so that a late reply knows its session is gone
     QClipboard* mClipboard = nullptr;
+    bool mSelectionFromOwner = false;  // PRIMARY's owner changes tell of selections, not drags
     bool isSingleClick = false;
     bool isLongClick = false;
     bool isKeyRelease = false;

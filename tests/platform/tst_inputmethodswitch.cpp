@@ -6,9 +6,12 @@
 #include <QDBusContext>
 #include <QDBusMessage>
 #include <QDBusVariant>
+#include <QDir>
 #include <QElapsedTimer>
+#include <QFile>
 #include <QMutex>
 #include <QProcess>
+#include <QStandardPaths>
 #include <QThread>
 #include <QTimer>
 #include <QtTest>
@@ -98,11 +101,13 @@ class TestInputMethodSwitch : public QObject {
 private slots:
     void initTestCase();
     void cleanupTestCase();
+    void busFoundFromTheSessionsDisplay();
     void composingEngineIsSetAsideAndGivenBack_data();
     void composingEngineIsSetAsideAndGivenBack();
 
 private:
     QProcess mBus;
+    QByteArray mAddress;
     QThread mServerThread;
     FakeIbus* mIbus = nullptr;
 };
@@ -114,10 +119,10 @@ void TestInputMethodSwitch::initTestCase()
     mBus.start(QStringLiteral("dbus-daemon"), {QStringLiteral("--session"), QStringLiteral("--nofork"),
                                                QStringLiteral("--print-address=1"), busInRuntimeFolder()});
     QVERIFY(mBus.waitForReadyRead(5000));
-    const QByteArray address = mBus.readLine().trimmed();
-    qputenv("IBUS_ADDRESS", address);
+    mAddress = mBus.readLine().trimmed();
+    qputenv("IBUS_ADDRESS", mAddress);
     QDBusConnection server =
-        QDBusConnection::connectToBus(QString::fromUtf8(address), QStringLiteral("ibus"));
+        QDBusConnection::connectToBus(QString::fromUtf8(mAddress), QStringLiteral("ibus"));
     QVERIFY(server.registerService(QStringLiteral("org.freedesktop.IBus")));
     mIbus = new FakeIbus;
     mIbus->moveToThread(&mServerThread);
@@ -134,6 +139,35 @@ void TestInputMethodSwitch::cleanupTestCase()
     mServerThread.wait();
     mBus.terminate();
     mBus.waitForFinished(3000);
+}
+
+// Without IBUS_ADDRESS, the file ibus writes per display. In a Wayland session (GNOME starts ibus
+// from the shell) it is named after the Wayland display, though Xwayland's DISPLAY is set too.
+void TestInputMethodSwitch::busFoundFromTheSessionsDisplay()
+{
+    QString machine;
+    for (const char* path : {"/var/lib/dbus/machine-id", "/etc/machine-id"}) {
+        QFile file(QString::fromLatin1(path));
+        if (machine.isEmpty() && file.open(QIODevice::ReadOnly)) {
+            machine = QString::fromLatin1(file.readAll().trimmed());
+        }
+    }
+    const QString folder = QStandardPaths::writableLocation(QStandardPaths::GenericConfigLocation) +
+                           QStringLiteral("/ibus/bus/");
+    QVERIFY(QDir().mkpath(folder));
+    const auto write = [&](const QString& name, const QByteArray& address) {
+        QFile file(folder + machine + name);
+        return file.open(QIODevice::WriteOnly) && file.write("# ibus\nIBUS_ADDRESS=" + address + "\n") > 0;
+    };
+    QVERIFY(write(QStringLiteral("-unix-wayland-7"), mAddress));
+    // A daemon of an earlier X session, gone.
+    QVERIFY(write(QStringLiteral("-unix-7"), "unix:path=/nonexistent/ibus"));
+    qunsetenv("IBUS_ADDRESS");
+    qputenv("WAYLAND_DISPLAY", "wayland-7");
+    qputenv("DISPLAY", ":7");
+    const bool connected = InputMethodSwitch::ibusBus().isConnected();
+    qputenv("IBUS_ADDRESS", mAddress);
+    QVERIFY(connected);
 }
 
 void TestInputMethodSwitch::composingEngineIsSetAsideAndGivenBack_data()

@@ -1,10 +1,10 @@
+#include "GtkReceiver.h"
 #include "MixedText.h"
 #include "Platform/IBus/IBusTypingBackend.h"
 #include "Platform/InputBackendChoice.h"
 #include "Platform/InputMethodSwitch.h"
 #include "Platform/WinUtils.h"
 #include "PrivateBus.h"
-#include "ProcessLines.h"
 
 #include <QDBusArgument>
 #include <QDBusMessage>
@@ -16,49 +16,22 @@
 
 namespace {
 
-// The GTK 3 receiver: "ready" once focused, "get" for its text. Under GNOME Shell a native
-// Wayland client, whose input method is the shell's (text-input); on X11 with the ibus module.
-class GtkClient {
+// The GTK 3 receiver. Under GNOME Shell a native Wayland client, whose input method is the
+// shell's (text-input); on X11 with the ibus module.
+class GtkClient : public GtkReceiver {
 public:
     GtkClient()
-    {
-        QProcessEnvironment env = QProcessEnvironment::systemEnvironment();
 #ifdef GNOME_SHELL_SESSION
-        env.insert(QStringLiteral("GDK_BACKEND"), QStringLiteral("wayland"));
+        : GtkReceiver(QStringLiteral(GTK_RECEIVER),
+                      {{ QStringLiteral("GDK_BACKEND"),
+                         QStringLiteral("wayland") }})
 #else
-        env.insert(QStringLiteral("GTK_IM_MODULE"), QStringLiteral("ibus"));
-        env.insert(QStringLiteral("GDK_BACKEND"), QStringLiteral("x11"));
+        : GtkReceiver(QStringLiteral(GTK_RECEIVER),
+                      {{QStringLiteral("GTK_IM_MODULE"), QStringLiteral("ibus")},
+                       {QStringLiteral("GDK_BACKEND"), QStringLiteral("x11")}})
 #endif
-        mProcess.setProcessEnvironment(env);
-        mProcess.start(QStringLiteral(GTK_RECEIVER), QStringList());
-    }
-    ~GtkClient()
     {
-        mProcess.write("quit\n");
-        if (!mProcess.waitForFinished(2000)) {
-            mProcess.kill();
-            mProcess.waitForFinished();
-        }
     }
-    bool waitReady()
-    {
-        return readLineWithin(mProcess, 10000).startsWith(QLatin1String("ready "));
-    }
-    // What the field holds once it equals `expected`, or what it held at the time-out.
-    QString text(const QString& expected, int timeoutMs = 5000)
-    {
-        QElapsedTimer clock;
-        clock.start();
-        QString last;
-        do {
-            mProcess.write("get\n");
-            last = readLineWithin(mProcess, 2000).mid(5);
-        } while (last != expected && clock.elapsed() < timeoutMs && (QTest::qWait(5), true));
-        return last;
-    }
-
-private:
-    QProcess mProcess;
 };
 
 QDBusMessage callIbus(const QString& method, const QVariantList& arguments)

@@ -1,8 +1,8 @@
+#include "GtkReceiver.h"
 #include "MixedText.h"
 #include "Platform/InputBackendChoice.h"
 #include "Platform/Wayland/WaylandKeyboardBackend.h"
 #include "Platform/WinUtils.h"
-#include "ProcessLines.h"
 
 #include <QSet>
 #include <QtTest>
@@ -14,40 +14,13 @@
 namespace {
 
 // The X11 suites' GTK 3 text view, a native Wayland client here.
-class GtkClient {
+class GtkClient : public GtkReceiver {
 public:
     GtkClient()
+        : GtkReceiver(QStringLiteral(GTK_RECEIVER),
+                      {{QStringLiteral("GDK_BACKEND"), QStringLiteral("wayland")}})
     {
-        QProcessEnvironment env = QProcessEnvironment::systemEnvironment();
-        env.insert(QStringLiteral("GDK_BACKEND"), QStringLiteral("wayland"));
-        mProcess.setProcessEnvironment(env);
-        mProcess.setProcessChannelMode(QProcess::ForwardedErrorChannel);
-        mProcess.start(QStringLiteral(GTK_RECEIVER), QStringList());
     }
-    ~GtkClient()
-    {
-        mProcess.write("quit\n");
-        if (!mProcess.waitForFinished(2000)) {
-            mProcess.kill();
-            mProcess.waitForFinished();
-        }
-    }
-    bool waitReady() { return readLineWithin(mProcess, 10000).startsWith(QLatin1String("ready ")); }
-    // What the view holds once it equals `expected`, or what it held at the time-out.
-    QString text(const QString& expected, int timeoutMs = 5000)
-    {
-        QElapsedTimer clock;
-        clock.start();
-        QString last;
-        do {
-            mProcess.write("get\n");
-            last = readLineWithin(mProcess, 2000).mid(5);
-        } while (last != expected && clock.elapsed() < timeoutMs && (QTest::qWait(20), true));
-        return last;
-    }
-
-private:
-    QProcess mProcess;
 };
 
 }  // namespace

@@ -1,7 +1,8 @@
 /* A GTK 3 window with one text view, the kind of field most desktop editors are. Speaks the
  * same lines as typing_receiver: prints "ready WINID" once the view has the keyboard focus (0 as
  * the id on Wayland, GDK_BACKEND=wayland); on
- * "get" prints "text:" and the buffer, on "quit" leaves (one request at a time). With "--busy MS" each change
+ * "get" prints "text:" and the buffer, "select TEXT" makes TEXT its content and selects it
+ * (the PRIMARY selection) and prints it as "get" does, on "quit" leaves (one request at a time). With "--busy MS" each change
  * of the buffer costs MS milliseconds of work, as in an editor that highlights or counts as you type. */
 #include <gdk/gdkx.h>
 #include <gtk/gtk.h>
@@ -50,6 +51,12 @@ static gboolean on_input(GIOChannel* channel, GIOCondition condition, gpointer d
     }
     GtkTextBuffer* buffer = gtk_text_view_get_buffer(GTK_TEXT_VIEW(view));
     GtkTextIter start, stop;
+    if (strncmp(chunk, "select ", 7) == 0) {
+        chunk[strcspn(chunk, "\n")] = '\0';
+        gtk_text_buffer_set_text(buffer, chunk + 7, -1);
+        gtk_text_buffer_get_bounds(buffer, &start, &stop);
+        gtk_text_buffer_select_range(buffer, &start, &stop);
+    }
     gtk_text_buffer_get_bounds(buffer, &start, &stop);
     gchar* text = gtk_text_buffer_get_text(buffer, &start, &stop, FALSE);
     printf("text:%s\n", text);
