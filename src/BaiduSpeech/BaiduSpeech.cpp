@@ -125,9 +125,6 @@ void BaiduSpeech::removeOne(QList<SDKServer>* list, const SDKServer& server)
             return;
         }
     }
-    if (!list->isEmpty()) {
-        list->removeFirst();
-    }
 }
 
 int BaiduSpeech::calcAvg(const QByteArray& data)
@@ -217,16 +214,26 @@ void BaiduSpeech::readControl(const QByteArray& bytes, bool ended)
     mServerList = ElvUtil::parseServerList(mControlReply);
     mControlReply.clear();
     mControlSocket->close();
-    reconnectSDKServer();
+    // A session's first list is taken whole; one asked for again because the servers ran out
+    // leaves out the server just given up.
+    if (mListRenewed) {
+        removeOne(&mServerList, mCurrentServer);
+    }
+    connectSdkServer();
 }
 
 void BaiduSpeech::reconnectSDKServer()
+{
+    removeOne(&mServerList, mCurrentServer);
+    connectSdkServer();
+}
+
+void BaiduSpeech::connectSdkServer()
 {
     mSdkConnect.stop();
     if (mSDKSocket->isOpen()) {
         mSDKSocket->close();
     }
-    removeOne(&mServerList, mCurrentServer);
     if (mServerList.isEmpty()) {
         // The list ran out: ask the control port once more in this session (its socket was
         // closed after the reply); a second empty list ends the tries.

@@ -38,7 +38,7 @@ public:
 
     static QString buildID();
     static SDKServer getPort(const QList<SDKServer>& list);
-    // Removes the first entry with the server's port, else the first entry.
+    // Removes the first entry with the server's port; a server not listed leaves the list as it is.
     static void removeOne(QList<SDKServer>* list, const SDKServer& server);
     static int calcAvg(const QByteArray& data);
 
@@ -73,7 +73,10 @@ private:
     void connectFailed(QTcpSocket* socket);
     void readPortList();
     void onControlReadyRead(bool ended);
+    // Gives up the current server and tries the next.
     void reconnectSDKServer();
+    // Connects to the best server left; with none, asks for the list once more.
+    void connectSdkServer();
     void sendStart();
     void onSDKReadyRead();
     void handleSocketMessage(const SocketMessage& message);

@@ -55,8 +55,11 @@ void HttpRequest::send(const QString& url, const QByteArray* body, HandleFunc ha
     timer->setSingleShot(true);
     timer->setInterval(timeout);
 
-    mRequest.setUrl(QUrl::fromUserInput(url));
-    QNetworkReply* reply = body == nullptr ? manager->get(mRequest) : manager->post(mRequest, *body);
+    QNetworkRequest request = mRequest;
+    request.setUrl(QUrl::fromUserInput(url));
+    followOnlyToHttps(&request);
+    QNetworkReply* reply = body == nullptr ? manager->get(request) : manager->post(request, *body);
+    guardRedirects(reply);
     auto received = std::make_shared<QByteArray>();
     limitBody(reply, kMaxReplyBytes, [received](const QByteArray& piece) { received->append(piece); });
 
@@ -132,7 +135,43 @@ QNetworkReply::NetworkError HttpRequest::errorOf(QNetworkReply* reply)
     if (reply->property(kRedirectRefusedProperty).toBool()) {
         return QNetworkReply::InsecureRedirectError;
     }
-    return reply->property(kOversizeProperty).toBool() ? QNetworkReply::UnknownContentError : reply->error();
+    if (reply->property(kOversizeProperty).toBool()) {
+        return QNetworkReply::UnknownContentError;
+    }
+    if (reply->error() != QNetworkReply::NoError) {
+        return reply->error();
+    }
+    // A redirect not followed, or any other answer than 2xx: its body is not what was asked for.
+    const QVariant status = reply->attribute(QNetworkRequest::HttpStatusCodeAttribute);
+    if (status.isValid() && (status.toInt() < 200 || status.toInt() > 299)) {
+        qCWarning(lcHttp) << UrlRules::forLog(reply->url()) << "answered with status" << status.toInt();
+        return QNetworkReply::UnknownContentError;
+    }
+    return QNetworkReply::NoError;
+}
+
+void HttpRequest::followOnlyToHttps(QNetworkRequest* request)
+{
+    request->setAttribute(QNetworkRequest::RedirectPolicyAttribute,
+                          QNetworkRequest::UserVerifiedRedirectPolicy);
+    request->setMaximumRedirectsAllowed(kMaxRedirects);
+}
+
+void HttpRequest::guardRedirects(QNetworkReply* reply)
+{
+    // A redirect must not take the request off the secure channel. Plain http only between the
+    // stand-in services on this machine.
+    connect(reply, &QNetworkReply::redirected, reply, [reply](const QUrl& target) {
+        if (target.scheme() == QLatin1String("https") ||
+            (isLoopbackHttp(reply->url()) && isLoopbackHttp(target))) {
+            emit reply->redirectAllowed();
+            return;
+        }
+        qCWarning(lcHttp) << "redirect from" << UrlRules::forLog(reply->url()) << "to"
+                          << UrlRules::forLog(target) << "refused";
+        reply->setProperty(kRedirectRefusedProperty, true);
+        reply->abort();
+    });
 }
 
 bool HttpRequest::isLoopbackHttp(const QUrl& url)
@@ -150,9 +189,7 @@ void HttpRequest::downloadFile(const QString url, const QString path, DownloadPr
     auto* file = new QFile(partName(path));
     QNetworkRequest request = mRequest;
     request.setUrl(QUrl::fromUserInput(url));
-    request.setAttribute(QNetworkRequest::RedirectPolicyAttribute,
-                         QNetworkRequest::UserVerifiedRedirectPolicy);
-    request.setMaximumRedirectsAllowed(kMaxRedirects);
+    followOnlyToHttps(&request);
     if (!file->open(QIODevice::WriteOnly | QIODevice::Truncate)) {
         // Nothing to keep the download in: failed before it starts, as the caller learns of
         // any failure, instead of a success with no file behind it.
@@ -168,19 +205,7 @@ void HttpRequest::downloadFile(const QString url, const QString path, DownloadPr
     }
     QNetworkReply* reply = mManager.get(request);
     connect(this, &HttpRequest::signalCancelDownload, reply, &QNetworkReply::abort);
-    // Only to https: a redirect must not take the file off the secure channel. Plain http only
-    // between the stand-in services on this machine.
-    connect(reply, &QNetworkReply::redirected, reply, [reply](const QUrl& target) {
-        if (target.scheme() == QLatin1String("https") ||
-            (isLoopbackHttp(reply->url()) && isLoopbackHttp(target))) {
-            emit reply->redirectAllowed();
-            return;
-        }
-        qCWarning(lcHttp) << "redirect from" << UrlRules::forLog(reply->url()) << "to"
-                          << UrlRules::forLog(target) << "refused";
-        reply->setProperty(kRedirectRefusedProperty, true);
-        reply->abort();
-    });
+    guardRedirects(reply);
     // A write that falls short (a full disk) fails the download rather than leave a cut file.
     limitBody(reply, maxBytes, [reply, file](const QByteArray& piece) {
         if (file->isOpen() && file->write(piece) != piece.size()) {
@@ -197,12 +222,6 @@ void HttpRequest::downloadFile(const QString url, const QString path, DownloadPr
     });
     connect(reply, &QNetworkReply::finished, reply, [reply, file, path, result, onError] {
         QNetworkReply::NetworkError error = errorOf(reply);
-        // A redirect not followed, or any other answer than the file: its body is not the file.
-        const int status = reply->attribute(QNetworkRequest::HttpStatusCodeAttribute).toInt();
-        if (error == QNetworkReply::NoError && (status < 200 || status > 299)) {
-            qCWarning(lcHttp) << "download answered with status" << status;
-            error = QNetworkReply::UnknownContentError;
-        }
         if (error == QNetworkReply::NoError && file->isOpen()) {
             const QByteArray rest = reply->readAll();
             if (file->write(rest) != rest.size()) {
@@ -278,7 +297,10 @@ bool HttpRequest::syncGet(QString url, QByteArray* data)
 {
     QNetworkAccessManager manager;
     QNetworkRequest request(QUrl::fromUserInput(url));
-    return runBlocking(manager.get(request), data);
+    followOnlyToHttps(&request);
+    QNetworkReply* reply = manager.get(request);
+    guardRedirects(reply);
+    return runBlocking(reply, data);
 }
 
 bool HttpRequest::syncPost(QString url, QByteArray body, QByteArray* data)
@@ -287,5 +309,8 @@ bool HttpRequest::syncPost(QString url, QByteArray body, QByteArray* data)
     QNetworkRequest request(QUrl::fromUserInput(url));
     request.setHeader(QNetworkRequest::ContentTypeHeader,
                       QStringLiteral("application/x-www-form-urlencoded"));
-    return runBlocking(manager.post(request, body), data);
+    followOnlyToHttps(&request);
+    QNetworkReply* reply = manager.post(request, body);
+    guardRedirects(reply);
+    return runBlocking(reply, data);
 }

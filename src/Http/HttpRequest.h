@@ -31,6 +31,7 @@ public:
     static constexpr int kMaxRedirects = 5;
 
     // Main thread. After a time-out the caller also gets onError with OperationCanceledError.
+    // Only a 2xx answer reaches handle; redirects are followed as for downloads.
     // The URL handed to onTimeout and onError is the one UrlRules::forLog gives: callers log it.
     void get(const QString url, HandleFunc handle, int timeout, TimeoutFunc onTimeout, ErrorFunc onError);
     void post(const QString url, QByteArray data, HandleFunc handle, int timeout, TimeoutFunc onTimeout,
@@ -65,8 +66,13 @@ private:
     // Hands each piece of the body to take as it arrives, and aborts the reply once the
     // announced length or the bytes so far pass maxBytes.
     static void limitBody(QNetworkReply* reply, qint64 maxBytes, std::function<void(const QByteArray&)> take);
-    // The reply's error, UnknownContentError for a body that limitBody dropped.
+    // The reply's error: UnknownContentError for a body that limitBody dropped or a status
+    // other than 2xx, InsecureRedirectError for a redirect refused.
     static QNetworkReply::NetworkError errorOf(QNetworkReply* reply);
+    // Redirects are followed only where guardRedirects lets them: to https, or http from and to
+    // this machine.
+    static void followOnlyToHttps(QNetworkRequest* request);
+    static void guardRedirects(QNetworkReply* reply);
 
     QNetworkAccessManager mManager;
     QNetworkRequest mRequest;

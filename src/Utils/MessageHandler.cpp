@@ -2,7 +2,6 @@
 
 #include <QFile>
 #include <QFileInfo>
-#include <QTextStream>
 #include <QTime>
 
 #include <unistd.h>
@@ -15,6 +14,9 @@ namespace {
 QString gLogFilePath;
 qint64 gMaxFileBytes = MessageHandler::kMaxFileBytes;
 bool gEchoToStderr = false;
+// Lines that did not reach the file (a full or failing disk) since the last that did; under
+// the handler's mutex.
+int gLostLines = 0;
 
 void rotateIfFull()
 {
@@ -63,19 +65,31 @@ void customMessageHandler(QtMsgType type, const QMessageLogContext& context, con
     static std::mutex mutex;
     const std::lock_guard<std::mutex> lock(mutex);
 
-    const QString line = MessageHandler::formatLine(type, context, message);
+    const QByteArray bytes = MessageHandler::formatLine(type, context, message).toUtf8();
     rotateIfFull();
     QFile file(gLogFilePath);
-    if (file.open(QIODevice::WriteOnly | QIODevice::Append)) {
-        QTextStream stream(&file);
-        stream.setCodec("UTF-8");
-        stream << line;
-        stream.flush();
+    bool written = false;
+    // Unbuffered: a write the disk refuses fails here, not later in close().
+    if (file.open(QIODevice::WriteOnly | QIODevice::Append | QIODevice::Unbuffered)) {
+        // The first line after a loss says how many went missing.
+        const QByteArray lost =
+            gLostLines == 0
+                ? QByteArray()
+                : MessageHandler::formatLine(
+                      QtWarningMsg, QMessageLogContext(),
+                      QStringLiteral("%1 log lines were lost: the disk failed or was full").arg(gLostLines))
+                      .toUtf8();
+        const qint64 size = file.size();
+        written = file.write(lost + bytes) == lost.size() + bytes.size() && file.flush();
+        if (!written) {
+            // A line cut short would run into the next: the file is cut back to its last whole line.
+            file.resize(size);
+        }
         file.close();
     }
-    // A failed open loses the line in the file; the terminal copy still shows it.
+    gLostLines = written ? 0 : gLostLines + 1;
+    // A line lost in the file still shows in the terminal copy.
     if (gEchoToStderr) {
-        const QByteArray bytes = line.toUtf8();
         std::fwrite(bytes.constData(), 1, static_cast<size_t>(bytes.size()), stderr);
         std::fflush(stderr);
     }

@@ -23,6 +23,7 @@ private slots:
     void addRefusalsAndSuccess();
     void editAndDelete();
     void databaseThatCannotOpen();
+    void fullOrFailingDiskKeepsTheWords();
     void migrationReversesAndRemovesTheOldFile();
     void emptyOldDatabaseStays();
     void migrationIsAllOrNothingAndOnce();
@@ -217,6 +218,51 @@ bool makeOldDatabase(const QString& dir, const QList<QVariantList>& rows)
 }
 
 }  // namespace
+
+// The disk under the words fills, then fails to sync, under the console (the calls fail as the
+// kernel would fail them): the new word is refused with the user told and the file stays as it
+// was, byte for byte; once the disk is well the word goes in.
+void TestCommandWords::fullOrFailingDiskKeepsTheWords()
+{
+    QTemporaryDir dir;
+    const QString folder = dir.filePath(QStringLiteral("words"));
+    QVERIFY(QDir().mkpath(folder));
+    const QString control = dir.filePath(QStringLiteral("faults"));
+    qputenv("ZORVANE_FAULTS", QFile::encodeName(control));
+    auto faults = [&](const QByteArray& rules) {
+        QFile file(control);
+        return file.open(QIODevice::WriteOnly | QIODevice::Truncate) && file.write(rules) == rules.size();
+    };
+    auto fileBytes = [&] {
+        QFile file(folder + QLatin1Char('/') + DBManager::fileName());
+        return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray();
+    };
+    DBManager db(folder, dir.filePath(QStringLiteral("old")));
+    FakeHidBackend backend;
+    ConsoleRig rig(&backend);
+    MainWindowPresenter* p = rig.start(nullptr, &db);
+    fillAddPage(rig.view, 0, QStringLiteral("打开网页"), QStringLiteral("https://example.org/"));
+    QCOMPARE(p->onAddCommandButtonSumbit(), 0);
+    const QByteArray before = fileBytes();
+    QVERIFY(!before.isEmpty());
+
+    const QByteArray full = "ENOSPC write " + QFile::encodeName(folder);
+    const QByteArray failing = "EIO sync " + QFile::encodeName(folder);
+    for (const QByteArray& rules : {full, failing}) {
+        QVERIFY(faults(rules));
+        QTest::ignoreMessage(QtWarningMsg, QRegularExpression(QStringLiteral("write failed")));
+        fillAddPage(rig.view, 0, QStringLiteral("搜索一下"), QStringLiteral("https://example.org/s"));
+        QCOMPARE(p->onAddCommandButtonSumbit(), -1);
+        QCOMPARE(rig.view.callsOf(QStringLiteral("setAddCommandWarningText")).last(),
+                 QStringLiteral("setAddCommandWarningText(* 添加数据失败！！！)"));
+        QCOMPARE(keywords(db), QStringList{QStringLiteral("打开网页")});
+        QCOMPARE(fileBytes(), before);
+    }
+    QVERIFY(faults(QByteArray()));
+    QCOMPARE(p->onAddCommandButtonSumbit(), 0);
+    QCOMPARE(keywords(db), (QStringList{QStringLiteral("搜索一下"), QStringLiteral("打开网页")}));
+    qunsetenv("ZORVANE_FAULTS");
+}
 
 void TestCommandWords::migrationReversesAndRemovesTheOldFile()
 {

@@ -80,8 +80,11 @@ public:
     {
         QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();
         environment.insert(QStringLiteral("ZORVANE_DEVICE_SOCKET"), mSocketPath);
+        environment.insert(extraEnvironment);
         return environment;
     }
+    // Set for the program's next starts, on top of the suite's own.
+    QProcessEnvironment extraEnvironment;
     void startProgram()
     {
         program = std::make_unique<Child>(environment());

@@ -2,8 +2,6 @@
 
 #include <QScopeGuard>
 
-#include <unistd.h>
-
 using namespace E2e;
 
 namespace {
@@ -40,7 +38,7 @@ private slots:
     void clickBeforeTheFinalKeepsTheUsersText_data();
     void clickBeforeTheFinalKeepsTheUsersText();
     void killedWhileSavingKeepsAWholeFile();
-    void fullThenReadOnlySettingsFolderKeepsTheFile();
+    void fullOrFailingDiskKeepsTheFiles();
     void corruptFilesDoNotStopTheProgram();
 
 private:
@@ -49,6 +47,8 @@ private:
     // A dictation that must type the sentence after what the client has.
     void dictateTheSentence();
     bool panelsGone();
+    // Stops the program, puts the daily phrase switch back as the case found it, starts it again.
+    void restoreDailyPhrase();
 
     ProgramRig mRig;
     UserData mBefore;
@@ -367,7 +367,11 @@ void TestFaults::killedWhileSavingKeepsAWholeFile()
     QSettings written(preferencesPath(), QSettings::IniFormat);
     QCOMPARE(written.status(), QSettings::NoError);
     QVERIFY(mRig.nothingLost(before, {QStringLiteral("calendarPhrases")}));
-    // The switch back where it was, for the comparison after the case.
+    restoreDailyPhrase();
+}
+
+void TestFaults::restoreDailyPhrase()
+{
     QVERIFY(mRig.stopProgram());
     const QString key = QStringLiteral("preferences.ini:config/calendarPhrases");
     QSettings preferences(preferencesPath(), QSettings::IniFormat);
@@ -380,75 +384,79 @@ void TestFaults::killedWhileSavingKeepsAWholeFile()
     QVERIFY(mRig.startProgramOnReceiver());
 }
 
-// The settings folder fills up, then turns read-only, under the running program: a setting changed
-// meanwhile leaves the file as it was, and is saved whole once there is room again.
-void TestFaults::fullThenReadOnlySettingsFolderKeepsTheFile()
+// The disk fills, then fails, under the running program (its write, sync and rename calls on
+// the folders fail as the kernel fails them): a setting changed meanwhile is logged as not
+// saved and leaves the file as it was; the log keeps its lines whole and tells afterwards how
+// many it lost; once the disk is well the next change is saved whole.
+void TestFaults::fullOrFailingDiskKeepsTheFiles()
 {
-    if (::geteuid() != 0) {
-        QSKIP("a small file system over the settings folder needs root to mount");
-    }
-    const QString folder = configFolder();
-    auto run = [](const QString& command) {
-        return QProcess::execute(QStringLiteral("sh"), {QStringLiteral("-c"), command});
+    const QString control = mRig.runtime() + QStringLiteral("/faults");
+    auto faults = [&](const QStringList& rules) {
+        return writeFile(control, rules.join(QLatin1Char('\n')).toUtf8());
     };
-    auto fileText = [] {
-        QFile file(preferencesPath());
+    auto rule = [](const char* error, const char* calls, const QString& folder) {
+        return QStringLiteral("%1 %2 %3/").arg(QLatin1String(error), QLatin1String(calls), folder);
+    };
+    auto readFile = [](const QString& path) {
+        QFile file(path);
         return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray();
     };
+    auto fileText = [&] { return readFile(preferencesPath()); };
+    auto notSaved = [] { return programLog().count(QStringLiteral("- the file is left as it was")); };
+    QVERIFY(faults({}));
     QVERIFY(mRig.stopProgram());
-    // The program's files, copied onto a 1 MiB file system laid over the folder. Unmounted, the
-    // folder shows its own files again, untouched.
-    QTemporaryDir copy;
-    QCOMPARE(run(QStringLiteral("cp -a '%1/.' '%2/'").arg(folder, copy.path())), 0);
-    if (run(QStringLiteral("mount -t tmpfs -o size=1m zorvane-faults '%1'").arg(folder)) != 0) {
-        QVERIFY(mRig.startProgramOnReceiver());
-        QSKIP("this machine does not let tests mount a file system");
-    }
-    auto unmount = qScopeGuard([&] {
-        mRig.stopProgram();
-        run(QStringLiteral("umount -l '%1'").arg(folder));
-    });
-    QCOMPARE(run(QStringLiteral("cp -a '%1/.' '%2/'").arg(copy.path(), folder)), 0);
+    mRig.extraEnvironment.insert(QStringLiteral("LD_PRELOAD"), QStringLiteral(SYSCALL_FAULTS_LIBRARY));
+    mRig.extraEnvironment.insert(QStringLiteral("ZORVANE_FAULTS"), control);
+    // The address sanitizer's runtime is then not the first library, which it would refuse.
+    mRig.extraEnvironment.insert(
+        QStringLiteral("ASAN_OPTIONS"),
+        qEnvironmentVariable("ASAN_OPTIONS") + QStringLiteral(":verify_asan_link_order=0"));
+    auto plain = qScopeGuard([&] { mRig.extraEnvironment = QProcessEnvironment(); });
     QVERIFY(mRig.startProgramOnReceiver());
     const QString console = mRig.showConsole();
     QVERIFY(!console.isEmpty());
     clickAt(console, kNavAppSettings);
     const QByteArray before = fileText();
     QVERIFY(!before.isEmpty());
-    // Twice: once back to the file's value, once away from it, so that a save is due.
-    auto switchTwice = [&console] {
+    // Away from the file's value, which is a save; then back to it, which needs none.
+    auto changeAndBack = [&] {
+        const int earlier = notSaved();
         clickAt(console, kDailyPhraseSwitch);
-        QTest::qWait(200);
+        QTRY_VERIFY(notSaved() > earlier);
+        QCOMPARE(fileText(), before);
         clickAt(console, kDailyPhraseSwitch);
     };
 
-    // No room left: the switch changes, the file stays whole as it was, the program goes on.
-    run(QStringLiteral("cat /dev/zero > '%1/filler' 2>/dev/null").arg(folder));
+    // A full disk, then one that takes the new file but fails to sync or name it.
+    QVERIFY(faults({rule("ENOSPC", "write", configFolder())}));
+    changeAndBack();
+    QVERIFY(faults({rule("EIO", "sync", configFolder()), rule("EIO", "rename", configFolder())}));
+    changeAndBack();
+
+    // The log's folder full as well: the line saying so is lost, the log stays as it was.
+    QVERIFY(faults({rule("ENOSPC", "write", configFolder()), rule("ENOSPC", "write", stateFolder())}));
+    const QString log = programLog();
     clickAt(console, kDailyPhraseSwitch);
-    QTest::qWait(500);
-    QCOMPARE(fileText(), before);
+    // Each call failed is listed beside the rules: the log's write was one.
+    QTRY_VERIFY(QString::fromUtf8(readFile(control + QStringLiteral(".hits"))).contains(programLogPath()));
+    QCOMPARE(programLog(), log);
+    clickAt(console, kDailyPhraseSwitch);
+    // Room for the log again: its next line is told of the loss, after the old lines, whole.
+    QVERIFY(faults({rule("ENOSPC", "write", configFolder())}));
+    changeAndBack();
+    QVERIFY(programLog().startsWith(log));
+    QVERIFY2(programLog().mid(log.size()).contains(QStringLiteral("log lines were lost")),
+             qPrintable(programLog().mid(log.size())));
     QVERIFY(mRig.programRunning());
 
-    // Read-only: the same.
-    QCOMPARE(run(QStringLiteral("mount -o remount,ro '%1'").arg(folder)), 0);
-    switchTwice();
-    QTest::qWait(500);
-    QCOMPARE(fileText(), before);
-    QVERIFY(mRig.programRunning());
-
-    // Room again: the next change is saved, whole.
-    QCOMPARE(run(QStringLiteral("mount -o remount,rw '%1' && rm '%1/filler'").arg(folder)), 0);
-    switchTwice();
+    // A well disk: the next change is saved, whole.
+    QVERIFY(faults({}));
+    clickAt(console, kDailyPhraseSwitch);
     QTRY_VERIFY(fileText() != before);
-    QSettings written(preferencesPath(), QSettings::IniFormat);
-    QCOMPARE(written.status(), QSettings::NoError);
+    QCOMPARE(QSettings(preferencesPath(), QSettings::IniFormat).status(), QSettings::NoError);
     QVERIFY(mRig.programRunning());
-
-    // Back on the real folder, as it was.
-    unmount.dismiss();
-    QVERIFY(mRig.stopProgram());
-    QCOMPARE(run(QStringLiteral("umount '%1'").arg(folder)), 0);
-    QVERIFY(mRig.startProgramOnReceiver());
+    mRig.extraEnvironment = QProcessEnvironment();
+    restoreDailyPhrase();
 }
 
 void TestFaults::corruptFilesDoNotStopTheProgram()

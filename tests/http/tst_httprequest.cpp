@@ -26,7 +26,7 @@ private slots:
     void downloadReplacesFileWithProgressOnTheWay();
     void cancelAbortsDownloadsAndIsHarmlessWhenIdle();
     void downloadThatCannotBeKeptFails();
-    void downloadsKeepOnlyTheFileOverHttps();
+    void onlyA2xxBodyOverHttpsIsTaken();
     void syncCallsFromAWorkerThread();
     void bodiesPastTheirLimitAreDropped();
     void logsAndCallbacksCarryNoQuery();
@@ -207,9 +207,10 @@ void TestHttpRequest::downloadThatCannotBeKeptFails()
     QCOMPARE(QDir(dir.path()).entryList(QDir::Files), QStringList());
 }
 
-// Only a 2xx body becomes the file. Redirects lead only to https (plain http only between the
-// stand-ins on this machine); one that leaves it, or a 3xx not followed, leaves no file.
-void TestHttpRequest::downloadsKeepOnlyTheFileOverHttps()
+// Only a 2xx body becomes the file or the answer. Redirects lead only to https (plain http only
+// between the stand-ins on this machine); one that leaves it, or a 3xx not followed, leaves no
+// file and hands on no answer.
+void TestHttpRequest::onlyA2xxBodyOverHttpsIsTaken()
 {
     LocalHttpServer mirror;
     QVERIFY(mirror.start());
@@ -246,6 +247,37 @@ void TestHttpRequest::downloadsKeepOnlyTheFileOverHttps()
     fetch(QStringLiteral("/choose"));
     QCOMPARE(error, QNetworkReply::UnknownContentError);
     QCOMPARE(QDir(dir.path()).entryList(QDir::Files), QStringList());
+
+    // The API calls likewise, the blocking ones from a worker thread.
+    QStringList outcomes;
+    auto handle = [&](const QByteArray& body) { outcomes << QString::fromUtf8(body); };
+    auto onError = [&](QString, QNetworkReply::NetworkError e) { outcomes << QString::number(e); };
+    const QRegularExpression refusal(QStringLiteral("redirect from .* refused"));
+    for (int i = 0; i < 2; ++i) {
+        QTest::ignoreMessage(QtWarningMsg, refusal);
+    }
+    for (const QString& path :
+         {QStringLiteral("/moved"), QStringLiteral("/away"), QStringLiteral("/choose")}) {
+        const int before = outcomes.size();
+        http->get(mServer.url(path).toString(), handle, 5000, nullptr, onError);
+        http->post(mServer.url(path).toString(), "{}", handle, 5000, nullptr, onError);
+        QTRY_COMPARE(outcomes.size(), before + 2);
+    }
+    const QString refused = QString::number(QNetworkReply::InsecureRedirectError);
+    const QString notAnAnswer = QString::number(QNetworkReply::UnknownContentError);
+    QCOMPARE(outcomes, QStringList({QStringLiteral("the package"), QStringLiteral("the package"), refused,
+                                    refused, notAnAnswer, notAnAnswer}));
+    QByteArray data;
+    bool taken = true;
+    std::atomic<bool> finished{false};
+    QTest::ignoreMessage(QtWarningMsg, refusal);
+    std::thread worker([&] {
+        taken = http->syncGet(mServer.url(QStringLiteral("/away")).toString(), &data);
+        finished = true;
+    });
+    QTRY_VERIFY(finished.load());
+    worker.join();
+    QVERIFY(!taken && data.isEmpty());
 }
 
 void TestHttpRequest::syncCallsFromAWorkerThread()
