@@ -17,6 +17,7 @@
 #include "Widget/LineEdit.h"
 #include "Widget/Notices/LowbatDialog.h"
 #include "Widget/Panels/InputDialog.h"
+#include "Widget/Translations.h"
 #include "WidgetPresenter/DeviceLifecycle.h"
 
 #include <QAbstractItemView>
@@ -25,8 +26,10 @@
 #include <QCheckBox>
 #include <QComboBox>
 #include <QDir>
+#include <QHeaderView>
 #include <QLabel>
 #include <QLineEdit>
+#include <QMainWindow>
 #include <QMenu>
 #include <QPainter>
 #include <QPainterPath>
@@ -34,9 +37,11 @@
 #include <QRadioButton>
 #include <QSignalSpy>
 #include <QStackedWidget>
+#include <QStyleOptionButton>
 #include <QTableWidget>
 #include <QTimer>
 #include <QToolButton>
+#include <QTranslator>
 #include <QtTest>
 
 // The console window over the real presenter, a fake receiver and the real database, on the
@@ -58,6 +63,7 @@ private slots:
     void lowbatViewIsLeftAloneWhileShown();
     void brokenHomePictureKeepsTheShownOne();
     void offlineIsSaidOnTheHomePage();
+    void englishTextsFitTheirControls();
     void screenshots();
 
 private:
@@ -540,6 +546,57 @@ void TestMainWindow::offlineIsSaidOnTheHomePage()
     QVERIFY(warning->text().contains(QStringLiteral("网络未连接")));
     mWindow->presenter()->onInternetStateChange(true);
     QTRY_VERIFY(warning->isHidden());
+}
+
+void TestMainWindow::englishTextsFitTheirControls()
+{
+    // The console's widgets once more, in English, whose words are longer than the Chinese.
+    const QList<QTranslator*> before = qApp->findChildren<QTranslator*>();
+    Translations::install(Translations::English);
+    QMainWindow window;
+    Ui_MainWindow ui;
+    ui.setupUi(&window);
+    for (QTranslator* translator : qApp->findChildren<QTranslator*>()) {
+        if (!before.contains(translator)) {
+            QCoreApplication::removeTranslator(translator);
+            delete translator;
+        }
+    }
+    QCOMPARE(ui.navButtons[1]->text(), QStringLiteral("Commands"));
+    window.show();
+    for (int page = 0; page < ui.stackedWidget->count(); ++page) {
+        ui.stackedWidget->setCurrentIndex(page);
+        QCoreApplication::processEvents();
+        for (QWidget* w : ui.central->findChildren<QWidget*>()) {
+            auto* label = qobject_cast<QLabel*>(w);
+            auto* button = qobject_cast<QPushButton*>(w);
+            if (!w->isVisible() || (label != nullptr && (label->wordWrap() || label->text().isEmpty()))) {
+                continue;
+            }
+            if (button != nullptr && !button->text().isEmpty()) {
+                // Measured in the checked look, which the sheet may make bold and thicker-edged.
+                QStyleOptionButton option;
+                option.initFrom(button);
+                option.text = button->text();
+                option.icon = button->icon();
+                option.iconSize = button->iconSize();
+                QFont font = button->font();
+                if (button->isCheckable()) {
+                    option.state |= QStyle::State_On;
+                    font.setBold(true);
+                }
+                const int room =
+                    button->style()->subElementRect(QStyle::SE_PushButtonContents, &option, button).width();
+                const int needed = QFontMetrics(font).horizontalAdvance(button->text()) +
+                                   (button->icon().isNull() ? 0 : button->iconSize().width() + 4);
+                QVERIFY2(needed <= room, qPrintable(button->text()));
+            } else if (label != nullptr || qobject_cast<QAbstractButton*>(w) != nullptr) {
+                QVERIFY2(w->sizeHint().width() <= w->width(), qPrintable(w->property("text").toString()));
+            }
+        }
+    }
+    const QHeaderView* header = ui.tableCustom->horizontalHeader();
+    QVERIFY(header->sectionSizeHint(1) <= header->sectionSize(1));
 }
 
 void TestMainWindow::screenshots()

@@ -911,12 +911,17 @@ void MainWindow::setDeviceSettingsEnabled(bool enabled)
 
 void MainWindow::placeResolutionButtons(bool four)
 {
-    for (int i = 0; i < 4; ++i) {
-        const int x = four ? Ui_MainWindow::kFourButtonsX[i] : (i < 3 ? Ui_MainWindow::kThreeButtonsX[i] : 0);
+    // Centred in the card; the buttons are as wide as their longest name.
+    const int count = four ? 4 : 3;
+    const int gap = four ? Ui_MainWindow::kFourButtonsGap : Ui_MainWindow::kThreeButtonsGap;
+    const int width = mUi.radioLevel[0]->width();
+    int x = (mUi.frameResolution->width() - count * width - (count - 1) * gap) / 2;
+    for (int i = 0; i < count; ++i) {
         mUi.radioLevel[i]->move(x, Ui_MainWindow::kButtonsY);
+        x += width + gap;
     }
     mUi.radioLevel[3]->setVisible(four);
-    mUi.labelCpi->move(Ui_MainWindow::kFourButtonsX[3], Ui_MainWindow::kButtonsY + 52);
+    mUi.labelCpi->move(mUi.radioLevel[3]->x(), Ui_MainWindow::kButtonsY + 52);
     mUi.labelCpi->setVisible(four);
 }
 

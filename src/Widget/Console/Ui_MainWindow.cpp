@@ -7,6 +7,7 @@
 #include <QButtonGroup>
 #include <QCheckBox>
 #include <QComboBox>
+#include <QFontMetrics>
 #include <QFrame>
 #include <QGridLayout>
 #include <QHBoxLayout>
@@ -51,7 +52,7 @@ QString sheet()
         "QPushButton#primaryButton:hover { background: #4a8ff8; }"
         "QPushButton#linkButton { border: none; background: transparent; color: #2f7cf6; padding: 0 4px; }"
         "QPushButton#dpiButton { border: 1px solid #d6d9de; border-radius: 10px; background: #fafbfc;"
-        " font-size: 14px; color: #454c59; }"
+        " padding: 0 8px; font-size: 14px; color: #454c59; }"
         "QPushButton#dpiButton:disabled { color: #b8bec8; }"
         "QPushButton#dpiButton:checked { border: 2px solid #2f7cf6; background: #e3edfe; color: #2f7cf6;"
         " font-weight: bold; }"
@@ -76,7 +77,8 @@ QString sheet()
         "QCheckBox#status { font-size: 12px; color: #8a919e; }"
         "QCheckBox#status::indicator { width: 12px; height: 12px; image: url(:/console/lamp_off.svg); }"
         "QCheckBox#status::indicator:checked { image: url(:/console/lamp_on.svg); }"
-        "QTableWidget { border: none; background: #ffffff; gridline-color: #eef0f3; font-size: 14px;"
+        "QTableWidget { border: 2px solid transparent; border-radius: 4px; background: #ffffff; "
+        "gridline-color: #eef0f3; font-size: 14px;"
         " selection-background-color: #e3edfe; selection-color: #20252d; }"
         "QHeaderView::section { background: #f7f8fa; border: none; border-bottom: 1px solid #eef0f3;"
         " padding: 6px; font-size: 13px; color: #8a919e; }");
@@ -110,7 +112,7 @@ QString focusSheet()
         "QCheckBox:focus, QRadioButton:focus { color: #2f7cf6; }"
         "QCheckBox#switch { border: 2px solid transparent; border-radius: 13px; padding: 1px; }"
         "QCheckBox#switch:focus { border-color: #2f7cf6; }"
-        "QTableWidget:focus { border: 2px solid #2f7cf6; border-radius: 10px; }");
+        "QTableWidget:focus { border-color: #2f7cf6; }");
 }
 
 QToolButton* titleButton(QWidget* parent, const QString& icon, const QString& tip, const QString& name)
@@ -249,6 +251,12 @@ void Ui_MainWindow::setupUi(QMainWindow* window)
     layout->addWidget(navigation);
     layout->addLayout(right, 1);
     window->setCentralWidget(central);
+
+    // The word column as wide as its heading, which is longer in some languages; measured now
+    // that the sheet reaches the header.
+    QHeaderView* header = tableCustom->horizontalHeader();
+    header->ensurePolished();
+    tableCustom->setColumnWidth(1, qMax(header->defaultSectionSize(), header->sectionSizeHint(1)));
 }
 
 QWidget* Ui_MainWindow::buildTitleBar(QWidget* parent)
@@ -376,6 +384,8 @@ QWidget* Ui_MainWindow::buildCommandPage()
     tableCustom->horizontalHeader()->setStretchLastSection(true);
     tableCustom->horizontalHeader()->setHighlightSections(false);
     tableCustom->horizontalHeader()->setMinimumSectionSize(24);
+    // Headings over the start of their column's text, as the rows are.
+    tableCustom->horizontalHeader()->setDefaultAlignment(Qt::AlignLeft | Qt::AlignVCenter);
     tableCustom->setSelectionBehavior(QAbstractItemView::SelectRows);
     tableCustom->setSelectionMode(QAbstractItemView::ExtendedSelection);
     tableCustom->setEditTriggers(QAbstractItemView::NoEditTriggers);
@@ -530,24 +540,33 @@ QWidget* Ui_MainWindow::buildMouseSettingsPage()
 {
     auto* page = new QWidget;
     frameResolution = card(page);
-    frameResolution->setFixedSize(520, 140);
     auto* heading = label(tr("指针速度"), frameResolution);
     heading->move(20, 14);
     dpiGroup = new QButtonGroup(frameResolution);
     dpiGroup->setExclusive(true);
     const QString texts[4] = {tr("慢速"), tr("标准"), tr("快速"), tr("适配屏幕")};
+    // All as wide as the widest name in bold, as the checked one shows it: checking one neither
+    // clips its name nor moves the row.
+    QFont bold = frameResolution->font();
+    bold.setPixelSize(14);
+    bold.setBold(true);
+    int width = kSpeedButtonMinWidth;
+    for (const QString& text : texts) {
+        width = qMax(width, QFontMetrics(bold).horizontalAdvance(text) + 2 * (8 + 2) + 4);
+    }
+    frameResolution->setFixedSize(qMax(520, 4 * width + 3 * kFourButtonsGap + 2 * 20), 140);
     for (int i = 0; i < 4; ++i) {
         radioLevel[i] = new GroupButton(texts[i], frameResolution);
         radioLevel[i]->setObjectName(QStringLiteral("dpiButton"));
         radioLevel[i]->setCheckable(true);
         radioLevel[i]->setFocusPolicy(Qt::TabFocus);
-        radioLevel[i]->setFixedSize(100, 48);
+        radioLevel[i]->setFixedSize(width, 48);
         radioLevel[i]->setAccessibleDescription(tr("指针速度"));
         dpiGroup->addButton(radioLevel[i], i);
     }
     labelCpi = label(QString(), frameResolution, "cpiLabel");
     labelCpi->setAlignment(Qt::AlignCenter);
-    labelCpi->setFixedWidth(100);
+    labelCpi->setFixedWidth(width);
 
     lighting = switchRow(page, tr("灯光效果"), tr("鼠标的灯光"));
     shake = switchRow(page, tr("振动反馈"), tr("按下语音键时振动"));

@@ -124,9 +124,10 @@ public:
     QComboBox* comboInterfaceLanguage = nullptr;  // follow the system, Chinese, English
     QPushButton* buttonPreferenceBack = nullptr;
 
-    // The x positions of the speed buttons with the fourth shown and without it.
-    static constexpr int kFourButtonsX[4] = {39, 153, 267, 381};
-    static constexpr int kThreeButtonsX[3] = {63, 210, 357};
+    // The speed buttons' row: close together with the fourth shown, spread out without it.
+    static constexpr int kSpeedButtonMinWidth = 100;
+    static constexpr int kFourButtonsGap = 14;
+    static constexpr int kThreeButtonsGap = 47;
     static constexpr int kButtonsY = 50;
 
 private:
