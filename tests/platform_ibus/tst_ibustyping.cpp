@@ -233,7 +233,8 @@ void TestIBusTyping::dictationArrivesExactlyAndPinyinComesBack()
 void TestIBusTyping::textArrivesAfterIbusRestarts()
 {
 #ifdef GNOME_SHELL_SESSION
-    QSKIP("the shell owns its ibus-daemon");
+    // The suite sees the shell's address file under another config folder than the shell writes.
+    QSKIP("the shell's restarted ibus-daemon cannot be found from here");
 #else
     GtkClient receiver;
     QVERIFY(receiver.waitReady());
