@@ -48,14 +48,16 @@ bool hasSessionBus()
            QFile::exists(qEnvironmentVariable("XDG_RUNTIME_DIR") + QStringLiteral("/bus"));
 }
 
-// Where ibus-daemon listens: IBUS_ADDRESS, else the file it writes for this machine and the
+// Where ibus-daemon listens: IBUS_ADDRESS, then the file it writes for this machine and the
 // display it was started on. ibus names that after the Wayland display where there is one (a
-// GNOME session starts it from the shell: "unix-wayland-0"), else after the X display.
-QString ibusAddress()
+// GNOME session starts it from the shell: "unix-wayland-0"), else after the X display. A daemon
+// started again (ibus restart) leaves IBUS_ADDRESS behind and rewrites the file.
+QStringList ibusAddresses()
 {
+    QStringList addresses;
     const QString fromEnv = qEnvironmentVariable("IBUS_ADDRESS");
     if (!fromEnv.isEmpty()) {
-        return fromEnv;
+        addresses << fromEnv;
     }
     QString machine;
     for (const char* path : {"/var/lib/dbus/machine-id", "/etc/machine-id"}) {
@@ -65,7 +67,7 @@ QString ibusAddress()
         }
     }
     if (machine.isEmpty()) {
-        return QString();
+        return addresses;
     }
     QStringList names;
     const QString wayland = qEnvironmentVariable("WAYLAND_DISPLAY");
@@ -88,11 +90,12 @@ QString ibusAddress()
         }
         for (const QByteArray& line : file.readAll().split('\n')) {
             if (line.startsWith("IBUS_ADDRESS=")) {
-                return QString::fromUtf8(line.mid(13).trimmed());
+                addresses << QString::fromUtf8(line.mid(13).trimmed());
+                return addresses;
             }
         }
     }
-    return QString();
+    return addresses;
 }
 
 }  // namespace
@@ -101,10 +104,12 @@ QDBusConnection InputMethodSwitch::ibusBus()
 {
     QDBusConnection bus(ibusConnectionName());
     if (!bus.isConnected()) {
-        QDBusConnection::disconnectFromBus(ibusConnectionName());
-        const QString address = ibusAddress();
-        if (!address.isEmpty()) {
+        for (const QString& address : ibusAddresses()) {
+            QDBusConnection::disconnectFromBus(ibusConnectionName());
             bus = QDBusConnection::connectToBus(address, ibusConnectionName());
+            if (bus.isConnected()) {
+                break;
+            }
         }
     }
     return bus;

@@ -78,6 +78,16 @@ IBusTypingBackend::IBusTypingBackend() : mBus(InputMethodSwitch::ibusBus())
     mDeleteFlush.setSingleShot(true);
     mDeleteFlush.setInterval(0);
     QObject::connect(&mDeleteFlush, &QTimer::timeout, [this] { flushDeletes(); });
+    mThread.setObjectName(QStringLiteral("ibus engine"));
+    join();
+}
+
+void IBusTypingBackend::join()
+{
+    mUnavailable.clear();
+    mFocusInsSeen = 0;
+    mPendingDeletes = 0;
+    mSinceChange.invalidate();
     if (!mBus.isConnected()) {
         mUnavailable = QStringLiteral("no ibus-daemon reachable");
         return;
@@ -86,7 +96,6 @@ IBusTypingBackend::IBusTypingBackend() : mBus(InputMethodSwitch::ibusBus())
     // Registered before it moves: the bus gives it a helper child, which moves with it.
     const bool served = mBus.registerVirtualObject(kObjectRoot, mService.get(), QDBusConnection::SubPath);
     mService->moveToThread(&mThread);
-    mThread.setObjectName(QStringLiteral("ibus engine"));
     mThread.start();
     if (!served) {
         // Another backend of this process serves there (one connection, one factory path).
@@ -109,6 +118,38 @@ IBusTypingBackend::IBusTypingBackend() : mBus(InputMethodSwitch::ibusBus())
     mSwitch.setIbusTypingEngine(kEngineName);
 }
 
+void IBusTypingBackend::leave()
+{
+    if (mServing) {
+        mBus.unregisterObject(kObjectRoot, QDBusConnection::UnregisterTree);
+        mServing = false;
+    }
+    mThread.quit();
+    mThread.wait();
+    mService.reset();
+}
+
+bool IBusTypingBackend::joined()
+{
+    // Only a lost connection is joined again: a backend left off beside another one stays off.
+    if (mShutDown || mBus.isConnected()) {
+        return isAvailable();
+    }
+    qCWarning(lcWayland)
+        << "the connection to ibus-daemon is gone (ibus restarted?): joining the one running now";
+    leave();
+    mBus = InputMethodSwitch::ibusBus();
+    join();
+    if (!isAvailable()) {
+        qCWarning(lcWayland) << "could not join ibus again, nothing typed:" << mUnavailable;
+        return false;
+    }
+    // The engine to give back was the old daemon's: it gets it now, our engine on the next switch.
+    mSwitch.restore();
+    qCInfo(lcWayland) << "our engine is registered with the new ibus-daemon";
+    return true;
+}
+
 IBusTypingBackend::~IBusTypingBackend()
 {
     shutDown();
@@ -116,21 +157,17 @@ IBusTypingBackend::~IBusTypingBackend()
 
 void IBusTypingBackend::shutDown()
 {
-    if (mService == nullptr) {
+    if (mShutDown) {
         return;
     }
-    if (mUnavailable.isEmpty()) {
+    mShutDown = true;
+    if (isAvailable()) {
         flushDeletes();
         mSwitch.finish();
-        mUnavailable = QStringLiteral("shut down");
     }
+    mUnavailable = QStringLiteral("shut down");
     // The daemon stops our engines while the user's comes back: they answer until then.
-    if (mServing) {
-        mBus.unregisterObject(kObjectRoot, QDBusConnection::UnregisterTree);
-    }
-    mThread.quit();
-    mThread.wait();
-    mService.reset();
+    leave();
 }
 
 bool IBusTypingBackend::activate()
@@ -145,12 +182,24 @@ bool IBusTypingBackend::activate()
 
 void IBusTypingBackend::typeText(const QString& text)
 {
-    if (!isAvailable() || !activate()) {
+    if (!joined() || !activate()) {
         return;
     }
     settleForwardedKeys();
     flushDeletes();
-    change([this, &text] { mService->commitText(text); });
+    bool sent = false;
+    change([this, &text, &sent] { sent = mService->commitText(text); });
+    if (!sent && !mBus.isConnected()) {
+        // A commit is one message: unsent, none of it was typed, so typing it again doubles nothing.
+        qCWarning(lcWayland)
+            << "ibus-daemon went away while typing: typing the text again on the one running now";
+        if (joined() && activate()) {
+            change([this, &text, &sent] { sent = mService->commitText(text); });
+        }
+    }
+    if (!sent) {
+        qCWarning(lcWayland) << "text not typed, ibus did not take it:" << text.size() << "characters";
+    }
     mSwitch.scheduleRestore();
 }
 
@@ -214,7 +263,7 @@ void IBusTypingBackend::sendKey(unsigned long keysym, bool down)
         mModifiers = down ? (mModifiers | modifier) : (mModifiers & ~modifier);
         return;
     }
-    if (!isAvailable() || !activate()) {
+    if (!joined() || !activate()) {
         return;
     }
     if (keysym == XK_BackSpace && mModifiers == 0 && mService->focusedTakesDeletes()) {

@@ -28,6 +28,10 @@ class IBusEngineService;
 // forwarded keys as input events but takes committed text at once, so text right after a
 // forwarded key waits a moment: it would otherwise land before the key (Ctrl+A, then text).
 //
+// ibus-daemon may be started again under us (GNOME does once Xwayland is up, as does
+// `ibus restart`): our engine goes with the old daemon, so typing first joins the daemon running
+// now if our connection is gone.
+//
 // Like the virtual keyboard, it cannot tell which window has the focus, its class or its caret.
 // Main thread only; the engines answer the daemon on a thread of their own.
 class IBusTypingBackend : public InputBackend {
@@ -60,6 +64,11 @@ public:
     void shutDown() override;
 
 private:
+    // Serves our engine on mBus and registers it with the daemon there.
+    void join();
+    void leave();
+    // False if typing is off; joins the daemon running now if ours went away.
+    bool joined();
     // Our engine on the focused field; false (and a warning) if it did not get there.
     bool activate();
     void settleForwardedKeys();
@@ -74,6 +83,7 @@ private:
     std::unique_ptr<IBusEngineService> mService;
     InputMethodSwitch mSwitch;
     QString mUnavailable;
+    bool mShutDown = false;
     bool mServing = false;        // our objects are on the bus: only then are they taken off
     unsigned int mModifiers = 0;  // held through sendKey, in ibus's modifier bits
     QElapsedTimer mSinceForward;  // valid after a forwarded key
