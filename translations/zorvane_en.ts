@@ -406,7 +406,7 @@
     </message>
     <message>
         <source>翻译错误!</source>
-        <translation>Translation failed!</translation>
+        <translation>Failed!</translation>
     </message>
 </context>
 <context>

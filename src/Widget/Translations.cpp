@@ -45,6 +45,10 @@ void Translations::bindChoice(QComboBox* box)
 QString Translations::install(int choice)
 {
     const QString language = languageFor(choice, QLocale::system().uiLanguages());
+    // Pictures with words in them come in the interface's language too: resources are chosen by
+    // the default locale, which would otherwise follow the system's, not the user's choice.
+    QLocale::setDefault(language == QLatin1String("zh") ? QLocale(QLocale::Chinese, QLocale::China)
+                                                        : QLocale(QLocale::English, QLocale::UnitedStates));
     if (language == QLatin1String("zh")) {
         return language;  // the source texts
     }
@@ -53,6 +57,7 @@ QString Translations::install(int choice)
     if (!translator->load(QStringLiteral(":/translations/zorvane_") + language + QStringLiteral(".qm"))) {
         qCWarning(lcApp) << "no translation for" << language << "- the windows stay in Chinese";
         delete translator;
+        QLocale::setDefault(QLocale(QLocale::Chinese, QLocale::China));
         return QStringLiteral("zh");
     }
     QCoreApplication::installTranslator(translator);

@@ -2,6 +2,7 @@
 #include "Widget/Translations.h"
 
 #include <QApplication>
+#include <QFile>
 #include <QMainWindow>
 #include <QProcess>
 #include <QPushButton>
@@ -10,7 +11,7 @@
 namespace {
 
 // The child: the console's widgets built after the program's translation step, as main() does;
-// prints the texts of two navigation buttons.
+// prints the texts of two navigation buttons and the words drawn in the dictation panel's badge.
 int printConsoleTexts(int argc, char** argv)
 {
     QApplication app(argc, argv);
@@ -18,7 +19,12 @@ int printConsoleTexts(int argc, char** argv)
     QMainWindow window;
     Ui_MainWindow ui;
     ui.setupUi(&window);
-    QTextStream(stdout) << ui.navButtons[0]->text() << '|' << ui.navButtons[2]->text() << Qt::endl;
+    QFile badge(QStringLiteral(":/zh_res/res_1080/Input/dictation_text0001.png"));
+    badge.open(QIODevice::ReadOnly);
+    const QString drawn =
+        QString::fromUtf8(badge.readAll()).section(QLatin1Char('>'), -3, -3).section(QLatin1Char('<'), 0, 0);
+    QTextStream(stdout) << ui.navButtons[0]->text() << '|' << ui.navButtons[2]->text() << '|' << drawn
+                        << Qt::endl;
     return 0;
 }
 
@@ -70,11 +76,13 @@ private slots:
         QTest::addColumn<QString>("lang");
         QTest::addColumn<int>("choice");
         QTest::addColumn<QString>("texts");
-        QTest::newRow("en_US") << QStringLiteral("en_US.UTF-8") << 0 << QStringLiteral("Home|Settings");
-        QTest::newRow("zh_CN") << QStringLiteral("zh_CN.UTF-8") << 0 << QStringLiteral("首页|应用设置");
-        QTest::newRow("C") << QStringLiteral("C.UTF-8") << 0 << QStringLiteral("首页|应用设置");
-        QTest::newRow("zh_CN, English chosen")
-            << QStringLiteral("zh_CN.UTF-8") << 2 << QStringLiteral("Home|Settings");
+        const QString english = QStringLiteral("Home|Settings|Mandarin · S");
+        const QString chinese = QStringLiteral("首页|应用设置|普通话·简");
+        QTest::newRow("en_US") << QStringLiteral("en_US.UTF-8") << 0 << english;
+        QTest::newRow("zh_CN") << QStringLiteral("zh_CN.UTF-8") << 0 << chinese;
+        QTest::newRow("C") << QStringLiteral("C.UTF-8") << 0 << chinese;
+        QTest::newRow("zh_CN, English chosen") << QStringLiteral("zh_CN.UTF-8") << 2 << english;
+        QTest::newRow("en_US, Chinese chosen") << QStringLiteral("en_US.UTF-8") << 1 << chinese;
     }
     void consoleComesUpInTheLocalesLanguage()
     {

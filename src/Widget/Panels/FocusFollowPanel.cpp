@@ -1,5 +1,6 @@
 #include "Widget/Panels/FocusFollowPanel.h"
 
+#include "Utils/LanguageTables.h"
 #include "Widget/Common/Pictures.h"
 #include "Widget/Common/WindowLook.h"
 #include "Widget/Panels/LevelAnimation.h"
@@ -507,22 +508,22 @@ void FocusFollowPanel::setDictationTextLanguageName(QString name)
 
 void FocusFollowPanel::setTranslateTextSourceLanguageName(QString name)
 {
-    mSourceLanguage[0]->setText(name);
+    mSourceLanguage[0]->setText(LanguageTables::shown(name.toUtf8().constData()));
 }
 
 void FocusFollowPanel::setTranslateTextTargetLanguageName(QString name)
 {
-    mTargetLanguage[0]->setText(name);
+    mTargetLanguage[0]->setText(LanguageTables::shown(name.toUtf8().constData()));
 }
 
 void FocusFollowPanel::setInitTranslateSrcLanguage(QString name)
 {
-    mSourceLanguage[1]->setText(name);
+    mSourceLanguage[1]->setText(LanguageTables::shown(name.toUtf8().constData()));
 }
 
 void FocusFollowPanel::setInitTranslateDstLanguage(QString name)
 {
-    mTargetLanguage[1]->setText(name);
+    mTargetLanguage[1]->setText(LanguageTables::shown(name.toUtf8().constData()));
 }
 
 bool FocusFollowPanel::isVoiceTranslateTextNull()
