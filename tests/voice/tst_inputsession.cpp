@@ -230,7 +230,6 @@ void TestInputSession::singleKeyShortPressAbandonsRecognition()
     presenter()->onKeyEvent(6, 0);
     QVERIFY(view().calls.contains(QStringLiteral("toHideNoFocusView()")));
     QVERIFY(presenter()->timer(P::TimerSingleKeyStop).isActive());
-    QCOMPARE(presenter()->timer(P::TimerSingleKeyStop).interval(), 800);
     // Unclaimed: results before the gesture are dropped, and the expiry stops the engine.
     emit mRig->baidu->signalResult(QStringLiteral("迟到"));
     expire(P::TimerSingleKeyStop);
@@ -349,7 +348,6 @@ void TestInputSession::volumeTimersRunOnlyWithWork()
     QVERIFY(!presenter()->timer(P::TimerUpdateVolume).isActive());
     presenter()->onKeyEvent(5, 1);
     QVERIFY(presenter()->timer(P::TimerUpdateVolume).isActive());
-    QCOMPARE(presenter()->timer(P::TimerUpdateVolume).interval(), 40);
     presenter()->onRecVolume(7);
     presenter()->onUpdateVolume();
     QCOMPARE(view().calls.last(), QStringLiteral("changeVolume(7)"));
