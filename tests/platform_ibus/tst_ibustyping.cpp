@@ -16,23 +16,21 @@
 
 namespace {
 
-// The GTK 3 receiver. Under GNOME Shell a native Wayland client, whose input method is the
-// shell's (text-input); on X11 with the ibus module.
-class GtkClient : public GtkReceiver {
-public:
-    GtkClient()
+// The GTK receivers. Under GNOME Shell native Wayland clients, whose input method is the
+// shell's (text-input); on X11 GTK 3 with the ibus module.
+std::unique_ptr<GtkReceiver> startReceiver(const QString& toolkit = QStringLiteral("GTK 3"))
+{
 #ifdef GNOME_SHELL_SESSION
-        : GtkReceiver(QStringLiteral(GTK_RECEIVER),
-                      {{ QStringLiteral("GDK_BACKEND"),
-                         QStringLiteral("wayland") }})
+    return waylandReceiver(toolkit, toolkit == QLatin1String("GTK 4") ? QStringLiteral(GTK4_RECEIVER)
+                                                                      : QStringLiteral(GTK_RECEIVER));
 #else
-        : GtkReceiver(QStringLiteral(GTK_RECEIVER),
-                      {{QStringLiteral("GTK_IM_MODULE"), QStringLiteral("ibus")},
-                       {QStringLiteral("GDK_BACKEND"), QStringLiteral("x11")}})
+    Q_UNUSED(toolkit)
+    return std::make_unique<GtkReceiver>(
+        QStringLiteral(GTK_RECEIVER),
+        QMap<QString, QString>{{QStringLiteral("GTK_IM_MODULE"), QStringLiteral("ibus")},
+                               {QStringLiteral("GDK_BACKEND"), QStringLiteral("x11")}});
 #endif
-    {
-    }
-};
+}
 
 QDBusMessage callIbus(const QString& method, const QVariantList& arguments)
 {
@@ -61,6 +59,7 @@ private slots:
     void initTestCase();
     void cleanupTestCase();
     void waylandSessionTypesThroughOurEngine();
+    void dictationArrivesExactlyAndPinyinComesBack_data();
     void dictationArrivesExactlyAndPinyinComesBack();
     void textArrivesAfterIbusRestarts();
 
@@ -172,9 +171,20 @@ void TestIBusTyping::waylandSessionTypesThroughOurEngine()
     QCOMPARE(fields.value(7), QStringLiteral("default"));  // the user's keyboard layout stays
 }
 
+void TestIBusTyping::dictationArrivesExactlyAndPinyinComesBack_data()
+{
+    QTest::addColumn<QString>("toolkit");
+    QTest::newRow("GTK 3") << QStringLiteral("GTK 3");
+#ifdef GNOME_SHELL_SESSION
+    QTest::newRow("GTK 4") << QStringLiteral("GTK 4");  // the shell's text-input v3
+#endif
+}
+
 void TestIBusTyping::dictationArrivesExactlyAndPinyinComesBack()
 {
-    GtkClient receiver;
+    QFETCH(QString, toolkit);
+    const std::unique_ptr<GtkReceiver> client = startReceiver(toolkit);
+    GtkReceiver& receiver = *client;
     QVERIFY(receiver.waitReady());
     QTRY_COMPARE_WITH_TIMEOUT(currentEngine(), QStringLiteral("libpinyin"), 10000);
     IBusTypingBackend backend;
@@ -204,6 +214,9 @@ void TestIBusTyping::dictationArrivesExactlyAndPinyinComesBack()
             win->backspace();
         }
         win->sendInput(tail);
+        // The shell hands ibus a text-input v3 field's caret in bytes but turns our deletion
+        // from characters into bytes itself: counted in bytes, too much is deleted.
+        QEXPECT_FAIL("GTK 4", "IBusTypingBackend deletes by bytes in a text-input v3 field", Abort);
         QCOMPARE(receiver.text(head + tail), head + tail);
         latencies << clock.elapsed();
     }
@@ -236,7 +249,8 @@ void TestIBusTyping::textArrivesAfterIbusRestarts()
     // The suite sees the shell's address file under another config folder than the shell writes.
     QSKIP("the shell's restarted ibus-daemon cannot be found from here");
 #else
-    GtkClient receiver;
+    const std::unique_ptr<GtkReceiver> client = startReceiver();
+    GtkReceiver& receiver = *client;
     QVERIFY(receiver.waitReady());
     IBusTypingBackend backend;
     QVERIFY2(backend.isAvailable(), qPrintable(backend.unavailableReason()));
