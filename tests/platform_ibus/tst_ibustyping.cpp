@@ -14,15 +14,27 @@
 
 #include <algorithm>
 
+// In a compositor's own session (GNOME Shell, KWin) the suite does not pose as a Wayland one.
+#if defined(GNOME_SHELL_SESSION) || defined(KWIN_SESSION)
+#define COMPOSITOR_SESSION
+#endif
+
 namespace {
 
-// The GTK receivers. Under GNOME Shell native Wayland clients, whose input method is the
-// shell's (text-input); on X11 GTK 3 with the ibus module.
+// The receivers. Under GNOME Shell native Wayland clients, whose input method is the shell's
+// (text-input); under KWin native Wayland clients with the ibus input modules, as a session set
+// up for ibus starts them (im-config); on X11 GTK 3 with the ibus module.
 std::unique_ptr<GtkReceiver> startReceiver(const QString& toolkit = QStringLiteral("GTK 3"))
 {
 #ifdef GNOME_SHELL_SESSION
     return waylandReceiver(toolkit, toolkit == QLatin1String("GTK 4") ? QStringLiteral(GTK4_RECEIVER)
                                                                       : QStringLiteral(GTK_RECEIVER));
+#elif defined(KWIN_SESSION)
+    return waylandReceiver(
+        toolkit,
+        toolkit == QLatin1String("Qt 5") ? QStringLiteral(TYPING_RECEIVER) : QStringLiteral(GTK_RECEIVER),
+        {{QStringLiteral("GTK_IM_MODULE"), QStringLiteral("ibus")},
+         {QStringLiteral("QT_IM_MODULE"), QStringLiteral("ibus")}});
 #else
     Q_UNUSED(toolkit)
     return std::make_unique<GtkReceiver>(
@@ -129,7 +141,7 @@ void TestIBusTyping::cleanupTestCase()
 // describes it with the fields we wrote, read back in its own layout.
 void TestIBusTyping::waylandSessionTypesThroughOurEngine()
 {
-#ifndef GNOME_SHELL_SESSION
+#ifndef COMPOSITOR_SESSION
     qputenv("XDG_SESSION_TYPE", "wayland");
     qputenv("WAYLAND_DISPLAY", "zvib-none");
 #endif
@@ -137,7 +149,7 @@ void TestIBusTyping::waylandSessionTypesThroughOurEngine()
     // A second one in the process (WinUtils' own default) stays off and, going, leaves the
     // first one's engine serving.
     QVERIFY(!IBusTypingBackend().isAvailable());
-#ifndef GNOME_SHELL_SESSION
+#ifndef COMPOSITOR_SESSION
     qunsetenv("XDG_SESSION_TYPE");
     qunsetenv("WAYLAND_DISPLAY");
 #endif
@@ -177,6 +189,8 @@ void TestIBusTyping::dictationArrivesExactlyAndPinyinComesBack_data()
     QTest::newRow("GTK 3") << QStringLiteral("GTK 3");
 #ifdef GNOME_SHELL_SESSION
     QTest::newRow("GTK 4") << QStringLiteral("GTK 4");  // the shell's text-input v3
+#elif defined(KWIN_SESSION)
+    QTest::newRow("Qt 5") << QStringLiteral("Qt 5");
 #endif
 }
 
@@ -198,7 +212,7 @@ void TestIBusTyping::dictationArrivesExactlyAndPinyinComesBack()
     for (const QString& piece : pieces(text, 20)) {
         win->sendInput(piece);
     }
-    QCOMPARE(receiver.text(text, 15000), text);
+    QCOMPARE(receiver.text(text, 30000), text);
     qInfo("1000 characters in %lld ms, until all had arrived", clock.elapsed());
 
     // The last 20 characters rewritten, again and again, as a recogniser revises its partial
@@ -214,9 +228,12 @@ void TestIBusTyping::dictationArrivesExactlyAndPinyinComesBack()
             win->backspace();
         }
         win->sendInput(tail);
-        // The shell hands ibus a text-input v3 field's caret in bytes but turns our deletion
-        // from characters into bytes itself: counted in bytes, too much is deleted.
+        // A caret past the text's last character is taken for a field that counts bytes. GNOME
+        // Shell hands ibus a text-input v3 field's caret in bytes but turns our deletion from
+        // characters into bytes itself; Qt's ibus module reports and deletes in UTF-16 units.
+        // Counted in bytes, too much is deleted in both.
         QEXPECT_FAIL("GTK 4", "IBusTypingBackend deletes by bytes in a text-input v3 field", Abort);
+        QEXPECT_FAIL("Qt 5", "IBusTypingBackend deletes by bytes in a Qt field", Abort);
         QCOMPARE(receiver.text(head + tail), head + tail);
         latencies << clock.elapsed();
     }

@@ -67,21 +67,22 @@ protected:
 };
 
 // A receiver as a native Wayland client: "GTK 3" (gtk_receiver), "GTK 4" (gtk4_receiver.py,
-// run by Debian's own python3, which has the GTK 4 bindings) or "Qt 5" (typing_receiver).
-inline std::unique_ptr<GtkReceiver> waylandReceiver(const QString& toolkit, const QString& program)
+// run by Debian's own python3, which has the GTK 4 bindings) or "Qt 5" (typing_receiver), with
+// the variables given besides.
+inline std::unique_ptr<GtkReceiver> waylandReceiver(const QString& toolkit, const QString& program,
+                                                    QMap<QString, QString> variables = {})
 {
+    QStringList arguments;
     if (toolkit == QLatin1String("GTK 4")) {
+        arguments << program;
         // Drawn without GL: the headless compositors have no GPU.
-        return std::make_unique<GtkReceiver>(
-            QStringLiteral("/usr/bin/python3"),
-            QMap<QString, QString>{{QStringLiteral("GDK_BACKEND"), QStringLiteral("wayland")},
-                                   {QStringLiteral("GSK_RENDERER"), QStringLiteral("cairo")}},
-            QStringList{program});
+        variables.insert(QStringLiteral("GSK_RENDERER"), QStringLiteral("cairo"));
     }
     if (toolkit == QLatin1String("Qt 5")) {
-        return std::make_unique<GtkReceiver>(
-            program, QMap<QString, QString>{{QStringLiteral("QT_QPA_PLATFORM"), QStringLiteral("wayland")}});
+        variables.insert(QStringLiteral("QT_QPA_PLATFORM"), QStringLiteral("wayland"));
+    } else {
+        variables.insert(QStringLiteral("GDK_BACKEND"), QStringLiteral("wayland"));
     }
-    return std::make_unique<GtkReceiver>(
-        program, QMap<QString, QString>{{QStringLiteral("GDK_BACKEND"), QStringLiteral("wayland")}});
+    return std::make_unique<GtkReceiver>(arguments.isEmpty() ? program : QStringLiteral("/usr/bin/python3"),
+                                         variables, arguments);
 }
