@@ -14,25 +14,35 @@
 
 #include <algorithm>
 
+// In a compositor's own session (GNOME Shell, KWin) the suite does not pose as a Wayland one.
+#if defined(GNOME_SHELL_SESSION) || defined(KWIN_SESSION)
+#define COMPOSITOR_SESSION
+#endif
+
 namespace {
 
-// The GTK 3 receiver. Under GNOME Shell a native Wayland client, whose input method is the
-// shell's (text-input); on X11 with the ibus module.
-class GtkClient : public GtkReceiver {
-public:
-    GtkClient()
+// The receivers. Under GNOME Shell native Wayland clients, whose input method is the shell's
+// (text-input); under KWin native Wayland clients with the ibus input modules, as a session set
+// up for ibus starts them (im-config); on X11 GTK 3 with the ibus module.
+std::unique_ptr<GtkReceiver> startReceiver(const QString& toolkit = QStringLiteral("GTK 3"))
+{
 #ifdef GNOME_SHELL_SESSION
-        : GtkReceiver(QStringLiteral(GTK_RECEIVER),
-                      {{ QStringLiteral("GDK_BACKEND"),
-                         QStringLiteral("wayland") }})
+    return waylandReceiver(toolkit, toolkit == QLatin1String("GTK 4") ? QStringLiteral(GTK4_RECEIVER)
+                                                                      : QStringLiteral(GTK_RECEIVER));
+#elif defined(KWIN_SESSION)
+    return waylandReceiver(
+        toolkit,
+        toolkit == QLatin1String("Qt 5") ? QStringLiteral(TYPING_RECEIVER) : QStringLiteral(GTK_RECEIVER),
+        {{QStringLiteral("GTK_IM_MODULE"), QStringLiteral("ibus")},
+         {QStringLiteral("QT_IM_MODULE"), QStringLiteral("ibus")}});
 #else
-        : GtkReceiver(QStringLiteral(GTK_RECEIVER),
-                      {{QStringLiteral("GTK_IM_MODULE"), QStringLiteral("ibus")},
-                       {QStringLiteral("GDK_BACKEND"), QStringLiteral("x11")}})
+    Q_UNUSED(toolkit)
+    return std::make_unique<GtkReceiver>(
+        QStringLiteral(GTK_RECEIVER),
+        QMap<QString, QString>{{QStringLiteral("GTK_IM_MODULE"), QStringLiteral("ibus")},
+                               {QStringLiteral("GDK_BACKEND"), QStringLiteral("x11")}});
 #endif
-    {
-    }
-};
+}
 
 QDBusMessage callIbus(const QString& method, const QVariantList& arguments)
 {
@@ -61,6 +71,7 @@ private slots:
     void initTestCase();
     void cleanupTestCase();
     void waylandSessionTypesThroughOurEngine();
+    void dictationArrivesExactlyAndPinyinComesBack_data();
     void dictationArrivesExactlyAndPinyinComesBack();
     void textArrivesAfterIbusRestarts();
 
@@ -130,7 +141,7 @@ void TestIBusTyping::cleanupTestCase()
 // describes it with the fields we wrote, read back in its own layout.
 void TestIBusTyping::waylandSessionTypesThroughOurEngine()
 {
-#ifndef GNOME_SHELL_SESSION
+#ifndef COMPOSITOR_SESSION
     qputenv("XDG_SESSION_TYPE", "wayland");
     qputenv("WAYLAND_DISPLAY", "zvib-none");
 #endif
@@ -138,7 +149,7 @@ void TestIBusTyping::waylandSessionTypesThroughOurEngine()
     // A second one in the process (WinUtils' own default) stays off and, going, leaves the
     // first one's engine serving.
     QVERIFY(!IBusTypingBackend().isAvailable());
-#ifndef GNOME_SHELL_SESSION
+#ifndef COMPOSITOR_SESSION
     qunsetenv("XDG_SESSION_TYPE");
     qunsetenv("WAYLAND_DISPLAY");
 #endif
@@ -172,9 +183,22 @@ void TestIBusTyping::waylandSessionTypesThroughOurEngine()
     QCOMPARE(fields.value(7), QStringLiteral("default"));  // the user's keyboard layout stays
 }
 
+void TestIBusTyping::dictationArrivesExactlyAndPinyinComesBack_data()
+{
+    QTest::addColumn<QString>("toolkit");
+    QTest::newRow("GTK 3") << QStringLiteral("GTK 3");
+#ifdef GNOME_SHELL_SESSION
+    QTest::newRow("GTK 4") << QStringLiteral("GTK 4");  // the shell's text-input v3
+#elif defined(KWIN_SESSION)
+    QTest::newRow("Qt 5") << QStringLiteral("Qt 5");
+#endif
+}
+
 void TestIBusTyping::dictationArrivesExactlyAndPinyinComesBack()
 {
-    GtkClient receiver;
+    QFETCH(QString, toolkit);
+    const std::unique_ptr<GtkReceiver> client = startReceiver(toolkit);
+    GtkReceiver& receiver = *client;
     QVERIFY(receiver.waitReady());
     QTRY_COMPARE_WITH_TIMEOUT(currentEngine(), QStringLiteral("libpinyin"), 10000);
     IBusTypingBackend backend;
@@ -188,7 +212,7 @@ void TestIBusTyping::dictationArrivesExactlyAndPinyinComesBack()
     for (const QString& piece : pieces(text, 20)) {
         win->sendInput(piece);
     }
-    QCOMPARE(receiver.text(text, 15000), text);
+    QCOMPARE(receiver.text(text, 30000), text);
     qInfo("1000 characters in %lld ms, until all had arrived", clock.elapsed());
 
     // The last 20 characters rewritten, again and again, as a recogniser revises its partial
@@ -204,6 +228,12 @@ void TestIBusTyping::dictationArrivesExactlyAndPinyinComesBack()
             win->backspace();
         }
         win->sendInput(tail);
+        // A caret past the text's last character is taken for a field that counts bytes. GNOME
+        // Shell hands ibus a text-input v3 field's caret in bytes but turns our deletion from
+        // characters into bytes itself; Qt's ibus module reports and deletes in UTF-16 units.
+        // Counted in bytes, too much is deleted in both.
+        QEXPECT_FAIL("GTK 4", "IBusTypingBackend deletes by bytes in a text-input v3 field", Abort);
+        QEXPECT_FAIL("Qt 5", "IBusTypingBackend deletes by bytes in a Qt field", Abort);
         QCOMPARE(receiver.text(head + tail), head + tail);
         latencies << clock.elapsed();
     }
@@ -236,7 +266,8 @@ void TestIBusTyping::textArrivesAfterIbusRestarts()
     // The suite sees the shell's address file under another config folder than the shell writes.
     QSKIP("the shell's restarted ibus-daemon cannot be found from here");
 #else
-    GtkClient receiver;
+    const std::unique_ptr<GtkReceiver> client = startReceiver();
+    GtkReceiver& receiver = *client;
     QVERIFY(receiver.waitReady());
     IBusTypingBackend backend;
     QVERIFY2(backend.isAvailable(), qPrintable(backend.unavailableReason()));

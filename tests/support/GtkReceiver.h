@@ -6,12 +6,17 @@
 #include <QProcess>
 #include <QtTest>
 
-// The X11 suites' GTK 3 text view (tests/platform_x11/gtk_receiver) as a child process, with
-// the variables given (its GDK backend, its input module): "ready" once its view has the
-// keyboard, "get" for its text.
+#include <memory>
+
+// A receiving window as a child process, with the variables and arguments given (its GDK or Qt
+// backend, its input module): the X11 suites' GTK 3 text view (tests/platform_x11/gtk_receiver),
+// its Qt line edit (typing_receiver) or the GTK 4 view (tests/support/gtk4_receiver.py), which
+// speak the same lines: "ready" once the view has the keyboard, "get" for its text. Other
+// receivers say when they are ready and what they hold in their own way.
 class GtkReceiver {
 public:
-    GtkReceiver(const QString& program, const QMap<QString, QString>& variables)
+    GtkReceiver(const QString& program, const QMap<QString, QString>& variables,
+                const QStringList& arguments = QStringList())
     {
         QProcessEnvironment env = QProcessEnvironment::systemEnvironment();
         for (auto it = variables.cbegin(); it != variables.cend(); ++it) {
@@ -19,9 +24,9 @@ public:
         }
         mProcess.setProcessEnvironment(env);
         mProcess.setProcessChannelMode(QProcess::ForwardedErrorChannel);
-        mProcess.start(program, QStringList());
+        mProcess.start(program, arguments);
     }
-    ~GtkReceiver()
+    virtual ~GtkReceiver()
     {
         mProcess.write("quit\n");
         if (!mProcess.waitForFinished(2000)) {
@@ -29,7 +34,7 @@ public:
             mProcess.waitForFinished();
         }
     }
-    bool waitReady(int timeoutMs = 10000)
+    virtual bool waitReady(int timeoutMs = 10000)
     {
         return readLineWithin(mProcess, timeoutMs).startsWith(QLatin1String("ready "));
     }
@@ -46,12 +51,38 @@ public:
         clock.start();
         QString last;
         do {
-            mProcess.write("get\n");
-            last = readLineWithin(mProcess, 2000).mid(5);
+            last = read();
         } while (last != expected && clock.elapsed() < timeoutMs && (QTest::qWait(5), true));
         return last;
     }
 
-private:
+protected:
+    virtual QString read()
+    {
+        mProcess.write("get\n");
+        return readLineWithin(mProcess, 2000).mid(5);
+    }
+
     QProcess mProcess;
 };
+
+// A receiver as a native Wayland client: "GTK 3" (gtk_receiver), "GTK 4" (gtk4_receiver.py,
+// run by Debian's own python3, which has the GTK 4 bindings) or "Qt 5" (typing_receiver), with
+// the variables given besides.
+inline std::unique_ptr<GtkReceiver> waylandReceiver(const QString& toolkit, const QString& program,
+                                                    QMap<QString, QString> variables = {})
+{
+    QStringList arguments;
+    if (toolkit == QLatin1String("GTK 4")) {
+        arguments << program;
+        // Drawn without GL: the headless compositors have no GPU.
+        variables.insert(QStringLiteral("GSK_RENDERER"), QStringLiteral("cairo"));
+    }
+    if (toolkit == QLatin1String("Qt 5")) {
+        variables.insert(QStringLiteral("QT_QPA_PLATFORM"), QStringLiteral("wayland"));
+    } else {
+        variables.insert(QStringLiteral("GDK_BACKEND"), QStringLiteral("wayland"));
+    }
+    return std::make_unique<GtkReceiver>(arguments.isEmpty() ? program : QStringLiteral("/usr/bin/python3"),
+                                         variables, arguments);
+}

@@ -100,7 +100,9 @@ quint32 timestamp()
 }  // namespace
 
 WaylandKeyboardBackend::WaylandKeyboardBackend(const QByteArray& socket)
-    : mKeymap(VirtualKeymap::kMaxKeys, {XK_BackSpace})
+    // BackSpace, and the keys of our own chords (Ctrl+A, C, X) from the first keymap on: GTK 3
+    // on Wayland misses a chord whose key came in a keymap sent with it.
+    : mKeymap(VirtualKeymap::kMaxKeys, {XK_BackSpace, XK_a, XK_c, XK_x})
 {
     mDisplay = wl_display_connect(socket.isEmpty() ? nullptr : socket.constData());
     if (mDisplay == nullptr) {
@@ -123,7 +125,7 @@ WaylandKeyboardBackend::WaylandKeyboardBackend(const QByteArray& socket)
     mKeyboard = zwp_virtual_keyboard_manager_v1_create_virtual_keyboard(mGlobals.manager, mGlobals.seat);
     // A keymap first (the compositor refuses modifiers and keys before one), then a clear state.
     if (sendKeymap()) {
-        sendModifiers(0);
+        sendModifiers(0, 0);
         waitUntilSent();  // an unauthorised client learns it here
     }
 }
@@ -165,9 +167,9 @@ bool WaylandKeyboardBackend::sendKeymap()
     return true;
 }
 
-void WaylandKeyboardBackend::sendModifiers(unsigned int depressed)
+void WaylandKeyboardBackend::sendModifiers(unsigned int depressed, unsigned int locked)
 {
-    zwp_virtual_keyboard_v1_modifiers(mKeyboard, depressed, 0, 0, 0);
+    zwp_virtual_keyboard_v1_modifiers(mKeyboard, depressed, 0, locked, 0);
 }
 
 void WaylandKeyboardBackend::sendKeyEvent(int key, bool down)
@@ -199,13 +201,26 @@ void WaylandKeyboardBackend::sendKey(unsigned long keysym, bool down)
     if (!isAvailable()) {
         return;
     }
-    if (const unsigned int mask = modifierMask(keysym)) {
+    if (keysym == XK_Caps_Lock) {
+        // The minimal keymap gives keys no actions: the lock is set here, as a press toggles it.
+        if (down) {
+            mLocked ^= kLockMask;
+            sendModifiers(mDepressed, mLocked);
+        }
+    } else if (const unsigned int mask = modifierMask(keysym)) {
         // A virtual keyboard's modifiers are what it says they are, not what its keys do.
         mDepressed = down ? (mDepressed | mask) : (mDepressed & ~mask);
-        sendModifiers(mDepressed);
+        sendModifiers(mDepressed, mLocked);
     } else {
-        if (mKeymap.place({keysym}) && !sendKeymap()) {
-            return;
+        if (mKeymap.place({keysym})) {
+            if (!sendKeymap()) {
+                return;
+            }
+            // A compositor starts a new keymap with nothing held or locked (wlroots does):
+            // the chord's Control would be gone.
+            if (mDepressed != 0 || mLocked != 0) {
+                sendModifiers(mDepressed, mLocked);
+            }
         }
         sendKeyEvent(mKeymap.keyFor(keysym), down);
     }
@@ -223,8 +238,9 @@ void WaylandKeyboardBackend::typeText(const QString& text)
             keysyms << X11InputBackend::keysymFor(cp);
         }
     }
-    if (mDepressed != 0) {
-        sendModifiers(0);
+    // Held or locked here (a stored shortcut), a modifier would change the text.
+    if (mDepressed != 0 || mLocked != 0) {
+        sendModifiers(0, 0);
     }
     // Runs as long as the table holds at once: one keymap (if any) before each run.
     for (int start = 0; start < keysyms.size() && !mBroken;) {
@@ -239,8 +255,8 @@ void WaylandKeyboardBackend::typeText(const QString& text)
         }
         start = end;
     }
-    if (mDepressed != 0) {
-        sendModifiers(mDepressed);
+    if (mDepressed != 0 || mLocked != 0) {
+        sendModifiers(mDepressed, mLocked);
     }
     flush();
 }
@@ -269,8 +285,8 @@ void WaylandKeyboardBackend::shutDown()
     }
     if (mKeyboard != nullptr) {
         // Nothing stays held on the user's seat.
-        if (mDepressed != 0 && !mBroken) {
-            sendModifiers(0);
+        if ((mDepressed != 0 || mLocked != 0) && !mBroken) {
+            sendModifiers(0, 0);
         }
         zwp_virtual_keyboard_v1_destroy(mKeyboard);
         mKeyboard = nullptr;

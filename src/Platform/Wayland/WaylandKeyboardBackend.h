@@ -28,7 +28,9 @@ struct zwp_virtual_keyboard_v1;
 //
 // The modifier state of this keyboard is sent clear (nothing held, nothing locked) and typed
 // text is sent with it clear: the compositor gives the client the state of the keyboard a key
-// comes from, so the user's held Shift or Caps Lock on their own keyboard changes nothing.
+// comes from, so the user's held Shift or Caps Lock on their own keyboard changes nothing. Held
+// modifiers and Caps Lock sent through sendKey (stored shortcuts) are set aside while text is
+// typed and restored after it.
 //
 // What a virtual keyboard cannot tell: which window has the focus, its class and its caret.
 // focusedWindow() is 0, activeWindowClass() empty and caretPosition() (0, 0): the program then
@@ -80,7 +82,7 @@ public:
 private:
     void fail(const QString& reason);
     bool sendKeymap();
-    void sendModifiers(unsigned int depressed);
+    void sendModifiers(unsigned int depressed, unsigned int locked);
     void sendKeyEvent(int key, bool down);
     // Puts the buffered requests on the socket, waiting while the socket is full.
     void flush();
@@ -92,7 +94,9 @@ private:
     VirtualKeymap mKeymap;
     QString mUnavailable;
     bool mBroken = false;
+    static constexpr unsigned int kLockMask = 1u << 1;
     unsigned int mDepressed = 0;  // modifiers held through sendKey
+    unsigned int mLocked = 0;     // Caps Lock, locked through sendKey
     int mUnflushed = 0;
     int mKeymapCount = 0;
 };
