@@ -6,6 +6,7 @@
 // so that keycodes are reused while keys on them may still be unread.
 // Run under an X server of its own: tests/xvfb-run-test build/release/bench/typing [--smoke]
 // --smoke: short texts, checks that everything arrived, prints no table.
+// --ours: the X11 figures of ours only, without xdotool and the study (for comparing builds).
 // --wayland: the same 1000 characters and rewrites into the GTK 3 view on Wayland, through the
 // virtual keyboard, beside wtype; run under tests/sway-run-test.
 #include "BenchUtil.h"
@@ -34,6 +35,7 @@ namespace {
 
 bool gSmoke = false;
 bool gWayland = false;
+bool gOursOnly = false;
 
 // A client window in its own process: "ready WINID" once focused, "get" for its text.
 class Client {
@@ -471,6 +473,7 @@ int main(int argc, char* argv[])
     QCoreApplication app(argc, argv);
     gSmoke = app.arguments().contains(QStringLiteral("--smoke"));
     gWayland = app.arguments().contains(QStringLiteral("--wayland"));
+    gOursOnly = app.arguments().contains(QStringLiteral("--ours"));
     if (gWayland) {
         return runWayland();
     }
@@ -504,8 +507,10 @@ int main(int argc, char* argv[])
     for (const QString& kind : {QStringLiteral("qt"), QStringLiteral("gtk")}) {
         const QString name = kind == QLatin1String("qt") ? QStringLiteral("Qt") : QStringLiteral("GTK 3");
         const Outcome ours = typeOurs(kind, text, Safety::Confirmed, X11InputBackend::kMaxSpareKeycodes);
-        const Outcome slow = typeXdotool(kind, text, {}, d);
-        const Outcome fast = typeXdotool(kind, text, {QStringLiteral("--delay"), QStringLiteral("0")}, d);
+        const Outcome slow = gOursOnly ? Outcome() : typeXdotool(kind, text, {}, d);
+        const Outcome fast =
+            gOursOnly ? Outcome()
+                      : typeXdotool(kind, text, {QStringLiteral("--delay"), QStringLiteral("0")}, d);
         std::fprintf(stderr, "typing %s: ours %.3f s, %d remaps\n", qPrintable(kind), ours.seconds,
                      ours.remaps);
         Bench::row(QStringLiteral("1. 1000 mixed characters in pieces of 20, %1").arg(name), ours.text(),
@@ -515,7 +520,7 @@ int main(int argc, char* argv[])
     for (const QString& kind : {QStringLiteral("qt"), QStringLiteral("gtk")}) {
         const QString name = kind == QLatin1String("qt") ? QStringLiteral("Qt") : QStringLiteral("GTK 3");
         const Rewrites ours = rewriteOurs(kind, 30);
-        const Rewrites peer = rewriteXdotool(kind, 3, d);
+        const Rewrites peer = gOursOnly ? Rewrites() : rewriteXdotool(kind, 3, d);
         const double p95 = Bench::quantile(ours.ms, 0.95);
         Bench::row(QStringLiteral("2. Rewrite a 20-character tail, %1 (p50 / p95)").arg(name),
                    QStringLiteral("%1 / %2, %3")
@@ -525,6 +530,10 @@ int main(int argc, char* argv[])
                        .arg(Bench::ms(Bench::quantile(peer.ms, 0.5)),
                             peer.exact ? QStringLiteral("exact") : QStringLiteral("not exact")),
                    QStringLiteral("≤ 40 ms, exact"), ours.exact && p95 <= 40);
+    }
+    if (gOursOnly) {
+        XCloseDisplay(d);
+        return 0;
     }
     // What a change of the map needs: 24 spare keycodes, so that they are reused while keys
     // sent on them may be unread. 400 characters each.

@@ -245,7 +245,6 @@ bool X11InputBackend::findInKeymap(unsigned long keysym, KeyPosition* position) 
 
 void X11InputBackend::mapBatch(const QVector<unsigned long>& keysyms)
 {
-    Display* d = dpy(mDisplay);
     QSet<int> busy;
     QVector<unsigned long> missing;
     for (unsigned long keysym : keysyms) {
@@ -300,21 +299,7 @@ void X11InputBackend::mapBatch(const QVector<unsigned long>& keysyms)
     if (mustWaitFor.serial != 0 && mSafety != Safety::Unchecked) {
         waitForKeys(mustWaitFor.serial, mustWaitFor.atMs);
     }
-    // Every level, so that Shift changes nothing; neighbouring keycodes in one request, so that
-    // clients rebuild their map once for them.
-    for (auto it = changes.constBegin(); it != changes.constEnd();) {
-        const int first = it.key();
-        QVector<KeySym> syms;
-        int next = first;
-        for (; it != changes.constEnd() && it.key() == next; ++it, ++next) {
-            for (int level = 0; level < mKeysymsPerKeycode; ++level) {
-                syms.append(it.value());
-                mKeymap[(it.key() - mMinKeycode) * mKeysymsPerKeycode + level] = it.value();
-            }
-            ++mRemapCount;
-        }
-        XChangeKeyboardMapping(d, first, mKeysymsPerKeycode, syms.data(), next - first);
-    }
+    writeChanges(changes);
     // The marks go out with the change, so that a backend started after a crash of this one
     // takes these keycodes over. Marks whose keycode carries something else now are stale.
     for (auto it = changes.constBegin(); it != changes.constEnd(); ++it) {
@@ -327,6 +312,60 @@ void X11InputBackend::mapBatch(const QVector<unsigned long>& keysyms)
     if (mSafety == Safety::ConfirmedAndSettled) {
         // The old rule: the client reads the change before the next key goes out.
         waitUntilRead();
+    }
+}
+
+void X11InputBackend::writeChanges(const QMap<int, unsigned long>& changes)
+{
+    Display* d = dpy(mDisplay);
+    for (auto it = changes.constBegin(); it != changes.constEnd(); ++it) {
+        for (int level = 0; level < mKeysymsPerKeycode; ++level) {
+            mKeymap[(it.key() - mMinKeycode) * mKeysymsPerKeycode + level] = it.value();
+        }
+        ++mRemapCount;
+    }
+    // Each request that changes the map has every client fetch and rebuild its map (Qt at once),
+    // and spare keycodes lie scattered among the layout's keys: a request per keycode cost Qt
+    // more than the typing itself. So one XKB request spans the batch's first to last keycode,
+    // the layout's keys in between sent back as read (their types and every group, which a core
+    // request would not keep). The server is held from the read to the write, so that no change
+    // another client makes in between is undone.
+    XGrabServer(d);
+    bool written = false;
+    if (XkbDescPtr xkb = XkbGetMap(d, XkbKeyTypesMask | XkbKeySymsMask, XkbUseCoreKbd)) {
+        written = true;
+        for (auto it = changes.constBegin(); it != changes.constEnd() && written; ++it) {
+            // Both levels, so that Shift changes nothing.
+            int types[XkbNumKbdGroups] = {XkbTwoLevelIndex};
+            written = XkbChangeTypesOfKey(xkb, it.key(), 1, XkbGroup1Mask, types, nullptr) == Success;
+            if (written) {
+                KeySym* syms = XkbKeySymsPtr(xkb, it.key());
+                syms[0] = syms[1] = it.value();
+            }
+        }
+        if (written) {
+            XkbMapChangesRec span{};
+            span.changed = XkbKeySymsMask;
+            span.first_key_sym = static_cast<KeyCode>(changes.firstKey());
+            span.num_key_syms = static_cast<unsigned char>(changes.lastKey() - changes.firstKey() + 1);
+            written = XkbChangeMap(d, xkb, &span) != 0;
+        }
+        XkbFreeKeyboard(xkb, 0, True);
+    }
+    XUngrabServer(d);
+    XFlush(d);
+    if (written) {
+        return;
+    }
+    // Without XKB: core requests, each run of neighbouring keycodes in one.
+    for (auto it = changes.constBegin(); it != changes.constEnd();) {
+        const int first = it.key();
+        QVector<KeySym> syms;
+        int next = first;
+        for (; it != changes.constEnd() && it.key() == next; ++it, ++next) {
+            syms.insert(syms.size(), mKeysymsPerKeycode, it.value());
+        }
+        XChangeKeyboardMapping(d, first, mKeysymsPerKeycode, syms.data(), next - first);
     }
 }
 

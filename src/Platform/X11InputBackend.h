@@ -8,6 +8,7 @@
 #include <QElapsedTimer>
 #include <QHash>
 #include <QList>
+#include <QMap>
 #include <QSet>
 #include <QVector>
 
@@ -22,8 +23,9 @@ class QSocketNotifier;
 // it is still unread comes out as the new character or as nothing. The rule:
 //  - every spare keycode of the map is used and keeps its keysym, least recently used first to
 //    go, so repeated characters are typed without any change of the map;
-//  - keycodes are changed only between keys, all that a text needs at once, and a keycode whose
-//    last key the focused client may not have read yet is changed only once it has;
+//  - keycodes are changed only between keys, all that a text needs at once, in one change of
+//    the map (each change has every client rebuild its map), and a keycode whose last key the
+//    focused client may not have read yet is changed only once it has;
 //  - keycodes whose last key is known to be read go first, so that a change rarely waits.
 // "The client has read" is a _NET_WM_PING answered by the focused window (its answer comes after
 // it has handled every event before it). A ping goes out after each text without waiting for it;
@@ -121,6 +123,8 @@ private:
     bool findInKeymap(unsigned long keysym, KeyPosition* position) const;
     // Puts every keysym of the batch that has no key on a spare keycode.
     void mapBatch(const QVector<unsigned long>& keysyms);
+    // Puts the keysyms on their keycodes (keycode -> keysym) with one change of the map.
+    void writeChanges(const QMap<int, unsigned long>& changes);
     void pressKey(const KeyPosition& position);
     void keySent(int keycode);
     void restoreSpares();

@@ -262,6 +262,7 @@ private slots:
     void restartedProgramTypesExactly();
     void capsLockChangesNothing_data();
     void capsLockChangesNothing();
+    void newCharactersChangeTheMapOnce();
     void inputMethodLeavesTextAlone_data();
     void inputMethodLeavesTextAlone();
     void editingKeysInAQtField();
@@ -519,6 +520,46 @@ void TestX11Typing::capsLockChangesNothing()
     XkbStateRec state{};
     XkbGetState(mDisplay, XkbUseCoreKbd, &state);
     QVERIFY(state.locked_mods & LockMask);
+}
+
+// Each change of the keyboard map has every client fetch and rebuild its map: a text's new
+// characters go onto their keycodes, scattered among the layout's keys, in one change.
+void TestX11Typing::newCharactersChangeTheMapOnce()
+{
+    LineClient receiver(QStringLiteral(TYPING_RECEIVER));
+    QVERIFY(receiver.waitReady());
+    X11InputBackend backend;
+    WinUtils::getInstance()->setBackend(&backend);
+    int opcode = 0;
+    int xkbEvent = 0;
+    int error = 0;
+    int major = XkbMajorVersion;
+    int minor = XkbMinorVersion;
+    QVERIFY(XkbQueryExtension(mDisplay, &opcode, &xkbEvent, &error, &major, &minor));
+    XkbSelectEvents(mDisplay, XkbUseCoreKbd, XkbMapNotifyMask, XkbMapNotifyMask);
+    auto mapChanges = [&] {
+        XSync(mDisplay, False);
+        int count = 0;
+        while (XPending(mDisplay) > 0) {
+            XEvent event;
+            XNextEvent(mDisplay, &event);
+            count +=
+                event.type == xkbEvent && reinterpret_cast<XkbEvent*>(&event)->any.xkb_type == XkbMapNotify;
+        }
+        return count;
+    };
+    mapChanges();
+    // Yi syllables: no earlier case typed them, so none has a keycode yet.
+    const QString one = QStringLiteral("ꀀ");
+    const QString eight = QStringLiteral("ꀁꀂꀃꀄꀅꀆꀇꀈ");
+    WinUtils::getInstance()->sendInput(one);
+    QCOMPARE(receiver.text(one), one);
+    const int forOne = mapChanges();
+    QVERIFY(forOne > 0);
+    WinUtils::getInstance()->sendInput(eight);
+    QCOMPARE(receiver.text(one + eight), one + eight);
+    QCOMPARE(mapChanges(), forOne);
+    XkbSelectEvents(mDisplay, XkbUseCoreKbd, XkbMapNotifyMask, 0);
 }
 
 void TestX11Typing::editingKeysInAQtField()
