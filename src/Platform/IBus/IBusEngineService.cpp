@@ -55,13 +55,19 @@ IBusEngineService::Shown IBusEngineService::waitForField(const Reports& before, 
     const QDeadlineTimer textDeadline(textTimeoutMs);
     for (;;) {
         if (mReports.text > before.text && showsOurText()) {
+            // The field reports its caret a moment after its text; a change that reaches the
+            // shell in between may be lost. The caret does not move for every change.
+            const QDeadlineTimer settle(kCaretAfterTextMs);
+            while (mReports.caret == mCaretAtText && mFocusChanged.wait(&mMutex, settle)) {
+            }
             return Shown::Text;
         }
         if (!mFieldSendsText && mReports.caret > before.caret) {
+            mFieldCaretOnly = true;
             return Shown::CaretOnly;
         }
         if (mFocused.isEmpty() ||
-            !mFocusChanged.wait(&mMutex, mFieldSendsText ? textDeadline : caretDeadline)) {
+            !mFocusChanged.wait(&mMutex, mFieldCaretOnly ? caretDeadline : textDeadline)) {
             return Shown::Nothing;
         }
     }
@@ -152,7 +158,7 @@ bool IBusEngineService::handleMessage(const QDBusMessage& message, const QDBusCo
         if (member == QLatin1String("FocusIn")) {
             mFocused = path;
             mFieldHeard = false;
-            mFieldSendsText = false;
+            mFieldSendsText = mFieldCaretOnly = false;
             mDaemonsCaretDue = true;
             mBeforeCaret.clear();
             mFieldCountsBytes = false;
@@ -181,6 +187,7 @@ bool IBusEngineService::handleMessage(const QDBusMessage& message, const QDBusCo
                                                                  std::min(caret, characters.size()));
             mFieldHeard = mFieldSendsText = true;
             ++mReports.text;
+            mCaretAtText = mReports.caret;
             mFocusChanged.wakeAll();
         }
     } else if (member == QLatin1String("SetCursorLocation")) {

@@ -50,8 +50,8 @@ public:
     enum class Shown { Nothing, Text, CaretOnly };
     // Waits until the field has reported, after `before`, text before its caret that ends with
     // what we typed there last (any text if none of ours is left), or, from a field that reports
-    // no text, a caret move: for at most textTimeoutMs from a field that reports its text, else
-    // caretTimeoutMs.
+    // no text, a caret move: for at most caretTimeoutMs from a field known to report only its
+    // caret, else textTimeoutMs (a field that has not shown us its kind yet may be slow at first).
     Shown waitForField(const Reports& before, int caretTimeoutMs, int textTimeoutMs);
 
     QString introspect(const QString& path) const override;
@@ -68,9 +68,12 @@ private:
     QHash<QString, unsigned int> mCapabilities;  // per engine, as its context declared them
     int mEngines = 0;
     static constexpr int kTypedKept = 4096;
-    Reports mReports;                // from the focused field
-    bool mFieldHeard = false;        // it has reported anything since it gained our engine
-    bool mFieldSendsText = false;    // it has reported its text since then
+    Reports mReports;              // from the focused field
+    bool mFieldHeard = false;      // it has reported anything since it gained our engine
+    bool mFieldSendsText = false;  // it has reported its text since then
+    bool mFieldCaretOnly = false;  // it has shown a change by its caret alone
+    quint64 mCaretAtText = 0;      // caret reports when its text was reported last
+    static constexpr int kCaretAfterTextMs = 10;
     bool mDaemonsCaretDue = false;   // the caret ibus hands a new engine, not the field's report
     QString mBeforeCaret;            // the field's text before its caret, as it reported it last
     bool mFieldCountsBytes = false;  // its counts are UTF-8 bytes, not characters

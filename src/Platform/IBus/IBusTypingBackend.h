@@ -21,13 +21,14 @@
 // Deleting (BackSpace) asks the field to delete the characters before its caret, in order with
 // the text committed; BackSpaces in a row go as one request. GNOME Shell keeps only the last of
 // the commits (or deletions) that reach it together, so each waits until the field has shown
-// the one before (IBusEngineService); text after a deletion goes at once. A field that reports
-// its text is waited for longer (kFieldTextMs: a busy one may take its time, and a change sent
-// before it shows the last one would be lost) than one that reports only its caret. A field that cannot
-// delete on request (a terminal) gets the BackSpace key forwarded, as do other keys (Return, Ctrl+A, ...),
-// carrying the modifiers held through sendKey. A client queues forwarded keys as input events but takes
-// committed text at once, so text right after a forwarded key waits a moment: it would otherwise land before
-// the key (Ctrl+A, then text).
+// the one before (IBusEngineService); text after a deletion goes at once, since the field
+// applies a deletion first. A field that reports its text is waited for longer (kFieldTextMs:
+// a busy one may take its time, and a change sent before it shows the last one is lost) than
+// one that reports only its caret. A field that cannot delete on request (a terminal) gets the
+// BackSpace key forwarded, as do other keys (Return, Ctrl+A, ...), carrying the modifiers held
+// through sendKey. A client queues forwarded keys as input events but takes committed text at
+// once, so text right after a forwarded key waits a moment: it would otherwise land before the
+// key (Ctrl+A, then text).
 //
 // ibus-daemon may be started again under us (GNOME does once Xwayland is up, as does
 // `ibus restart`): our engine goes with the old daemon, so typing first joins the daemon running
