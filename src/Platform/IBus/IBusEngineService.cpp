@@ -57,7 +57,7 @@ IBusEngineService::Shown IBusEngineService::waitForField(const Reports& before, 
         if (mReports.text > before.text && showsOurText()) {
             // The field reports its caret a moment after its text; a change that reaches the
             // shell in between may be lost. The caret does not move for every change.
-            const QDeadlineTimer settle(kCaretAfterTextMs);
+            const QDeadlineTimer settle(std::max<qint64>(0, kCaretAfterTextMs - mSinceText.elapsed()));
             while (mReports.caret == mCaretAtText && mFocusChanged.wait(&mMutex, settle)) {
             }
             return Shown::Text;
@@ -188,6 +188,7 @@ bool IBusEngineService::handleMessage(const QDBusMessage& message, const QDBusCo
             mFieldHeard = mFieldSendsText = true;
             ++mReports.text;
             mCaretAtText = mReports.caret;
+            mSinceText.start();
             mFocusChanged.wakeAll();
         }
     } else if (member == QLatin1String("SetCursorLocation")) {

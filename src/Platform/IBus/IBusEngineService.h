@@ -2,6 +2,7 @@
 
 #include <QDBusConnection>
 #include <QDBusVirtualObject>
+#include <QElapsedTimer>
 #include <QHash>
 #include <QMutex>
 #include <QString>
@@ -73,6 +74,7 @@ private:
     bool mFieldSendsText = false;  // it has reported its text since then
     bool mFieldCaretOnly = false;  // it has shown a change by its caret alone
     quint64 mCaretAtText = 0;      // caret reports when its text was reported last
+    QElapsedTimer mSinceText;      // since then
     static constexpr int kCaretAfterTextMs = 10;
     bool mDaemonsCaretDue = false;   // the caret ibus hands a new engine, not the field's report
     QString mBeforeCaret;            // the field's text before its caret, as it reported it last
