@@ -9,8 +9,11 @@
 // --ours: the X11 figures of ours only, without xdotool and the study (for comparing builds).
 // --wayland: the same 1000 characters and rewrites into the GTK 3 view on Wayland, through the
 // virtual keyboard, beside wtype; run under tests/sway-run-test.
+// --gnome: the same through our IBus engine, the user's Pinyin active before; run under
+// tests/gnome-run-test.
 #include "BenchUtil.h"
 #include "MixedText.h"
+#include "Platform/IBus/IBusTypingBackend.h"
 #include "Platform/Wayland/WaylandKeyboardBackend.h"
 #include "Platform/X11InputBackend.h"
 #include "ProcessLines.h"
@@ -372,16 +375,10 @@ Outcome typeWtype(const QString& text)
     return arrivedAfter(client, text, clock);
 }
 
-// The revised tail, by us or by one wtype call (BackSpace ×20, then the text).
-Rewrites rewriteWayland(int count, bool wtype)
+// The time runs until the view holds the new tail (see arrivedAfter).
+Rewrites rewriteWith(Client& client, InputBackend& backend, int count, bool wtype)
 {
     Rewrites result;
-    Client client(QStringLiteral("gtk"));
-    WaylandKeyboardBackend backend;
-    if (!client.waitReady() || !backend.isAvailable()) {
-        result.exact = false;
-        return result;
-    }
     QString expected = mixedText(20, 7);
     backend.typeText(expected);
     result.exact = client.text(expected) == expected;
@@ -408,6 +405,19 @@ Rewrites rewriteWayland(int count, bool wtype)
         result.exact = result.exact && outcome.arrival.exact();
     }
     return result;
+}
+
+// The revised tail, by us or by one wtype call (BackSpace ×20, then the text).
+Rewrites rewriteWayland(int count, bool wtype)
+{
+    Rewrites result;
+    Client client(QStringLiteral("gtk"));
+    WaylandKeyboardBackend backend;
+    if (!client.waitReady() || !backend.isAvailable()) {
+        result.exact = false;
+        return result;
+    }
+    return rewriteWith(client, backend, count, wtype);
 }
 
 QString rewriteText(const Rewrites& rewrites)
@@ -453,6 +463,67 @@ int runWayland()
     return 0;
 }
 
+// GNOME Shell's Wayland: our engine, switched to from the user's Pinyin as a Chinese user has it.
+int runGnome()
+{
+    QProcess::execute(QStringLiteral("gsettings"),
+                      {QStringLiteral("set"), QStringLiteral("org.gnome.desktop.input-sources"),
+                       QStringLiteral("sources"), QStringLiteral("[('ibus', 'libpinyin'), ('xkb', 'us')]")});
+    // The shell switches ibus to it in a while: not in the middle of our typing.
+    QElapsedTimer waited;
+    waited.start();
+    QProcess engine;
+    do {
+        QThread::msleep(100);
+        engine.start(QStringLiteral("ibus"), {QStringLiteral("engine")});
+        engine.waitForFinished(3000);
+    } while (engine.readAllStandardOutput().trimmed() != "libpinyin" && waited.elapsed() < 15000);
+    IBusTypingBackend backend;
+    if (!backend.isAvailable()) {
+        std::fprintf(stderr, "typing: no ibus (%s): run it under tests/gnome-run-test\n",
+                     qPrintable(backend.unavailableReason()));
+        return 2;
+    }
+    const QString text = mixedText(gSmoke ? 300 : 1000, 14);
+    Outcome ours;
+    {
+        Client client(QStringLiteral("gtk"));
+        if (client.waitReady()) {
+            QElapsedTimer clock;
+            clock.start();
+            for (const QString& piece : pieces(text, 20)) {
+                backend.typeText(piece);
+            }
+            ours = arrivedAfter(client, text, clock);
+        } else {
+            ours.arrival.lost = text.toUcs4().size();
+        }
+    }
+    Rewrites rewrites;
+    {
+        Client client(QStringLiteral("gtk"));
+        rewrites.exact = client.waitReady();
+        if (rewrites.exact) {
+            rewrites = rewriteWith(client, backend, gSmoke ? 3 : 30, false);
+        }
+    }
+    if (gSmoke) {
+        const bool ok = ours.arrival.exact() && rewrites.exact;
+        std::printf("smoke gnome: %s; rewrite %s\n%s\n", qPrintable(ours.text()),
+                    rewrites.exact ? "exact" : "WRONG", ok ? "typing smoke: passed" : "typing smoke: FAILED");
+        return ok ? 0 : 1;
+    }
+    Bench::row(
+        QStringLiteral(
+            "1. 1000 mixed characters in pieces of 20, GTK 3 on GNOME Shell (Wayland, our IBus engine)"),
+        ours.text(), QStringLiteral("none: GNOME offers clients no other way in"), QStringLiteral("0 lost"),
+        ours.arrival.exact());
+    Bench::row(QStringLiteral("2. Rewrite a 20-character tail, GTK 3 on GNOME Shell (p50 / p95)"),
+               rewriteText(rewrites), QString(), QStringLiteral("≤ 40 ms, exact"),
+               rewrites.exact && Bench::quantile(rewrites.ms, 0.95) <= 40);
+    return 0;
+}
+
 QString safetyName(X11InputBackend::Safety safety)
 {
     switch (safety) {
@@ -474,6 +545,10 @@ int main(int argc, char* argv[])
     gSmoke = app.arguments().contains(QStringLiteral("--smoke"));
     gWayland = app.arguments().contains(QStringLiteral("--wayland"));
     gOursOnly = app.arguments().contains(QStringLiteral("--ours"));
+    if (app.arguments().contains(QStringLiteral("--gnome"))) {
+        gWayland = true;  // the client on Wayland
+        return runGnome();
+    }
     if (gWayland) {
         return runWayland();
     }

@@ -9,6 +9,7 @@
 #include <QMutexLocker>
 
 #include <algorithm>
+#include <utility>
 
 namespace {
 
@@ -22,7 +23,7 @@ bool IBusEngineService::waitForFocus(int timeoutMs)
 {
     QMutexLocker lock(&mMutex);
     QDeadlineTimer deadline(timeoutMs);
-    while (mFocused.isEmpty()) {
+    while (mFocused.isEmpty() || !mFieldHeard) {
         if (!mFocusChanged.wait(&mMutex, deadline)) {
             return !mFocused.isEmpty();
         }
@@ -30,29 +31,46 @@ bool IBusEngineService::waitForFocus(int timeoutMs)
     return true;
 }
 
-quint64 IBusEngineService::fieldReports()
+IBusEngineService::Reports IBusEngineService::fieldReports()
 {
     QMutexLocker lock(&mMutex);
-    return mFieldReports;
+    return mReports;
 }
 
-int IBusEngineService::focusIns(quint64* reportsAtFocusIn)
+bool IBusEngineService::showsOurText() const
 {
-    QMutexLocker lock(&mMutex);
-    *reportsAtFocusIn = mReportsAtFocusIn;
-    return mFocusIns;
+    // The field may report only the line the caret is on, or cut a long text short: the end of
+    // what we typed since its last line break is enough to tell our last change from the ones
+    // before it.
+    constexpr int kChecked = 16;
+    const QString ours = mTyped.mid(mTyped.lastIndexOf(QLatin1Char('\n')) + 1).right(kChecked);
+    return mBeforeCaret.endsWith(ours);
 }
 
-bool IBusEngineService::waitForFieldReport(quint64 seen, int timeoutMs)
+IBusEngineService::Shown IBusEngineService::waitForField(const Reports& before, int caretTimeoutMs,
+                                                         int textTimeoutMs)
 {
     QMutexLocker lock(&mMutex);
-    QDeadlineTimer deadline(timeoutMs);
-    while (mFieldReports <= seen) {
-        if (!mFocusChanged.wait(&mMutex, deadline)) {
-            return mFieldReports > seen;
+    const QDeadlineTimer caretDeadline(caretTimeoutMs);
+    const QDeadlineTimer textDeadline(textTimeoutMs);
+    for (;;) {
+        if (mReports.text > before.text && showsOurText()) {
+            // The field reports its caret a moment after its text; a change that reaches the
+            // shell in between may be lost. The caret does not move for every change.
+            const QDeadlineTimer settle(std::max<qint64>(0, kCaretAfterTextMs - mSinceText.elapsed()));
+            while (mReports.caret == mCaretAtText && mFocusChanged.wait(&mMutex, settle)) {
+            }
+            return Shown::Text;
+        }
+        if (!mFieldSendsText && mReports.caret > before.caret) {
+            mFieldCaretOnly = true;
+            return Shown::CaretOnly;
+        }
+        if (mFocused.isEmpty() ||
+            !mFocusChanged.wait(&mMutex, mFieldCaretOnly ? caretDeadline : textDeadline)) {
+            return Shown::Nothing;
         }
     }
-    return true;
 }
 
 bool IBusEngineService::hasFocus()
@@ -139,8 +157,10 @@ bool IBusEngineService::handleMessage(const QDBusMessage& message, const QDBusCo
         QMutexLocker lock(&mMutex);
         if (member == QLatin1String("FocusIn")) {
             mFocused = path;
-            ++mFocusIns;
-            mReportsAtFocusIn = mFieldReports;
+            mFieldHeard = false;
+            mFieldSendsText = mFieldCaretOnly = false;
+            mDaemonsCaretDue = true;
+            mBeforeCaret.clear();
             mFieldCountsBytes = false;
             mTyped.clear();
             // The text around the caret, now and after each change: the shell reports it only
@@ -157,17 +177,30 @@ bool IBusEngineService::handleMessage(const QDBusMessage& message, const QDBusCo
     } else if (member == QLatin1String("SetSurroundingText")) {
         // A caret past the text's last character: the field counts in bytes.
         const QString text = IBusSerialization::textOf(message.arguments().value(0));
-        const uint caret = message.arguments().value(1).toUInt();
+        const int caret = static_cast<int>(message.arguments().value(1).toUInt());
+        const QVector<uint> characters = text.toUcs4();
         QMutexLocker lock(&mMutex);
-        if (path == mFocused && caret > static_cast<uint>(text.toUcs4().size())) {
-            mFieldCountsBytes = true;
+        if (path == mFocused) {
+            mFieldCountsBytes = mFieldCountsBytes || caret > characters.size();
+            mBeforeCaret = mFieldCountsBytes ? QString::fromUtf8(text.toUtf8().left(caret))
+                                             : QString::fromUcs4(characters.constData(),
+                                                                 std::min(caret, characters.size()));
+            mFieldHeard = mFieldSendsText = true;
+            ++mReports.text;
+            mCaretAtText = mReports.caret;
+            mSinceText.start();
+            mFocusChanged.wakeAll();
         }
     } else if (member == QLatin1String("SetCursorLocation")) {
-        // Each change the field applies moves its caret; the daemon passes on only moves. A field
-        // that has no caret place yet reports an empty one.
+        // A field that reports no text: each change it applies moves its caret, and the daemon
+        // passes on only moves. A field that has no caret place yet reports an empty one; the
+        // daemon gives a new engine the place it knows, which may come after our first change.
         QMutexLocker lock(&mMutex);
-        if (path == mFocused && message.arguments().value(3).toInt() > 0) {
-            ++mFieldReports;
+        if (path == mFocused) {
+            mFieldHeard = true;
+            if (!std::exchange(mDaemonsCaretDue, false) && message.arguments().value(3).toInt() > 0) {
+                ++mReports.caret;
+            }
             mFocusChanged.wakeAll();
         }
     } else if (member == QLatin1String("SetCapabilities")) {

@@ -2,6 +2,7 @@
 
 #include <QDBusConnection>
 #include <QDBusVirtualObject>
+#include <QElapsedTimer>
 #include <QHash>
 #include <QMutex>
 #include <QString>
@@ -13,10 +14,11 @@
 // compose nothing: every key goes on to the application; text reaches it only when the
 // typing backend commits it, through the engine of the focused context.
 //
-// The field reports its caret place after each change it applied: the typing backend waits for
-// that report before its next change, since GNOME Shell passes on only the last of the changes
-// that reach it at once (the others are lost). We ask for the text around the caret too: from
-// it we learn whether the field counts characters or bytes.
+// The field reports the text around its caret after each change it applied (we ask for it):
+// the typing backend waits for the report that shows its last text before the caret, since
+// GNOME Shell passes on only the last of the commits that reach it at once (the others are
+// lost). A field that never reports its text is followed by its caret moves instead. From the
+// text we also learn whether the field counts characters or bytes.
 //
 // It answers the daemon on a thread of its own: the typing backend waits on the main thread
 // for the daemon's engine switch, and the daemon makes our engine during that switch. The
@@ -29,7 +31,9 @@ public:
 
     explicit IBusEngineService(const QDBusConnection& bus);
 
-    // Waits until an engine of ours has a focused input context; true if one has.
+    // Waits until an engine of ours has a focused input context and something was heard of its
+    // field (on GNOME a focus may pass through a context no field is on yet, which drops text);
+    // true if one has the focus.
     bool waitForFocus(int timeoutMs);
     bool hasFocus();
     // Whether the focused context can delete text around its caret on request.
@@ -38,18 +42,25 @@ public:
     bool commitText(const QString& text);
     bool deleteBeforeCaret(int characters);
     bool forwardKey(unsigned int keysym, unsigned int keycode, unsigned int state);
-    // How many caret moves the focused field has reported; waits until it has reported more
-    // than `seen`, for at most timeoutMs: false if it reported none.
-    quint64 fieldReports();
-    // How often a field gained our engine, and the reports count when the last one did.
-    int focusIns(quint64* reportsAtFocusIn);
-    bool waitForFieldReport(quint64 seen, int timeoutMs);
+    // How many reports the focused field has sent so far.
+    struct Reports {
+        quint64 text = 0;
+        quint64 caret = 0;
+    };
+    Reports fieldReports();
+    enum class Shown { Nothing, Text, CaretOnly };
+    // Waits until the field has reported, after `before`, text before its caret that ends with
+    // what we typed there last (any text if none of ours is left), or, from a field that reports
+    // no text, a caret move: for at most caretTimeoutMs from a field known to report only its
+    // caret, else textTimeoutMs (a field that has not shown us its kind yet may be slow at first).
+    Shown waitForField(const Reports& before, int caretTimeoutMs, int textTimeoutMs);
 
     QString introspect(const QString& path) const override;
     bool handleMessage(const QDBusMessage& message, const QDBusConnection& connection) override;
 
 private:
     bool emitOnFocused(const char* name, const QVariantList& arguments);
+    bool showsOurText() const;
 
     QDBusConnection mBus;
     QMutex mMutex;
@@ -58,9 +69,15 @@ private:
     QHash<QString, unsigned int> mCapabilities;  // per engine, as its context declared them
     int mEngines = 0;
     static constexpr int kTypedKept = 4096;
-    quint64 mFieldReports = 0;  // caret moves the focused field reported
-    int mFocusIns = 0;
-    quint64 mReportsAtFocusIn = 0;
+    Reports mReports;              // from the focused field
+    bool mFieldHeard = false;      // it has reported anything since it gained our engine
+    bool mFieldSendsText = false;  // it has reported its text since then
+    bool mFieldCaretOnly = false;  // it has shown a change by its caret alone
+    quint64 mCaretAtText = 0;      // caret reports when its text was reported last
+    QElapsedTimer mSinceText;      // since then
+    static constexpr int kCaretAfterTextMs = 10;
+    bool mDaemonsCaretDue = false;   // the caret ibus hands a new engine, not the field's report
+    QString mBeforeCaret;            // the field's text before its caret, as it reported it last
     bool mFieldCountsBytes = false;  // its counts are UTF-8 bytes, not characters
     QString mTyped;                  // what we typed into it and did not delete, the last of it
 };

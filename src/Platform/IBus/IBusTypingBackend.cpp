@@ -85,9 +85,8 @@ IBusTypingBackend::IBusTypingBackend() : mBus(InputMethodSwitch::ibusBus())
 void IBusTypingBackend::join()
 {
     mUnavailable.clear();
-    mFocusInsSeen = 0;
     mPendingDeletes = 0;
-    mSinceChange.invalidate();
+    mUnshown = mUnshownCommit = false;
     if (!mBus.isConnected()) {
         mUnavailable = QStringLiteral("no ibus-daemon reachable");
         return;
@@ -163,6 +162,7 @@ void IBusTypingBackend::shutDown()
     mShutDown = true;
     if (isAvailable()) {
         flushDeletes();
+        waitForField();
         mSwitch.finish();
     }
     mUnavailable = QStringLiteral("shut down");
@@ -188,13 +188,13 @@ void IBusTypingBackend::typeText(const QString& text)
     settleForwardedKeys();
     flushDeletes();
     bool sent = false;
-    change([this, &text, &sent] { sent = mService->commitText(text); });
+    change(true, [this, &text, &sent] { sent = mService->commitText(text); });
     if (!sent && !mBus.isConnected()) {
         // A commit is one message: unsent, none of it was typed, so typing it again doubles nothing.
         qCWarning(lcWayland)
             << "ibus-daemon went away while typing: typing the text again on the one running now";
         if (joined() && activate()) {
-            change([this, &text, &sent] { sent = mService->commitText(text); });
+            change(true, [this, &text, &sent] { sent = mService->commitText(text); });
         }
     }
     if (!sent) {
@@ -203,35 +203,40 @@ void IBusTypingBackend::typeText(const QString& text)
     mSwitch.scheduleRestore();
 }
 
-template <typename Change>
-void IBusTypingBackend::change(Change send)
+void IBusTypingBackend::waitForField()
 {
-    // A field that has just gained our engine still reports its first caret place: that report
-    // must not pass for the one of our first change.
-    quint64 reportsAtFocusIn = 0;
-    const int focusIns = mService->focusIns(&reportsAtFocusIn);
-    int waitMs = kFieldReportMs;
-    if (focusIns != mFocusInsSeen) {
-        mFocusInsSeen = focusIns;
-        mReportsBeforeChange = reportsAtFocusIn;
-        mSinceChange.start();
-        // Until it has, it takes no text either; on a loaded desktop that takes a while.
-        waitMs = kFocusTimeoutMs;
+    if (!mUnshown) {
+        return;
     }
-    if (mSinceChange.isValid()) {
-        const qint64 left = waitMs - mSinceChange.elapsed();
-        if (left > 0 && !mService->waitForFieldReport(mReportsBeforeChange, static_cast<int>(left))) {
-            qCDebug(lcWayland) << "the field did not report our last change within" << kFieldReportMs << "ms";
-        }
-        // A field may report a change in steps (caret placed, then laid out): a report that
-        // came at once may still be the one before.
+    mUnshown = mUnshownCommit = false;
+    const int elapsed = static_cast<int>(std::min<qint64>(mSinceChange.elapsed(), kFieldTextMs));
+    const IBusEngineService::Shown shown = mService->waitForField(
+        mReportsBeforeChange, std::max(0, kFieldReportMs - elapsed), kFieldTextMs - elapsed);
+    if (shown == IBusEngineService::Shown::Nothing) {
+        qCDebug(lcWayland) << "the field did not show our last change";
+    } else if (shown == IBusEngineService::Shown::CaretOnly) {
+        // A caret may be placed in steps (placed, then laid out): a move that came at once may
+        // still be the one before.
         const qint64 gap = kChangeGapMs - mSinceChange.elapsed();
         if (gap > 0) {
             QThread::msleep(static_cast<unsigned long>(gap));
         }
     }
+}
+
+template <typename Change>
+void IBusTypingBackend::change(bool commit, Change send)
+{
+    // The field applies a deletion before a commit that reaches it together with it, so text
+    // may follow a deletion at once; anything else waits until the field shows the last change.
+    if (commit ? mUnshownCommit : mUnshown) {
+        waitForField();
+    }
+    // Only a report that comes after this change can show it.
     mReportsBeforeChange = mService->fieldReports();
     send();
+    mUnshown = true;
+    mUnshownCommit = mUnshownCommit || commit;
     mSinceChange.start();
 }
 
@@ -243,7 +248,7 @@ void IBusTypingBackend::flushDeletes()
         return;
     }
     const int characters = std::exchange(mPendingDeletes, 0);
-    change([this, characters] { mService->deleteBeforeCaret(characters); });
+    change(false, [this, characters] { mService->deleteBeforeCaret(characters); });
 }
 
 void IBusTypingBackend::settleForwardedKeys()

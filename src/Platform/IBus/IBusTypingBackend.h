@@ -1,5 +1,6 @@
 #pragma once
 
+#include "Platform/IBus/IBusEngineService.h"
 #include "Platform/InputBackend.h"
 #include "Platform/InputMethodSwitch.h"
 
@@ -10,8 +11,6 @@
 
 #include <memory>
 
-class IBusEngineService;
-
 // Typing through ibus-daemon, for Wayland sessions whose compositor offers no virtual keyboard
 // (GNOME): there the text reaches native Wayland windows only through the input method the
 // desktop runs. We register an engine of our own with the user's daemon; while we type, ibus
@@ -20,13 +19,16 @@ class IBusEngineService;
 // after the last typing, as on X11 (InputMethodSwitch).
 //
 // Deleting (BackSpace) asks the field to delete the characters before its caret, in order with
-// the text committed; BackSpaces in a row go as one request. Each change waits for the field's
-// report of the one before (IBusEngineService), or kFieldReportMs without a report: GNOME Shell
-// keeps only the last of changes that reach it together. A field that cannot delete on request
-// (a terminal) gets the BackSpace key forwarded, as do
-// other keys (Return, Ctrl+A, ...), carrying the modifiers held through sendKey. A client queues
-// forwarded keys as input events but takes committed text at once, so text right after a
-// forwarded key waits a moment: it would otherwise land before the key (Ctrl+A, then text).
+// the text committed; BackSpaces in a row go as one request. GNOME Shell keeps only the last of
+// the commits (or deletions) that reach it together, so each waits until the field has shown
+// the one before (IBusEngineService); text after a deletion goes at once, since the field
+// applies a deletion first. A field that reports its text is waited for longer (kFieldTextMs:
+// a busy one may take its time, and a change sent before it shows the last one is lost) than
+// one that reports only its caret. A field that cannot delete on request (a terminal) gets the
+// BackSpace key forwarded, as do other keys (Return, Ctrl+A, ...), carrying the modifiers held
+// through sendKey. A client queues forwarded keys as input events but takes committed text at
+// once, so text right after a forwarded key waits a moment: it would otherwise land before the
+// key (Ctrl+A, then text).
 //
 // ibus-daemon may be started again under us (GNOME does once Xwayland is up, as does
 // `ibus restart`): our engine goes with the old daemon, so typing first joins the daemon running
@@ -42,6 +44,7 @@ public:
     static constexpr int kFocusTimeoutMs = 2000;
     static constexpr int kForwardSettleMs = 40;
     static constexpr int kFieldReportMs = 100;
+    static constexpr int kFieldTextMs = 1000;
     static constexpr int kChangeGapMs = 40;
 
     // Registers with the daemon of this session (InputMethodSwitch::ibusBus).
@@ -74,9 +77,11 @@ private:
     void settleForwardedKeys();
     // The deletions asked for so far, as one request.
     void flushDeletes();
-    // Sends one change once the field has reported the one before.
+    // Until the field has shown our changes sent so far.
+    void waitForField();
+    // Sends one change (a commit or a deletion) once the field can take it.
     template <typename Change>
-    void change(Change send);
+    void change(bool commit, Change send);
 
     QDBusConnection mBus;
     QThread mThread;
@@ -87,9 +92,10 @@ private:
     bool mServing = false;        // our objects are on the bus: only then are they taken off
     unsigned int mModifiers = 0;  // held through sendKey, in ibus's modifier bits
     QElapsedTimer mSinceForward;  // valid after a forwarded key
-    QElapsedTimer mSinceChange;   // valid while the field has not reported our last change
-    quint64 mReportsBeforeChange = 0;
-    int mFocusInsSeen = 0;
+    QElapsedTimer mSinceChange;   // since our last change
+    IBusEngineService::Reports mReportsBeforeChange;
+    bool mUnshown = false;        // the field has not shown our last change yet
+    bool mUnshownCommit = false;  // nor a commit among the changes since it showed one
     int mPendingDeletes = 0;
     QTimer mDeleteFlush;  // sends the deletions once the caller's run of BackSpaces is over
 };
