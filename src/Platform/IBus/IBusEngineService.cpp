@@ -14,6 +14,45 @@ namespace {
 
 const char* const kEngineInterface = "org.freedesktop.IBus.Engine";
 
+// The units a field may count its text in.
+constexpr unsigned int kCharacters = 1;
+constexpr unsigned int kUtf16 = 2;
+constexpr unsigned int kBytes = 4;
+constexpr unsigned int kUnits = kCharacters | kUtf16 | kBytes;
+// What we typed last that a report must end with: enough to tell readings apart.
+constexpr int kTypedCompared = 64;
+
+int unitsOf(const QString& text, unsigned int unit)
+{
+    return unit == kCharacters ? text.toUcs4().size() : unit == kUtf16 ? text.size() : text.toUtf8().size();
+}
+
+// The text before the caret read in `unit`; false where the caret cannot fall in that unit.
+bool textBefore(const QString& text, uint caret, unsigned int unit, QString* before)
+{
+    if (unit == kCharacters) {
+        const QVector<uint> characters = text.toUcs4();
+        if (caret > static_cast<uint>(characters.size())) {
+            return false;
+        }
+        *before = QString::fromUcs4(characters.constData(), static_cast<int>(caret));
+    } else if (unit == kUtf16) {
+        if (caret > static_cast<uint>(text.size()) ||
+            (caret < static_cast<uint>(text.size()) && text.at(static_cast<int>(caret)).isLowSurrogate())) {
+            return false;
+        }
+        *before = text.left(static_cast<int>(caret));
+    } else {
+        const QByteArray bytes = text.toUtf8();
+        if (caret > static_cast<uint>(bytes.size()) ||
+            (caret < static_cast<uint>(bytes.size()) && (bytes.at(static_cast<int>(caret)) & 0xC0) == 0x80)) {
+            return false;
+        }
+        *before = QString::fromUtf8(bytes.left(static_cast<int>(caret)));
+    }
+    return true;
+}
+
 }  // namespace
 
 IBusEngineService::IBusEngineService(const QDBusConnection& bus) : mBus(bus) {}
@@ -76,6 +115,24 @@ bool IBusEngineService::commitText(const QString& text)
     return emitOnFocused("CommitText", {QVariant::fromValue(IBusSerialization::text(text))});
 }
 
+bool IBusEngineService::deletesExactly(int characters)
+{
+    QMutexLocker lock(&mMutex);
+    const QVector<uint> typed = mTyped.toUcs4();
+    const int from = std::max(0, typed.size() - characters);
+    const QString deleted = QString::fromUcs4(typed.constData() + from, typed.size() - from);
+    // Through GNOME Shell a field that reports bytes may delete in bytes (GTK 3) or characters
+    // (GTK 4): both counts must agree. Text we did not type has no count but in characters.
+    const unsigned int deleteUnits = mReportUnits & kBytes ? mReportUnits | kCharacters : mReportUnits;
+    for (const unsigned int unit : {kUtf16, kBytes}) {
+        if ((deleteUnits & unit) &&
+            (characters > typed.size() || unitsOf(deleted, unit) != unitsOf(deleted, kCharacters))) {
+            return false;
+        }
+    }
+    return true;
+}
+
 bool IBusEngineService::deleteBeforeCaret(int characters)
 {
     int count = characters;
@@ -83,16 +140,38 @@ bool IBusEngineService::deleteBeforeCaret(int characters)
         QMutexLocker lock(&mMutex);
         const QVector<uint> typed = mTyped.toUcs4();
         const int from = std::max(0, typed.size() - characters);
-        const QString deleted = QString::fromUcs4(typed.constData() + from, typed.size() - from);
         mTyped = QString::fromUcs4(typed.constData(), from);
-        // GNOME Shell 43 hands a Wayland field's counts to ibus as the field gives them, in UTF-8
-        // bytes, and ours to the field likewise: there we count the bytes of the characters we
-        // typed last.
-        if (mFieldCountsBytes) {
-            count = deleted.toUtf8().size() + std::max(0, characters - deleted.toUcs4().size());
+        mCaretCharacters = -1;
+        // A field that reports UTF-16 units (and no other unit) deletes in them: deletesExactly
+        // let through only counts that agree otherwise.
+        if (mReportUnits == kUtf16) {
+            count = unitsOf(QString::fromUcs4(typed.constData() + from, typed.size() - from), kUtf16);
         }
     }
     return emitOnFocused("DeleteSurroundingText", {-count, static_cast<unsigned int>(count)});
+}
+
+void IBusEngineService::deletingByKeys(int characters)
+{
+    QMutexLocker lock(&mMutex);
+    const QVector<uint> typed = mTyped.toUcs4();
+    mTyped = QString::fromUcs4(typed.constData(), std::max(0, typed.size() - characters));
+    mKeysLeaveCaret = mCaretCharacters >= characters ? mCaretCharacters - characters : -1;
+    mCaretCharacters = -1;
+}
+
+bool IBusEngineService::waitForDeleted(int timeoutMs)
+{
+    QMutexLocker lock(&mMutex);
+    QDeadlineTimer deadline(timeoutMs);
+    while (mKeysLeaveCaret >= 0) {
+        if (!mFocusChanged.wait(&mMutex, deadline)) {
+            break;
+        }
+    }
+    const bool deleted = mKeysLeaveCaret < 0;
+    mKeysLeaveCaret = -1;
+    return deleted;
 }
 
 bool IBusEngineService::forwardKey(unsigned int keysym, unsigned int keycode, unsigned int state)
@@ -141,7 +220,9 @@ bool IBusEngineService::handleMessage(const QDBusMessage& message, const QDBusCo
             mFocused = path;
             ++mFocusIns;
             mReportsAtFocusIn = mFieldReports;
-            mFieldCountsBytes = false;
+            mReportUnits = kUnits;
+            mCaretCharacters = -1;
+            mKeysLeaveCaret = -1;
             mTyped.clear();
             // The text around the caret, now and after each change: the shell reports it only
             // to engines that ask.
@@ -155,12 +236,37 @@ bool IBusEngineService::handleMessage(const QDBusMessage& message, const QDBusCo
         }
         mFocusChanged.wakeAll();
     } else if (member == QLatin1String("SetSurroundingText")) {
-        // A caret past the text's last character: the field counts in bytes.
         const QString text = IBusSerialization::textOf(message.arguments().value(0));
         const uint caret = message.arguments().value(1).toUInt();
+        qCDebug(lcWayland) << "field reports caret" << caret << "anchor"
+                           << message.arguments().value(2).toUInt() << "in" << text.size()
+                           << "UTF-16 units, ending" << text.right(24);
         QMutexLocker lock(&mMutex);
-        if (path == mFocused && caret > static_cast<uint>(text.toUcs4().size())) {
-            mFieldCountsBytes = true;
+        if (path == mFocused) {
+            // The units whose reading puts the caret right after what we typed; readings that
+            // agree tell nothing apart, a contradiction makes the unit unknown again.
+            const QVector<uint> typed = mTyped.toUcs4();
+            const int from = std::max(0, typed.size() - kTypedCompared);
+            const QString last = QString::fromUcs4(typed.constData() + from, typed.size() - from);
+            unsigned int fitting = 0;
+            QString before;
+            QVector<int> carets;
+            for (const unsigned int unit : {kCharacters, kUtf16, kBytes}) {
+                if (textBefore(text, caret, unit, &before) && before.endsWith(last)) {
+                    fitting |= unit;
+                    carets << unitsOf(before, kCharacters);
+                }
+            }
+            mCaretCharacters = carets.count(carets.value(0)) == carets.size() ? carets.value(0, -1) : -1;
+            if (fitting != 0) {
+                mReportUnits = (mReportUnits & fitting) != 0 ? mReportUnits & fitting : kUnits;
+                if (mCaretCharacters == mKeysLeaveCaret) {
+                    mKeysLeaveCaret = -1;
+                    mFocusChanged.wakeAll();
+                }
+            }
+            qCDebug(lcWayland) << "readings after our text" << fitting << "units still possible"
+                               << mReportUnits;
         }
     } else if (member == QLatin1String("SetCursorLocation")) {
         // Each change the field applies moves its caret; the daemon passes on only moves. A field

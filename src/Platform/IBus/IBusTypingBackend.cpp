@@ -243,7 +243,24 @@ void IBusTypingBackend::flushDeletes()
         return;
     }
     const int characters = std::exchange(mPendingDeletes, 0);
-    change([this, characters] { mService->deleteBeforeCaret(characters); });
+    if (mService->deletesExactly(characters)) {
+        change([this, characters] { mService->deleteBeforeCaret(characters); });
+        return;
+    }
+    // The field's unit for deletions is not known for sure: BackSpace keys, one per character
+    // as on X11, and the next change only once the field shows them all applied.
+    change([this, characters] {
+        mService->deletingByKeys(characters);
+        for (int i = 0; i < characters; ++i) {
+            for (const unsigned int release : {0u, kReleaseMask}) {
+                mService->forwardKey(XK_BackSpace, keycodeOf(XK_BackSpace), release);
+            }
+        }
+    });
+    if (!mService->waitForDeleted(kFocusTimeoutMs)) {
+        qCDebug(lcWayland) << "the field did not report the caret where our BackSpace keys leave it";
+        mSinceForward.start();
+    }
 }
 
 void IBusTypingBackend::settleForwardedKeys()

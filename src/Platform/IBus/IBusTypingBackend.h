@@ -20,7 +20,8 @@ class IBusEngineService;
 // after the last typing, as on X11 (InputMethodSwitch).
 //
 // Deleting (BackSpace) asks the field to delete the characters before its caret, in order with
-// the text committed; BackSpaces in a row go as one request. Each change waits for the field's
+// the text committed; BackSpaces in a row go as one request, or as BackSpace keys where the
+// field's unit for it is not known for sure (IBusEngineService). Each change waits for the field's
 // report of the one before (IBusEngineService), or kFieldReportMs without a report: GNOME Shell
 // keeps only the last of changes that reach it together. A field that cannot delete on request
 // (a terminal) gets the BackSpace key forwarded, as do
