@@ -111,6 +111,7 @@ bool IBusEngineService::commitText(const QString& text)
     {
         QMutexLocker lock(&mMutex);
         mTyped = QString(mTyped + text).right(kTypedKept);
+        mCaretCharacters = -1;  // until the field reports where the text left it
     }
     return emitOnFocused("CommitText", {QVariant::fromValue(IBusSerialization::text(text))});
 }
@@ -238,9 +239,6 @@ bool IBusEngineService::handleMessage(const QDBusMessage& message, const QDBusCo
     } else if (member == QLatin1String("SetSurroundingText")) {
         const QString text = IBusSerialization::textOf(message.arguments().value(0));
         const uint caret = message.arguments().value(1).toUInt();
-        qCDebug(lcWayland) << "field reports caret" << caret << "anchor"
-                           << message.arguments().value(2).toUInt() << "in" << text.size()
-                           << "UTF-16 units, ending" << text.right(24);
         QMutexLocker lock(&mMutex);
         if (path == mFocused) {
             // The units whose reading puts the caret right after what we typed; readings that
@@ -265,7 +263,9 @@ bool IBusEngineService::handleMessage(const QDBusMessage& message, const QDBusCo
                     mFocusChanged.wakeAll();
                 }
             }
-            qCDebug(lcWayland) << "readings after our text" << fitting << "units still possible"
+            qCDebug(lcWayland) << "field reports caret" << caret << "anchor"
+                               << message.arguments().value(2).toUInt() << "in" << text.size()
+                               << "UTF-16 units; readings after our text" << fitting << "units still possible"
                                << mReportUnits;
         }
     } else if (member == QLatin1String("SetCursorLocation")) {
