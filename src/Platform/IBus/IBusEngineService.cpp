@@ -15,6 +15,56 @@ namespace {
 
 const char* const kEngineInterface = "org.freedesktop.IBus.Engine";
 
+// The units a field may count its text in.
+constexpr unsigned int kCharacters = 1;
+constexpr unsigned int kUtf16 = 2;
+constexpr unsigned int kBytes = 4;
+constexpr unsigned int kUnits = kCharacters | kUtf16 | kBytes;
+// What we typed last that a report must end with: enough to tell the units' readings apart.
+constexpr int kTypedCompared = 64;
+// ... and enough to tell our last change from the ones before it.
+constexpr int kTypedShown = 16;
+
+int unitsOf(const QString& text, unsigned int unit)
+{
+    return unit == kCharacters ? text.toUcs4().size() : unit == kUtf16 ? text.size() : text.toUtf8().size();
+}
+
+// The text before the caret read in `unit`; false where the caret cannot fall in that unit.
+bool textBefore(const QString& text, uint caret, unsigned int unit, QString* before)
+{
+    if (unit == kCharacters) {
+        const QVector<uint> characters = text.toUcs4();
+        if (caret > static_cast<uint>(characters.size())) {
+            return false;
+        }
+        *before = QString::fromUcs4(characters.constData(), static_cast<int>(caret));
+    } else if (unit == kUtf16) {
+        if (caret > static_cast<uint>(text.size()) ||
+            (caret < static_cast<uint>(text.size()) && text.at(static_cast<int>(caret)).isLowSurrogate())) {
+            return false;
+        }
+        *before = text.left(static_cast<int>(caret));
+    } else {
+        const QByteArray bytes = text.toUtf8();
+        if (caret > static_cast<uint>(bytes.size()) ||
+            (caret < static_cast<uint>(bytes.size()) && (bytes.at(static_cast<int>(caret)) & 0xC0) == 0x80)) {
+            return false;
+        }
+        *before = QString::fromUtf8(bytes.left(static_cast<int>(caret)));
+    }
+    return true;
+}
+
+// The last `length` characters of what we typed since its last line break: a field may report
+// only the line its caret is on.
+QString typedTail(const QString& typed, int length)
+{
+    const QVector<uint> line = typed.mid(typed.lastIndexOf(QLatin1Char('\n')) + 1).toUcs4();
+    const int from = std::max(0, line.size() - length);
+    return QString::fromUcs4(line.constData() + from, line.size() - from);
+}
+
 }  // namespace
 
 IBusEngineService::IBusEngineService(const QDBusConnection& bus) : mBus(bus) {}
@@ -39,12 +89,16 @@ IBusEngineService::Reports IBusEngineService::fieldReports()
 
 bool IBusEngineService::showsOurText() const
 {
-    // The field may report only the line the caret is on, or cut a long text short: the end of
-    // what we typed since its last line break is enough to tell our last change from the ones
-    // before it.
-    constexpr int kChecked = 16;
-    const QString ours = mTyped.mid(mTyped.lastIndexOf(QLatin1Char('\n')) + 1).right(kChecked);
-    return mBeforeCaret.endsWith(ours);
+    // The field may cut a long text short: the end of what we typed is enough.
+    const QString ours = typedTail(mTyped, kTypedShown);
+    QString before;
+    for (const unsigned int unit : {kCharacters, kUtf16, kBytes}) {
+        if ((mReportUnits & unit) && textBefore(mReportedText, mReportedCaret, unit, &before) &&
+            before.endsWith(ours)) {
+            return true;
+        }
+    }
+    return false;
 }
 
 IBusEngineService::Shown IBusEngineService::waitForField(const Reports& before, int caretTimeoutMs,
@@ -90,8 +144,27 @@ bool IBusEngineService::commitText(const QString& text)
     {
         QMutexLocker lock(&mMutex);
         mTyped = QString(mTyped + text).right(kTypedKept);
+        mCaretCharacters = -1;  // until the field reports where the text left it
     }
     return emitOnFocused("CommitText", {QVariant::fromValue(IBusSerialization::text(text))});
+}
+
+bool IBusEngineService::deletesExactly(int characters)
+{
+    QMutexLocker lock(&mMutex);
+    const QVector<uint> typed = mTyped.toUcs4();
+    const int from = std::max(0, typed.size() - characters);
+    const QString deleted = QString::fromUcs4(typed.constData() + from, typed.size() - from);
+    // Through GNOME Shell a field that reports bytes may delete in bytes (GTK 3) or characters
+    // (GTK 4): both counts must agree. Text we did not type has no count but in characters.
+    const unsigned int deleteUnits = mReportUnits & kBytes ? mReportUnits | kCharacters : mReportUnits;
+    for (const unsigned int unit : {kUtf16, kBytes}) {
+        if ((deleteUnits & unit) &&
+            (characters > typed.size() || unitsOf(deleted, unit) != unitsOf(deleted, kCharacters))) {
+            return false;
+        }
+    }
+    return true;
 }
 
 bool IBusEngineService::deleteBeforeCaret(int characters)
@@ -101,16 +174,41 @@ bool IBusEngineService::deleteBeforeCaret(int characters)
         QMutexLocker lock(&mMutex);
         const QVector<uint> typed = mTyped.toUcs4();
         const int from = std::max(0, typed.size() - characters);
-        const QString deleted = QString::fromUcs4(typed.constData() + from, typed.size() - from);
         mTyped = QString::fromUcs4(typed.constData(), from);
-        // GNOME Shell 43 hands a Wayland field's counts to ibus as the field gives them, in UTF-8
-        // bytes, and ours to the field likewise: there we count the bytes of the characters we
-        // typed last.
-        if (mFieldCountsBytes) {
-            count = deleted.toUtf8().size() + std::max(0, characters - deleted.toUcs4().size());
+        mCaretCharacters = -1;
+        // A field that reports UTF-16 units (and no other unit) deletes in them: deletesExactly
+        // let through only counts that agree otherwise.
+        if (mReportUnits == kUtf16) {
+            count = unitsOf(QString::fromUcs4(typed.constData() + from, typed.size() - from), kUtf16);
         }
     }
     return emitOnFocused("DeleteSurroundingText", {-count, static_cast<unsigned int>(count)});
+}
+
+void IBusEngineService::deletingByKeys(int characters)
+{
+    QMutexLocker lock(&mMutex);
+    const QVector<uint> typed = mTyped.toUcs4();
+    mTyped = QString::fromUcs4(typed.constData(), std::max(0, typed.size() - characters));
+    mKeysLeaveCaret = mCaretCharacters >= characters ? mCaretCharacters - characters : -1;
+    mCaretCharacters = -1;
+}
+
+bool IBusEngineService::waitForDeleted(int timeoutMs)
+{
+    QMutexLocker lock(&mMutex);
+    if (mKeysLeaveCaret < 0) {
+        return false;  // where they leave it is not known
+    }
+    QDeadlineTimer deadline(timeoutMs);
+    while (mKeysLeaveCaret >= 0) {
+        if (!mFocusChanged.wait(&mMutex, deadline)) {
+            break;
+        }
+    }
+    const bool deleted = mKeysLeaveCaret < 0;
+    mKeysLeaveCaret = -1;
+    return deleted;
 }
 
 bool IBusEngineService::forwardKey(unsigned int keysym, unsigned int keycode, unsigned int state)
@@ -160,8 +258,11 @@ bool IBusEngineService::handleMessage(const QDBusMessage& message, const QDBusCo
             mFieldHeard = false;
             mFieldSendsText = mFieldCaretOnly = false;
             mDaemonsCaretDue = true;
-            mBeforeCaret.clear();
-            mFieldCountsBytes = false;
+            mReportedText.clear();
+            mReportedCaret = 0;
+            mReportUnits = kUnits;
+            mCaretCharacters = -1;
+            mKeysLeaveCaret = -1;
             mTyped.clear();
             // The text around the caret, now and after each change: the shell reports it only
             // to engines that ask.
@@ -175,16 +276,35 @@ bool IBusEngineService::handleMessage(const QDBusMessage& message, const QDBusCo
         }
         mFocusChanged.wakeAll();
     } else if (member == QLatin1String("SetSurroundingText")) {
-        // A caret past the text's last character: the field counts in bytes.
         const QString text = IBusSerialization::textOf(message.arguments().value(0));
-        const int caret = static_cast<int>(message.arguments().value(1).toUInt());
-        const QVector<uint> characters = text.toUcs4();
+        const uint caret = message.arguments().value(1).toUInt();
         QMutexLocker lock(&mMutex);
         if (path == mFocused) {
-            mFieldCountsBytes = mFieldCountsBytes || caret > characters.size();
-            mBeforeCaret = mFieldCountsBytes ? QString::fromUtf8(text.toUtf8().left(caret))
-                                             : QString::fromUcs4(characters.constData(),
-                                                                 std::min(caret, characters.size()));
+            // The units whose reading puts the caret right after what we typed; readings that
+            // agree tell nothing apart, a contradiction makes the unit unknown again.
+            const QString ours = typedTail(mTyped, kTypedCompared);
+            unsigned int fitting = 0;
+            QString before;
+            QVector<int> carets;
+            for (const unsigned int unit : {kCharacters, kUtf16, kBytes}) {
+                if (textBefore(text, caret, unit, &before) && before.endsWith(ours)) {
+                    fitting |= unit;
+                    carets << unitsOf(before, kCharacters);
+                }
+            }
+            mCaretCharacters = carets.count(carets.value(0)) == carets.size() ? carets.value(0, -1) : -1;
+            if (fitting != 0) {
+                mReportUnits = (mReportUnits & fitting) != 0 ? mReportUnits & fitting : kUnits;
+                if (mCaretCharacters == mKeysLeaveCaret) {
+                    mKeysLeaveCaret = -1;
+                }
+            }
+            qCDebug(lcWayland) << "field reports caret" << caret << "anchor"
+                               << message.arguments().value(2).toUInt() << "in" << text.size()
+                               << "UTF-16 units; readings after our text" << fitting << "units still possible"
+                               << mReportUnits;
+            mReportedText = text;
+            mReportedCaret = caret;
             mFieldHeard = mFieldSendsText = true;
             ++mReports.text;
             mCaretAtText = mReports.caret;

@@ -17,8 +17,13 @@
 // The field reports the text around its caret after each change it applied (we ask for it):
 // the typing backend waits for the report that shows its last text before the caret, since
 // GNOME Shell passes on only the last of the commits that reach it at once (the others are
-// lost). A field that never reports its text is followed by its caret moves instead. From the
-// text we also learn whether the field counts characters or bytes.
+// lost). A field that never reports its text is followed by its caret moves instead.
+//
+// From the text we also learn the unit the field counts its caret in, as the reading that puts
+// the caret right after what we typed. Fields report and delete in different units: characters
+// (the GTK input module), UTF-16 units (Qt's), UTF-8 bytes through GNOME Shell, which deletes in
+// bytes for GTK 3 but in characters for GTK 4. Where the deletion's count is not the same in
+// every unit still possible, the field gets BackSpace keys instead: one per character, never more.
 //
 // It answers the daemon on a thread of its own: the typing backend waits on the main thread
 // for the daemon's engine switch, and the daemon makes our engine during that switch. The
@@ -40,7 +45,14 @@ public:
     bool focusedTakesDeletes();
     // Signals on the focused engine; false without one.
     bool commitText(const QString& text);
+    // Whether a request deletes exactly the last `characters` characters in the focused field.
+    bool deletesExactly(int characters);
     bool deleteBeforeCaret(int characters);
+    // The last `characters` characters go by BackSpace keys the caller forwards; waitForDeleted
+    // then waits until the field reports its caret where they leave it (false if it did not, or
+    // if that place is not known).
+    void deletingByKeys(int characters);
+    bool waitForDeleted(int timeoutMs);
     bool forwardKey(unsigned int keysym, unsigned int keycode, unsigned int state);
     // How many reports the focused field has sent so far.
     struct Reports {
@@ -76,8 +88,11 @@ private:
     quint64 mCaretAtText = 0;      // caret reports when its text was reported last
     QElapsedTimer mSinceText;      // since then
     static constexpr int kCaretAfterTextMs = 10;
-    bool mDaemonsCaretDue = false;   // the caret ibus hands a new engine, not the field's report
-    QString mBeforeCaret;            // the field's text before its caret, as it reported it last
-    bool mFieldCountsBytes = false;  // its counts are UTF-8 bytes, not characters
-    QString mTyped;                  // what we typed into it and did not delete, the last of it
+    bool mDaemonsCaretDue = false;  // the caret ibus hands a new engine, not the field's report
+    QString mReportedText;          // its text and caret, as it reported them last
+    uint mReportedCaret = 0;
+    unsigned int mReportUnits = 0;  // the units its reports may count in (all, until it showed)
+    int mCaretCharacters = -1;      // its caret in characters, from its last report after our text
+    int mKeysLeaveCaret = -1;       // where BackSpace keys we forwarded leave it; -1 once they did
+    QString mTyped;                 // what we typed into it and did not delete, the last of it
 };

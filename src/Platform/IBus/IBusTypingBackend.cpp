@@ -225,18 +225,18 @@ void IBusTypingBackend::waitForField()
 }
 
 template <typename Change>
-void IBusTypingBackend::change(bool commit, Change send)
+void IBusTypingBackend::change(bool textWaits, Change send)
 {
-    // The field applies a deletion before a commit that reaches it together with it, so text
-    // may follow a deletion at once; anything else waits until the field shows the last change.
-    if (commit ? mUnshownCommit : mUnshown) {
+    // The field applies a deletion request before a commit that reaches it together with it, so
+    // text may follow one at once; anything else waits until the field shows the last change.
+    if (textWaits ? mUnshownCommit : mUnshown) {
         waitForField();
     }
     // Only a report that comes after this change can show it.
     mReportsBeforeChange = mService->fieldReports();
     send();
     mUnshown = true;
-    mUnshownCommit = mUnshownCommit || commit;
+    mUnshownCommit = mUnshownCommit || textWaits;
     mSinceChange.start();
 }
 
@@ -248,7 +248,26 @@ void IBusTypingBackend::flushDeletes()
         return;
     }
     const int characters = std::exchange(mPendingDeletes, 0);
-    change(false, [this, characters] { mService->deleteBeforeCaret(characters); });
+    if (mService->deletesExactly(characters)) {
+        change(false, [this, characters] { mService->deleteBeforeCaret(characters); });
+        return;
+    }
+    // The field's unit for deletions is not known for sure: BackSpace keys, one per character
+    // as on X11. A client takes them after text committed at once, so what follows waits until
+    // the field shows them all applied.
+    change(true, [this, characters] {
+        mService->deletingByKeys(characters);
+        for (int i = 0; i < characters; ++i) {
+            for (const unsigned int release : {0u, kReleaseMask}) {
+                mService->forwardKey(XK_BackSpace, keycodeOf(XK_BackSpace), release);
+            }
+        }
+    });
+    // Where the field's caret is known, its report of the place they leave it is exact;
+    // otherwise the next change waits for the field's text as after any other change.
+    if (mService->waitForDeleted(kFieldTextMs)) {
+        mUnshown = mUnshownCommit = false;
+    }
 }
 
 void IBusTypingBackend::settleForwardedKeys()

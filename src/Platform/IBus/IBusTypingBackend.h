@@ -19,9 +19,10 @@
 // after the last typing, as on X11 (InputMethodSwitch).
 //
 // Deleting (BackSpace) asks the field to delete the characters before its caret, in order with
-// the text committed; BackSpaces in a row go as one request. GNOME Shell keeps only the last of
-// the commits (or deletions) that reach it together, so each waits until the field has shown
-// the one before (IBusEngineService); text after a deletion goes at once, since the field
+// the text committed; BackSpaces in a row go as one request, or as BackSpace keys where the
+// field's unit for it is not known for sure (IBusEngineService). GNOME Shell keeps only the last
+// of the commits (or deletions) that reach it together, so each waits until the field has shown
+// the one before (IBusEngineService); text after a deletion request goes at once, since the field
 // applies a deletion first. A field that reports its text is waited for longer (kFieldTextMs:
 // a busy one may take its time, and a change sent before it shows the last one is lost) than
 // one that reports only its caret. A field that cannot delete on request (a terminal) gets the
@@ -79,9 +80,10 @@ private:
     void flushDeletes();
     // Until the field has shown our changes sent so far.
     void waitForField();
-    // Sends one change (a commit or a deletion) once the field can take it.
+    // Sends one change (a commit or a deletion) once the field can take it; textWaits: text
+    // after it waits until the field shows it.
     template <typename Change>
-    void change(bool commit, Change send);
+    void change(bool textWaits, Change send);
 
     QDBusConnection mBus;
     QThread mThread;
@@ -95,7 +97,7 @@ private:
     QElapsedTimer mSinceChange;   // since our last change
     IBusEngineService::Reports mReportsBeforeChange;
     bool mUnshown = false;        // the field has not shown our last change yet
-    bool mUnshownCommit = false;  // nor a commit among the changes since it showed one
+    bool mUnshownCommit = false;  // nor a change text waits for, among those since it showed one
     int mPendingDeletes = 0;
     QTimer mDeleteFlush;  // sends the deletions once the caller's run of BackSpaces is over
 };
