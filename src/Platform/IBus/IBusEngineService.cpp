@@ -149,37 +149,64 @@ bool IBusEngineService::commitText(const QString& text)
     return emitOnFocused("CommitText", {QVariant::fromValue(IBusSerialization::text(text))});
 }
 
-bool IBusEngineService::deletesExactly(int characters)
+unsigned int IBusEngineService::deleteUnit() const
+{
+    // A field's input module deletes in the unit it reports in; through the shell a field that
+    // reports bytes may delete in bytes (GTK 3) or characters (GTK 4): learnt from a checked
+    // deletion.
+    if (mDeleteUnit != 0) {
+        return mDeleteUnit;
+    }
+    return mReportUnits == kCharacters || mReportUnits == kUtf16 ? mReportUnits : 0;
+}
+
+IBusEngineService::Deletion IBusEngineService::deletionOf(int characters)
 {
     QMutexLocker lock(&mMutex);
     const QVector<uint> typed = mTyped.toUcs4();
-    const int from = std::max(0, typed.size() - characters);
-    const QString deleted = QString::fromUcs4(typed.constData() + from, typed.size() - from);
-    // Through GNOME Shell a field that reports bytes may delete in bytes (GTK 3) or characters
-    // (GTK 4): both counts must agree. Text we did not type has no count but in characters.
-    const unsigned int deleteUnits = mReportUnits & kBytes ? mReportUnits | kCharacters : mReportUnits;
-    for (const unsigned int unit : {kUtf16, kBytes}) {
-        if ((deleteUnits & unit) &&
-            (characters > typed.size() || unitsOf(deleted, unit) != unitsOf(deleted, kCharacters))) {
-            return false;
-        }
+    const unsigned int unit = deleteUnit();
+    if (characters > typed.size()) {
+        // Text we did not type has no count but in characters.
+        return unit == kCharacters ? Deletion::Exact : Deletion::Keys;
     }
-    return true;
+    const QString deleted = QString::fromUcs4(typed.constData() + typed.size() - characters, characters);
+    if (unit != 0) {
+        return Deletion::Exact;
+    }
+    const unsigned int possible = mReportUnits & kBytes ? mReportUnits | kCharacters : mReportUnits;
+    bool agree = true;
+    for (const unsigned int other : {kUtf16, kBytes}) {
+        agree = agree && (!(possible & other) || unitsOf(deleted, other) == characters);
+    }
+    if (agree) {
+        return Deletion::Exact;
+    }
+    // Bytes or characters through the shell: a count in characters deletes at most that many
+    // characters either way (a field counting bytes stops short), and the field's report of the
+    // result tells which it was. That needs the field's last report to show our text.
+    return mReportUnits == kBytes && showsOurText() ? Deletion::Checked : Deletion::Keys;
 }
 
-bool IBusEngineService::deleteBeforeCaret(int characters)
+bool IBusEngineService::deleteBeforeCaret(int characters, Deletion how)
 {
     int count = characters;
     {
         QMutexLocker lock(&mMutex);
         const QVector<uint> typed = mTyped.toUcs4();
         const int from = std::max(0, typed.size() - characters);
+        const QString deleted = QString::fromUcs4(typed.constData() + from, typed.size() - from);
         mTyped = QString::fromUcs4(typed.constData(), from);
         mCaretCharacters = -1;
-        // A field that reports UTF-16 units (and no other unit) deletes in them: deletesExactly
-        // let through only counts that agree otherwise.
-        if (mReportUnits == kUtf16) {
-            count = unitsOf(QString::fromUcs4(typed.constData() + from, typed.size() - from), kUtf16);
+        const unsigned int unit = deleteUnit();
+        if (unit == kUtf16 || unit == kBytes) {
+            count = unitsOf(deleted, unit);
+        } else if (how == Deletion::Checked) {
+            // Checked: what the field's text before its caret becomes if it deletes characters.
+            QString before;
+            textBefore(mReportedText, mReportedCaret, kBytes, &before);
+            if (before.endsWith(deleted)) {
+                mCheck = {true, before.left(before.size() - deleted.size()), deleted, -1};
+            }
         }
     }
     return emitOnFocused("DeleteSurroundingText", {-count, static_cast<unsigned int>(count)});
@@ -209,6 +236,47 @@ bool IBusEngineService::waitForDeleted(int timeoutMs)
     const bool deleted = mKeysLeaveCaret < 0;
     mKeysLeaveCaret = -1;
     return deleted;
+}
+
+int IBusEngineService::waitForChecked(int timeoutMs)
+{
+    QMutexLocker lock(&mMutex);
+    QDeadlineTimer deadline(timeoutMs);
+    while (mCheck.pending) {
+        if (!mFocusChanged.wait(&mMutex, deadline)) {
+            break;
+        }
+    }
+    const int left = mCheck.pending ? -1 : mCheck.left;
+    mCheck = {};
+    return left;
+}
+
+void IBusEngineService::checkDeletion(const QString& before)
+{
+    // Called with the field's first text report after a checked deletion.
+    mCheck.pending = false;
+    const QString all = mCheck.expected + mCheck.deleted;
+    if (before == mCheck.expected) {
+        mCheck.left = 0;
+        // A field counting bytes stops short wherever a character of more than one byte
+        // starts within the last `count` bytes; one that did not, counts characters.
+        const int count = mCheck.deleted.toUcs4().size();
+        const QByteArray last = all.toUtf8().right(count);
+        if (std::any_of(last.begin(), last.end(), [](char byte) { return (byte & 0xC0) == 0xC0; })) {
+            mDeleteUnit = kCharacters;
+        }
+    } else if (before.size() > mCheck.expected.size() && all.startsWith(before) &&
+               before.startsWith(mCheck.expected)) {
+        // Short: the field counted bytes. What it left of ours is still ours to delete.
+        const QString left = before.mid(mCheck.expected.size());
+        mCheck.left = left.toUcs4().size();
+        mDeleteUnit = kBytes;
+        mTyped = QString(mTyped + left).right(kTypedKept);
+    } else {
+        qCWarning(lcWayland) << "the field's text after our deletion is not what either unit leaves";
+    }
+    qCDebug(lcWayland) << "checked deletion: characters left" << mCheck.left << "delete unit" << mDeleteUnit;
 }
 
 bool IBusEngineService::forwardKey(unsigned int keysym, unsigned int keycode, unsigned int state)
@@ -261,6 +329,8 @@ bool IBusEngineService::handleMessage(const QDBusMessage& message, const QDBusCo
             mReportedText.clear();
             mReportedCaret = 0;
             mReportUnits = kUnits;
+            mDeleteUnit = 0;
+            mCheck = {};
             mCaretCharacters = -1;
             mKeysLeaveCaret = -1;
             mTyped.clear();
@@ -293,11 +363,14 @@ bool IBusEngineService::handleMessage(const QDBusMessage& message, const QDBusCo
                 }
             }
             mCaretCharacters = carets.count(carets.value(0)) == carets.size() ? carets.value(0, -1) : -1;
-            if (fitting != 0) {
+            // A report from before our last change fits no true reading, and a few characters
+            // of ours may end a wrong one by chance: only a longer run of ours tells units apart.
+            constexpr int kTypedTelling = 8;
+            if (fitting != 0 && (ours.isEmpty() || ours.size() >= kTypedTelling)) {
                 mReportUnits = (mReportUnits & fitting) != 0 ? mReportUnits & fitting : kUnits;
-                if (mCaretCharacters == mKeysLeaveCaret) {
-                    mKeysLeaveCaret = -1;
-                }
+            }
+            if (fitting != 0 && mCaretCharacters == mKeysLeaveCaret) {
+                mKeysLeaveCaret = -1;
             }
             qCDebug(lcWayland) << "field reports caret" << caret << "anchor"
                                << message.arguments().value(2).toUInt() << "in" << text.size()
@@ -305,6 +378,11 @@ bool IBusEngineService::handleMessage(const QDBusMessage& message, const QDBusCo
                                << mReportUnits;
             mReportedText = text;
             mReportedCaret = caret;
+            if (mCheck.pending) {
+                QString reported;
+                textBefore(text, caret, kBytes, &reported);
+                checkDeletion(reported);
+            }
             mFieldHeard = mFieldSendsText = true;
             ++mReports.text;
             mCaretAtText = mReports.caret;

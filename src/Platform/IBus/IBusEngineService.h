@@ -45,9 +45,17 @@ public:
     bool focusedTakesDeletes();
     // Signals on the focused engine; false without one.
     bool commitText(const QString& text);
-    // Whether a request deletes exactly the last `characters` characters in the focused field.
-    bool deletesExactly(int characters);
-    bool deleteBeforeCaret(int characters);
+    // How the last `characters` characters can go: by a request whose count is certain; by a
+    // request in characters that the field may take as fewer (never more), checked then by
+    // waitForChecked; or by BackSpace keys.
+    enum class Deletion { Exact, Checked, Keys };
+    Deletion deletionOf(int characters);
+    // Asks the field to delete them (Exact or Checked), counted in the unit it deletes in where
+    // that is known.
+    bool deleteBeforeCaret(int characters, Deletion how);
+    // After a checked deletion: waits for the field's report of it. Returns how many of the
+    // characters are left (0: all went), or -1 if the report did not come or did not tell.
+    int waitForChecked(int timeoutMs);
     // The last `characters` characters go by BackSpace keys the caller forwards; waitForDeleted
     // then waits until the field reports its caret where they leave it (false if it did not, or
     // if that place is not known).
@@ -73,6 +81,8 @@ public:
 private:
     bool emitOnFocused(const char* name, const QVariantList& arguments);
     bool showsOurText() const;
+    unsigned int deleteUnit() const;  // 0 while not known
+    void checkDeletion(const QString& before);
 
     QDBusConnection mBus;
     QMutex mMutex;
@@ -94,5 +104,12 @@ private:
     unsigned int mReportUnits = 0;  // the units its reports may count in (all, until it showed)
     int mCaretCharacters = -1;      // its caret in characters, from its last report after our text
     int mKeysLeaveCaret = -1;       // where BackSpace keys we forwarded leave it; -1 once they did
-    QString mTyped;                 // what we typed into it and did not delete, the last of it
+    unsigned int mDeleteUnit = 0;   // the unit it deletes in, once a checked deletion showed it
+    struct Check {
+        bool pending = false;  // a checked deletion waits for the field's report
+        QString expected;      // its text before the caret if the deletion was exact
+        QString deleted;       // what it was to delete
+        int left = -1;         // characters the deletion left of it
+    } mCheck;
+    QString mTyped;  // what we typed into it and did not delete, the last of it
 };

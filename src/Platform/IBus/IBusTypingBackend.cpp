@@ -247,10 +247,29 @@ void IBusTypingBackend::flushDeletes()
         mPendingDeletes = 0;
         return;
     }
-    const int characters = std::exchange(mPendingDeletes, 0);
-    if (mService->deletesExactly(characters)) {
-        change(false, [this, characters] { mService->deleteBeforeCaret(characters); });
-        return;
+    deleteBeforeCaret(std::exchange(mPendingDeletes, 0));
+}
+
+void IBusTypingBackend::deleteBeforeCaret(int characters)
+{
+    const IBusEngineService::Deletion how = mService->deletionOf(characters);
+    switch (how) {
+        case IBusEngineService::Deletion::Exact:
+            change(false, [this, characters, how] { mService->deleteBeforeCaret(characters, how); });
+            return;
+        case IBusEngineService::Deletion::Checked: {
+            change(true, [this, characters, how] { mService->deleteBeforeCaret(characters, how); });
+            const int left = mService->waitForChecked(kFieldTextMs);
+            if (left >= 0) {
+                mUnshown = mUnshownCommit = false;
+            }
+            if (left > 0) {
+                deleteBeforeCaret(left);  // the field's unit is known now
+            }
+            return;
+        }
+        case IBusEngineService::Deletion::Keys:
+            break;
     }
     // The field's unit for deletions is not known for sure: BackSpace keys, one per character
     // as on X11. A client takes them after text committed at once, so what follows waits until

@@ -78,6 +78,7 @@ private:
     void settleForwardedKeys();
     // The deletions asked for so far, as one request.
     void flushDeletes();
+    void deleteBeforeCaret(int characters);
     // Until the field has shown our changes sent so far.
     void waitForField();
     // Sends one change (a commit or a deletion) once the field can take it; textWaits: text
