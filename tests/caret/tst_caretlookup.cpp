@@ -124,7 +124,10 @@ private slots:
         caret = editor.waitReady();
         QCOMPARE(caret.size(), 3);
         expected = QPoint(caret[0], caret[1] + caret[2]);
-        QVERIFY2(near(backend.caretPosition(), expected), "a moved caret is reported where it was");
+        // A press waits for a fresh search only briefly (on a loaded machine the search outlasts
+        // it and the last place found is the answer); the next presses must find the new place.
+        QTRY_VERIFY2_WITH_TIMEOUT(near(backend.caretPosition(), expected),
+                                  "a moved caret is reported where it was", 5000);
     }
 
     // Qt's own bridge: the caret at the start of the line edit's text.
