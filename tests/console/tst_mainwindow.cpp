@@ -31,8 +31,6 @@
 #include <QLineEdit>
 #include <QMainWindow>
 #include <QMenu>
-#include <QPainter>
-#include <QPainterPath>
 #include <QPushButton>
 #include <QRadioButton>
 #include <QSignalSpy>
@@ -601,11 +599,7 @@ void TestMainWindow::englishTextsFitTheirControls()
 
 void TestMainWindow::screenshots()
 {
-    const QString folder = qEnvironmentVariable("ZORVANE_SCREENSHOTS");
-    if (folder.isEmpty()) {
-        QSKIP("ZORVANE_SCREENSHOTS names no folder");
-    }
-    QDir().mkpath(folder);
+    SCREENSHOT_FOLDER_OR_SKIP(folder)
     mWindow->setDefaultHomeImage();
     mWindow->setDeviceTypeIcon(0);
     mWindow->setExplain(true);
@@ -637,14 +631,8 @@ void TestMainWindow::screenshots()
     auto shoot = [this, &folder](int page, const QString& name) {
         mWindow->recvMenuSiganl(page);
         QCoreApplication::processEvents();
-        QImage image = screenshotCanvas(mWindow, mWindow->size());
-        QPainter painter(&image);
-        QPainterPath shape;
-        shape.addRoundedRect(QRectF(mWindow->rect()), 12, 12);
-        painter.setClipPath(shape);
-        mWindow->render(&painter);
-        painter.end();
-        QVERIFY(image.save(folder + QStringLiteral("/console-") + name + QStringLiteral(".png")));
+        QVERIFY(saveRoundedScreenshot(mWindow, 12,
+                                      folder + QStringLiteral("/console-") + name + QStringLiteral(".png")));
     };
     shoot(Ui_MainWindow::HomePage, QStringLiteral("home"));
     shoot(Ui_MainWindow::CommandPage, QStringLiteral("command-words"));

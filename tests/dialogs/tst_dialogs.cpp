@@ -23,8 +23,6 @@
 #include <QLabel>
 #include <QLineEdit>
 #include <QMouseEvent>
-#include <QPainter>
-#include <QPainterPath>
 #include <QPlainTextEdit>
 #include <QProgressBar>
 #include <QPushButton>
@@ -311,23 +309,13 @@ void TestDialogs::cardShapeAndDrag()
 
 void TestDialogs::screenshots()
 {
-    const QString folder = qEnvironmentVariable("ZORVANE_SCREENSHOTS");
-    if (folder.isEmpty()) {
-        QSKIP("ZORVANE_SCREENSHOTS names no folder");
-    }
-    QDir().mkpath(folder);
+    SCREENSHOT_FOLDER_OR_SKIP(folder)
     // Rendered as a desktop shows them: the rounded card, transparent outside.
     auto shoot = [&folder](QWidget* window, const QString& name) {
         window->show();
         QCoreApplication::processEvents();
-        QImage image = screenshotCanvas(window, window->size());
-        QPainter painter(&image);
-        QPainterPath card;
-        card.addRoundedRect(QRectF(window->rect()), FramelessDialog::kRadius, FramelessDialog::kRadius);
-        painter.setClipPath(card);
-        window->render(&painter);
-        painter.end();
-        QVERIFY(image.save(folder + QLatin1Char('/') + name + QStringLiteral(".png")));
+        QVERIFY(saveRoundedScreenshot(window, FramelessDialog::kRadius,
+                                      folder + QLatin1Char('/') + name + QStringLiteral(".png")));
         window->hide();
     };
     mServer.setAnswer(kDownloadPath, {200, QByteArray(4096, 'x'), 60000, "application/octet-stream"});

@@ -1,6 +1,7 @@
 #include "Platform/WinUtils.h"
 #include "RecordingAppLauncher.h"
 #include "RecordingInputBackend.h"
+#include "Screenshot.h"
 #include "Widget/Notices/BLEConnentionGuidanceDialog.h"
 #include "Widget/Notices/CalendarPhrasesDialog.h"
 #include "Widget/Notices/RestDialog.h"
@@ -8,7 +9,6 @@
 #include "WidgetPresenter/NoticeContent.h"
 
 #include <QCursor>
-#include <QDir>
 #include <QDirIterator>
 #include <QLabel>
 #include <QPushButton>
@@ -345,11 +345,7 @@ private slots:
     // With ZORVANE_SCREENSHOTS set to a folder, each window and page is written there as PNG.
     void screenshots()
     {
-        const QString folder = qEnvironmentVariable("ZORVANE_SCREENSHOTS");
-        if (folder.isEmpty()) {
-            QSKIP("ZORVANE_SCREENSHOTS not set");
-        }
-        QDir().mkpath(folder);
+        SCREENSHOT_FOLDER_OR_SKIP(folder)
         const auto shoot = [&folder](QWidget* window, const QString& name) {
             window->show();
             QCoreApplication::processEvents();

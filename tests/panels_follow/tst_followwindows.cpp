@@ -439,11 +439,7 @@ void TestFollowWindows::hiddenPanelsRest()
 
 void TestFollowWindows::screenshots()
 {
-    const QString folder = qEnvironmentVariable("ZORVANE_SCREENSHOTS");
-    if (folder.isEmpty()) {
-        QSKIP("ZORVANE_SCREENSHOTS names no folder");
-    }
-    QDir().mkpath(folder);
+    SCREENSHOT_FOLDER_OR_SKIP(folder)
     // As a desktop without a compositor shows them: cut to the window's shape.
     auto shoot = [&folder](QWidget* window, const QString& name) {
         QTest::qWait(120);

@@ -702,11 +702,7 @@ void TestPanelsSelection::sharedWidgetsKeysAndMouse()
 
 void TestPanelsSelection::screenshots()
 {
-    const QString folder = qEnvironmentVariable("ZORVANE_SCREENSHOTS");
-    if (folder.isEmpty()) {
-        QSKIP("ZORVANE_SCREENSHOTS names no folder");
-    }
-    QDir().mkpath(folder);
+    SCREENSHOT_FOLDER_OR_SKIP(folder)
     // The window as a desktop shows it: what its cut or its translucency leaves of it.
     auto shoot = [&folder](QWidget* window, const QString& name) {
         QCoreApplication::processEvents();

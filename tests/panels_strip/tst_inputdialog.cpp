@@ -203,11 +203,7 @@ void TestInputDialog::menuFollowsTheMouseKind()
 
 void TestInputDialog::screenshots()
 {
-    const QString folder = qEnvironmentVariable("ZORVANE_SCREENSHOTS");
-    if (folder.isEmpty()) {
-        QSKIP("ZORVANE_SCREENSHOTS names no folder");
-    }
-    QDir().mkpath(folder);
+    SCREENSHOT_FOLDER_OR_SKIP(folder)
     auto shoot = [this, &folder](const QString& name) {
         QCoreApplication::processEvents();
         const QRect body = mStrip->mask().boundingRect();

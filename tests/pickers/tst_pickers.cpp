@@ -12,8 +12,6 @@
 #include <QLabel>
 #include <QLineEdit>
 #include <QListWidget>
-#include <QPainter>
-#include <QPainterPath>
 #include <QPushButton>
 #include <QStandardPaths>
 #include <QTemporaryDir>
@@ -301,23 +299,12 @@ void TestPickers::pickerDialog()
 
 void TestPickers::screenshots()
 {
-    const QString folder = qEnvironmentVariable("ZORVANE_SCREENSHOTS");
-    if (folder.isEmpty()) {
-        QSKIP("ZORVANE_SCREENSHOTS names no folder");
-    }
+    SCREENSHOT_FOLDER_OR_SKIP(folder)
     ApplicationPickerDialog dialog(someApplications());
     dialog.show();
     QCoreApplication::processEvents();
-    // As a desktop shows it: the rounded card, transparent outside.
-    QImage image = screenshotCanvas(&dialog, dialog.size());
-    QPainter painter(&image);
-    QPainterPath card;
-    card.addRoundedRect(QRectF(dialog.rect()), FramelessDialog::kRadius, FramelessDialog::kRadius);
-    painter.setClipPath(card);
-    dialog.render(&painter);
-    painter.end();
-    QVERIFY(QDir().mkpath(folder));
-    QVERIFY(image.save(folder + QStringLiteral("/application-picker.png")));
+    QVERIFY(saveRoundedScreenshot(&dialog, FramelessDialog::kRadius,
+                                  folder + QStringLiteral("/application-picker.png")));
 }
 
 QTEST_MAIN(TestPickers)

@@ -1,6 +1,9 @@
 #pragma once
 
+#include <QDir>
 #include <QImage>
+#include <QPainter>
+#include <QPainterPath>
 #include <QWidget>
 
 // A transparent picture of `size` for a screenshot of `window`, at the window's pixel ratio: at
@@ -12,4 +15,34 @@ inline QImage screenshotCanvas(const QWidget* window, const QSize& size)
     image.setDevicePixelRatio(ratio);
     image.fill(Qt::transparent);
     return image;
+}
+
+// The folder ZORVANE_SCREENSHOTS names, made if missing; empty when it names none.
+inline QString screenshotFolder()
+{
+    const QString folder = qEnvironmentVariable("ZORVANE_SCREENSHOTS");
+    if (!folder.isEmpty()) {
+        QDir().mkpath(folder);
+    }
+    return folder;
+}
+
+// Declares `folder` for a screenshot case (tools/screenshots/render), or skips the case.
+#define SCREENSHOT_FOLDER_OR_SKIP(folder)             \
+    const QString folder = screenshotFolder();        \
+    if (folder.isEmpty()) {                           \
+        QSKIP("ZORVANE_SCREENSHOTS names no folder"); \
+    }
+
+// Writes `window` as a desktop shows a rounded card: transparent outside its corners of `radius`.
+inline bool saveRoundedScreenshot(QWidget* window, qreal radius, const QString& path)
+{
+    QImage image = screenshotCanvas(window, window->size());
+    QPainter painter(&image);
+    QPainterPath card;
+    card.addRoundedRect(QRectF(window->rect()), radius, radius);
+    painter.setClipPath(card);
+    window->render(&painter);
+    painter.end();
+    return image.save(path);
 }
