@@ -223,15 +223,16 @@ bool BackendLadder::requestOpenTime()
     }
     // The ladder and the controller both ask: one request at a time, and the pause after
     // failures holds for both.
-    if (mRequested[StepDeviceOpenTime] || mClockMs() < mRetryAt[StepDeviceOpenTime]) {
-        return true;
+    if (!mRequested[StepDeviceOpenTime] && mClockMs() >= mRetryAt[StepDeviceOpenTime]) {
+        mRequested[StepDeviceOpenTime] = true;
+        mHttp->getDeviceOpenTime(
+            onAnswer<DeviceOpenTime>(StepDeviceOpenTime,
+                                     [this](DeviceOpenTime time) { emit openTimeArrived(time); }),
+            onTimeout(StepDeviceOpenTime), onError(StepDeviceOpenTime));
     }
-    mRequested[StepDeviceOpenTime] = true;
-    mHttp->getDeviceOpenTime(
-        onAnswer<DeviceOpenTime>(StepDeviceOpenTime,
-                                 [this](DeviceOpenTime time) { emit openTimeArrived(time); }),
-        onTimeout(StepDeviceOpenTime), onError(StepDeviceOpenTime));
-    return true;
+    // Once the backend has failed to say, the saved delay opens the mouse: a backend that is
+    // down must not keep the mouse shut. A later answer still sets the delay.
+    return mFailures[StepDeviceOpenTime] == 0;
 }
 
 void BackendLadder::getIpAddress()

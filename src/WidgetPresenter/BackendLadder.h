@@ -79,7 +79,8 @@ public:
     // The device is set up: what waited for it goes on.
     void resume();
     // Asks for the device's open delay unless asked already or pausing after failures; false
-    // when there is no backend to ask (offline), and the caller keeps its saved delay.
+    // when there is no backend to ask (offline) or it has failed to answer, and the caller
+    // takes its saved delay.
     bool requestOpenTime();
     // The newest version, for the presenter's offers: done(false, {}) when no answer came.
     void fetchVersion(std::function<void(bool, VersionInfo)> done);

@@ -467,9 +467,40 @@ void DeviceLifecycle::syncDpi(Io* io)
 
 void DeviceLifecycle::setDeviceList(const QList<DeviceInfo>& list)
 {
-    const Lock lock(mMutex);
-    mDeviceInfoList = list;
-    mDeviceListKnown = true;
+    bool found = false;
+    QString unlistedCode;
+    DeviceInfo current;
+    {
+        const Lock lock(mMutex);
+        mDeviceInfoList = list;
+        mDeviceListKnown = true;
+        const DeviceStatus& s = mDeviceStatus;
+        // A mouse taken by its saved branding while the list was missing is named now.
+        if (!s.moduleKnown || s.lookedUp || s.customerCode.isEmpty()) {
+            return;
+        }
+        const auto row = std::find_if(list.cbegin(), list.cend(), [&](const DeviceInfo& info) {
+            return info.customerCode == s.customerCode;
+        });
+        if (row == list.cend()) {
+            unlistedCode = s.customerCode;
+        } else {
+            mCurDevInf = *row;
+            current = *row;
+            found = true;
+        }
+    }
+    if (found) {
+        identify(current, true, current.isIFlySpeech != 0);
+        return;
+    }
+    qCWarning(lcConsole).noquote() << "customer code" << unlistedCode
+                                   << "is not in the backend's device list; going on without its branding";
+    {
+        const Lock lock(mMutex);
+        mDeviceStatus.lookedUp = true;  // said once
+    }
+    emit unlisted(unlistedCode);
 }
 
 void DeviceLifecycle::setOpenTime(const DeviceOpenTime& openTime)
@@ -560,14 +591,17 @@ void DeviceLifecycle::onDeviceModule(int lamplightModule, int shakeModule, int s
         mDeviceManager->setLowbatReport(true);
     }
 
+    // Until the backend's list has come (offline, or the backend is down) the mouse is taken as
+    // the one saved last time; the list, when it comes, names it properly.
     const bool online = isOnline();
     bool unmatched = false;
     bool givenUp = false;
+    bool lookedUp = false;
     bool iFlySpeech = false;
     DeviceInfo current;
     {
         const Lock lock(mMutex);
-        if (online) {
+        if (online && mDeviceListKnown) {
             const auto row =
                 std::find_if(mDeviceInfoList.cbegin(), mDeviceInfoList.cend(),
                              [&](const DeviceInfo& info) { return info.customerCode == customerCode; });
@@ -576,8 +610,12 @@ void DeviceLifecycle::onDeviceModule(int lamplightModule, int shakeModule, int s
                 givenUp = unknownCustomerCode(customerCode);
             } else {
                 mCurDevInf = *row;
+                lookedUp = true;
                 iFlySpeech = row->isIFlySpeech != 0;
             }
+        }
+        if (!unmatched) {
+            mDeviceStatus.customerCode = customerCode;
         }
         current = mCurDevInf;
     }
@@ -587,27 +625,37 @@ void DeviceLifecycle::onDeviceModule(int lamplightModule, int shakeModule, int s
         }
         return;
     }
-    if (online) {
-        mDevice.customerCode = customerCode;
+    identify(current, lookedUp, iFlySpeech);
+}
+
+void DeviceLifecycle::identify(const DeviceInfo& info, bool lookedUp, bool iFlySpeech)
+{
+    QString customerCode;
+    {
+        const Lock lock(mMutex);
+        customerCode = mDeviceStatus.customerCode;
     }
+    // The registration names the mouse by what it says, whichever branding the console shows.
+    mDevice.customerCode = customerCode;
     mPreferences->change([&](UserPreferences& p) {
-        if (online) {
+        if (lookedUp) {
             p.isIFlySpeech = iFlySpeech;
         }
-        p.savePid = qMax(0, parseHex(current.pid));
-        p.saveVid = qMax(0, parseHex(current.vid));
-        p.saveCustomerCode = current.customerCode;
-        p.saveCustomerName = current.customerName;
-        p.saveHomeImage = current.homeImage;
-        p.saveExplainImage = current.explainImage;
-        p.saveNavImage = current.navImage;
+        p.savePid = qMax(0, parseHex(info.pid));
+        p.saveVid = qMax(0, parseHex(info.vid));
+        p.saveCustomerCode = info.customerCode;
+        p.saveCustomerName = info.customerName;
+        p.saveHomeImage = info.homeImage;
+        p.saveExplainImage = info.explainImage;
+        p.saveNavImage = info.navImage;
     });
     mPreferences->save();
     {
         const Lock lock(mMutex);
         mDeviceStatus.moduleKnown = true;
+        mDeviceStatus.lookedUp = lookedUp;
     }
-    emit identified(current);
+    emit identified(info);
 }
 
 // A mouse the backend does not list is asked again a few times (the list may have been
@@ -616,8 +664,7 @@ void DeviceLifecycle::onDeviceModule(int lamplightModule, int shakeModule, int s
 bool DeviceLifecycle::unknownCustomerCode(const QString& customerCode)
 {
     DeviceStatus& s = mDeviceStatus;
-    // Before the list has come there is nothing to match against yet.
-    if (s.moduleKnown || !mDeviceListKnown) {
+    if (s.moduleKnown) {
         return false;
     }
     if (++s.moduleTries < kModuleTries) {
@@ -625,6 +672,7 @@ bool DeviceLifecycle::unknownCustomerCode(const QString& customerCode)
         return false;
     }
     s.moduleKnown = true;
+    s.lookedUp = true;
     qCWarning(lcConsole).noquote() << "customer code" << customerCode
                                    << "is not in the backend's device list;"
                                    << "asked" << kModuleTries << "times, going on without its branding";

@@ -165,6 +165,8 @@ private:
     void firstSettingReply(Switch which, bool enable);
     // Under the lock: true when the module reply's customer code is given up on just now.
     bool unknownCustomerCode(const QString& customerCode);
+    // Stores what the mouse was identified as and tells the console.
+    void identify(const DeviceInfo& info, bool lookedUp, bool iFlySpeech);
     bool isOnline() const { return !mOnline || mOnline(); }
 
     DeviceManager* mDeviceManager;

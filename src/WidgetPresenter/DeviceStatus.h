@@ -1,5 +1,7 @@
 #pragma once
 
+#include <QString>
+
 // What the console knows of the device it is walking through the ladder. Zeroed whenever the
 // device is lost, so that the next one starts with first replies.
 struct DeviceStatus {
@@ -24,6 +26,8 @@ struct DeviceStatus {
     bool moduleKnown = false;     // identified, or given up on: the ladders ask no more
     bool moduleAnswered = false;  // a module reply came: the page knows what the mouse has
     int moduleTries = 0;          // replies whose customer code the backend's list lacks
+    QString customerCode;         // the module reply's, once the mouse is identified
+    bool lookedUp = false;        // searched for in the backend's list, not taken as saved
     bool activeKnown = false;
     bool levelValuesShown = false;
     bool delayStarted = false;

@@ -74,6 +74,7 @@ private slots:
     void controllerRestsWithoutDevice();
     void onlineLadderOpensFromTheListAndRegisters();
     void unlistedCustomerCodeIsGivenUp();
+    void backendDownAtStartLeavesTheMouseWorking();
     void httpStepsRunInOrderAndRetry();
     void optionalStepsGiveWayToRegistration();
     void openDelayOnlineAndOffline();
@@ -334,6 +335,46 @@ void TestConsoleLadder::unlistedCustomerCodeIsGivenUp()
     QCOMPARE(log.count(QStringLiteral("is not in the backend's device list")), 1);
     QCOMPARE(rig.view.callsOf(QStringLiteral("setDeviceName")),
              QStringList{QStringLiteral("setDeviceName(未识别的鼠标（客户编码 0F0F0F）)")});
+}
+
+void TestConsoleLadder::backendDownAtStartLeavesTheMouseWorking()
+{
+    // Online, but the backend fails everything: the mouse saved last time opens with its saved
+    // delay and branding and takes the user's switches. Once the backend is back its list
+    // names the mouse and the registration carries the code the mouse reported.
+    auto sim = simulator();
+    QVERIFY(sim);
+    auto http = backend();
+    mServices.fault(ServiceSet::Backend).httpStatus = 500;
+    const int registeredBefore = mServices.uploads().entries(QStringLiteral("/device/register")).size();
+    VirtualHidBackend link(mSocketPath);
+    ConsoleRig rig(&link, kTickMs);
+    qint64 now = 0;
+    rig.clockMs = [&now] { return now; };
+    rig.prepare([](UserPreferences& p) {
+        saveNumbers(p, kVid, kPid);
+        p.saveCustomerName = QStringLiteral("Saved");
+    });
+    MainWindowPresenter* presenter = rig.start(http.get());
+    QTRY_VERIFY_WITH_TIMEOUT(presenter->lifecycle()->isDeviceInitialised(), 20000);
+    QCOMPARE(presenter->lifecycle()->currentDeviceInfo().customerName, QStringLiteral("Saved"));
+    const int asked = sim->countLines(out(DM::getModule()));
+    QVERIFY(waitTicks(presenter, 10));
+    QCOMPARE(sim->countLines(out(DM::getModule())), asked);
+    presenter->onCheckShake(false);
+    QVERIFY(sim->waitForLine(out(DM::setShake(false))));
+
+    mServices.fault(ServiceSet::Backend).clear();
+    now += BackendLadder::kBackoffMs;
+    presenter->ladder()->resume();
+    QTRY_VERIFY_WITH_TIMEOUT(presenter->ladder()->isComplete(), 20000);
+    QCOMPARE(presenter->lifecycle()->currentDeviceInfo().customerName, QStringLiteral("Zorvane"));
+    QCOMPARE(PreferencesUtils::getInstance()->getUserPreferences().saveCustomerName,
+             QStringLiteral("Zorvane"));
+    const QJsonArray registered = mServices.uploads().entries(QStringLiteral("/device/register"));
+    QCOMPARE(registered.size(), registeredBefore + 1);
+    QCOMPARE(registered.last()[QLatin1String("body")][QLatin1String("customerCode")].toString(),
+             QStringLiteral("0A0B0C"));
 }
 
 void TestConsoleLadder::httpStepsRunInOrderAndRetry()

@@ -31,6 +31,7 @@ private slots:
     void recogniserErrorEndsTheSession();
     void gatewayRefusedThenBack();
     void backendFailingLeavesTheCommandAFace();
+    void backendFailingAtStartLeavesDictation();
     void translationAndSynthesisFailing();
     void gatewayKilledMidSessionThenBack();
     void silentGatewayEndsTheSession();
@@ -172,6 +173,17 @@ void TestFaults::backendFailingLeavesTheCommandAFace()
     QCOMPARE(mRig.client->text(), before);
     QVERIFY(mRig.setFault(QStringLiteral("backend:off")));
     // The next press clears the strip: a dictation works as ever.
+    dictateTheSentence();
+}
+
+void TestFaults::backendFailingAtStartLeavesDictation()
+{
+    // A later start while the backend fails: the mouse of the last run opens all the same.
+    QVERIFY(mRig.stopProgram());
+    QVERIFY(mRig.setFault(QStringLiteral("backend:status=500")));
+    const bool started = mRig.startProgramOnReceiver();
+    QVERIFY(mRig.setFault(QStringLiteral("backend:off")));
+    QVERIFY(started);
     dictateTheSentence();
 }
 
