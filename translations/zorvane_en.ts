@@ -862,6 +862,10 @@
         <translation>No network: voice input needs a connection</translation>
     </message>
     <message>
+        <source>无法连接到服务器：正在重试</source>
+        <translation>Cannot reach the server: trying again</translation>
+    </message>
+    <message>
         <source>最佳分辨率</source>
         <translation>Best resolution</translation>
     </message>
@@ -1066,6 +1070,10 @@ DID: %4</translation>
     <message>
         <source>正在充电</source>
         <translation>Charging</translation>
+    </message>
+    <message>
+        <source>无法连接到服务器</source>
+        <translation>Cannot reach the server</translation>
     </message>
     <message>
         <source>电量约 %1%</source>

@@ -6,6 +6,7 @@
 #include "WidgetPresenter/PictureFiles.h"
 
 #include <QFile>
+#include <QMetaEnum>
 #include <QSysInfo>
 #include <QTimer>
 
@@ -82,6 +83,7 @@ void BackendLadder::setOnline(bool online)
     } else {
         mRequested[StepRegisterDevice] = false;
         mAnswered[StepRegisterDevice] = false;
+        mUnreachable = false;  // offline is said instead; online, the next failures say it again
     }
 }
 
@@ -160,6 +162,10 @@ void BackendLadder::stepFailed(Step step, const QString& reason)
     }
     if (failures > kQuickRetries) {
         mRetryAt[step] = mClockMs() + kBackoffMs;
+        if (!isOptional(step) && !mUnreachable) {
+            mUnreachable = true;
+            emit reachableChanged(false);
+        }
     }
     if (!isOptional(step) || failures < kOptionalStepTries) {
         return;
@@ -184,6 +190,10 @@ void BackendLadder::stepAnswered(Step step)
     mFailures[step] = 0;
     mRetryAt[step] = 0;
     mAnswered[step] = true;
+    if (mUnreachable) {
+        mUnreachable = false;
+        emit reachableChanged(true);
+    }
 }
 
 // Each request carries its own step: the open time is also asked out of the ladder's order.
@@ -195,7 +205,8 @@ HttpRequest::TimeoutFunc BackendLadder::onTimeout(Step step)
 HttpRequest::ErrorFunc BackendLadder::onError(Step step)
 {
     return guard([this, step](QString message, QNetworkReply::NetworkError code) {
-        stepFailed(step, QStringLiteral("error %1 %2").arg(QString::number(int(code)), message));
+        const char* name = QMetaEnum::fromType<QNetworkReply::NetworkError>().valueToKey(code);
+        stepFailed(step, QStringLiteral("%1 %2").arg(QString::fromLatin1(name ? name : "error"), message));
     });
 }
 

@@ -109,6 +109,9 @@ signals:
     void ipIdKnown(int id);
     void calendarPhrasesArrived(CalendarPhrases phrases);
     void directUIsArrived(QList<DirectUI> directUIs);
+    // A step the program needs has failed past its quick retries (false), or the backend has
+    // answered again after that (true).
+    void reachableChanged(bool reachable);
 
 private:
     // A reply handler that does nothing once the ladder is gone: replies outlive it.
@@ -154,6 +157,7 @@ private:
     bool mAnswered[StepCount] = {};
     bool mGivenUp[StepCount] = {};
     int mFailures[StepCount] = {};  // in a row, since the step last answered
+    bool mUnreachable = false;      // said with reachableChanged(false)
     qint64 mRetryAt[StepCount] = {};
     QString mIpAddress;
     IpInfo mIpInfo;

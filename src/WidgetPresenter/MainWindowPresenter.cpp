@@ -253,6 +253,13 @@ void MainWindowPresenter::connectLadder()
     });
     connect(l, &BackendLadder::deviceListArrived, mLifecycle.get(), &DeviceLifecycle::setDeviceList);
     connect(l, &BackendLadder::openTimeArrived, mLifecycle.get(), &DeviceLifecycle::setOpenTime);
+    connect(l, &BackendLadder::reachableChanged, this, [this](bool reachable) {
+        if (reachable) {
+            removeErrorStatus(7);
+        } else {
+            addErrorStatus(7);
+        }
+    });
     connect(l, &BackendLadder::ipIdKnown, this, [this](int id) {
         emit signalLocalIpId(id);
         mPreferences->store(&UserPreferences::saveIpAddress, 1);
@@ -529,6 +536,7 @@ void MainWindowPresenter::onInternetStateChange(bool state)
     if (state) {
         removeErrorStatus(3);
     } else {
+        removeErrorStatus(7);
         addErrorStatus(3);
     }
 }

@@ -358,6 +358,7 @@ void TestConsoleLadder::backendDownAtStartLeavesTheMouseWorking()
     MainWindowPresenter* presenter = rig.start(http.get());
     QTRY_VERIFY_WITH_TIMEOUT(presenter->lifecycle()->isDeviceInitialised(), 20000);
     QCOMPARE(presenter->lifecycle()->currentDeviceInfo().customerName, QStringLiteral("Saved"));
+    QCOMPARE(rig.errors(), QList<int>{7});
     const int asked = sim->countLines(out(DM::getModule()));
     QVERIFY(waitTicks(presenter, 10));
     QCOMPARE(sim->countLines(out(DM::getModule())), asked);
@@ -368,6 +369,7 @@ void TestConsoleLadder::backendDownAtStartLeavesTheMouseWorking()
     now += BackendLadder::kBackoffMs;
     presenter->ladder()->resume();
     QTRY_VERIFY_WITH_TIMEOUT(presenter->ladder()->isComplete(), 20000);
+    QCOMPARE(rig.errors(), QList<int>());
     QCOMPARE(presenter->lifecycle()->currentDeviceInfo().customerName, QStringLiteral("Zorvane"));
     QCOMPARE(PreferencesUtils::getInstance()->getUserPreferences().saveCustomerName,
              QStringLiteral("Zorvane"));
@@ -398,6 +400,7 @@ void TestConsoleLadder::httpStepsRunInOrderAndRetry()
     QVERIFY(ladder->requested(L::StepAppVersion));
     QTRY_VERIFY(!ladder->requested(L::StepAppVersion));
     QVERIFY(!ladder->answered(L::StepAppVersion));
+    QVERIFY(!rig.errors().contains(7));  // a failure is not yet a backend that is down
     fault.clear();
     http->setTimeout(L::kHttpTimeoutMs);  // no more time-outs from a busy machine
     // Errors are retried the same way, at once the second time, then only after a pause.
@@ -414,6 +417,7 @@ void TestConsoleLadder::httpStepsRunInOrderAndRetry()
     ladder->onTimerController();
     QVERIFY(ladder->requested(L::StepAppVersion));
     QTRY_VERIFY(!ladder->requested(L::StepAppVersion));
+    QVERIFY(rig.errors().contains(7));
     fault.clear();
     // The streak of four failures is written once, and its end once.
     QCOMPARE(log.count(QStringLiteral("app version failed")), 1);
@@ -423,6 +427,7 @@ void TestConsoleLadder::httpStepsRunInOrderAndRetry()
         return ladder->answered(L::StepAppVersion);
     }());
     QCOMPARE(log.count(QStringLiteral("app version")), 2);
+    QVERIFY(!rig.errors().contains(7));
 
     // Each step is asked only once the one before has answered. The device controller asks
     // for the open time on its own, so that step is left out of the order.

@@ -280,8 +280,10 @@ void TestTray::trayLookFollowsTheState()
     QCOMPARE(look.base, QStringLiteral(":/console/tray/mouse_missing.svg"));
     QCOMPARE(look.gauge, -1);
     QCOMPARE(look.tooltip, QStringLiteral("Zorvane\n未找到鼠标"));
-    missing.status = 3;
-    QVERIFY(SystemTray::lookOf(missing).tooltip.contains(QStringLiteral("网络未连接")));
+    for (const auto& [status, text] : {std::pair{3, "网络未连接"}, std::pair{7, "无法连接到服务器"}}) {
+        missing.status = status;
+        QVERIFY(SystemTray::lookOf(missing).tooltip.contains(QString::fromUtf8(text)));
+    }
 
     S usb;
     usb.link = SystemTray::LinkReceiver;

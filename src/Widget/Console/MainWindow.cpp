@@ -692,6 +692,8 @@ void MainWindow::updateSystemTray(int status)
         warning = tr("麦克风无法打开");
     } else if (status == 3) {
         warning = tr("网络未连接：联网后才能使用语音输入");
+    } else if (status == 7) {
+        warning = tr("无法连接到服务器：正在重试");
     }
     mUi.labelHomeWarning->setText(warning);
     mUi.labelHomeWarning->setVisible(!warning.isEmpty());

@@ -53,6 +53,8 @@ QString statusText(int status)
             return SystemTray::tr("电量严重不足，请立即充电");
         case 6:
             return SystemTray::tr("正在充电");
+        case 7:
+            return SystemTray::tr("无法连接到服务器");
         default:
             return QString();
     }
@@ -92,7 +94,8 @@ SystemTray::Look SystemTray::lookOf(const State& s)
         }
     }
     // A missing device is said above; the console's other troubles still matter.
-    const QString status = s.link == LinkNone && s.status >= 4 ? QString() : statusText(s.status);
+    const bool batteryStatus = s.status >= 4 && s.status <= 6;
+    const QString status = s.link == LinkNone && batteryStatus ? QString() : statusText(s.status);
     if (!status.isEmpty()) {
         lines << status;
     }
