@@ -6,6 +6,7 @@
 #include <QEventLoop>
 #include <QFile>
 #include <QHostAddress>
+#include <QMetaEnum>
 #include <QPointer>
 #include <QTimer>
 
@@ -25,6 +26,17 @@ const char kRedirectRefusedProperty[] = "zorvaneRedirectRefused";
 QString partName(const QString& path)
 {
     return path + QStringLiteral(".part");
+}
+
+// What a log line says of a failed request: the HTTP status of an error answer (Qt's own code
+// for a 500 is 401, which reads as the wrong status), else Qt's name for the error.
+QString failureOf(QNetworkReply* reply, QNetworkReply::NetworkError error)
+{
+    const QVariant status = reply->attribute(QNetworkRequest::HttpStatusCodeAttribute);
+    if (status.toInt() >= 400) {
+        return QStringLiteral("HTTP ") + QString::number(status.toInt());
+    }
+    return QString::fromLatin1(QMetaEnum::fromType<QNetworkReply::NetworkError>().valueToKey(error));
 }
 
 }  // namespace
@@ -80,7 +92,7 @@ void HttpRequest::send(const QString& url, const QByteArray* body, HandleFunc ha
         const QNetworkReply::NetworkError error = errorOf(reply);
         if (error != QNetworkReply::NoError) {
             const QString replyUrl = UrlRules::forLog(reply->url());
-            qCWarning(lcHttp) << "request failed" << replyUrl << int(error);
+            qCWarning(lcHttp).noquote() << "request failed" << replyUrl << failureOf(reply, error);
             if (onError) {
                 onError(replyUrl, error);
             }
@@ -287,7 +299,8 @@ bool HttpRequest::runBlocking(QNetworkReply* reply, QByteArray* data)
     if (error == QNetworkReply::NoError) {
         data->append(received + reply->readAll());
     } else {
-        qCWarning(lcHttp) << "request failed" << UrlRules::forLog(reply->url()) << int(error);
+        qCWarning(lcHttp).noquote() << "request failed" << UrlRules::forLog(reply->url())
+                                    << failureOf(reply, error);
     }
     delete reply;
     return error == QNetworkReply::NoError;
